@@ -1,0 +1,72 @@
+# One place for what every target of the project shares: language level, warnings, floating-point
+# rules, visibility, and a build tree that is laid out like the installed one, so that a library finds
+# its data by the same relative path in both.
+
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+
+if(NOT CMAKE_BUILD_TYPE)
+  set(CMAKE_BUILD_TYPE Release CACHE STRING "Kind of build" FORCE)
+endif()
+find_program(CCACHE_PROGRAM ccache)
+if(CCACHE_PROGRAM AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
+  set(CMAKE_CXX_COMPILER_LAUNCHER "${CCACHE_PROGRAM}")
+endif()
+
+set(CMAKE_LIBRARY_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/${CMAKE_INSTALL_LIBDIR}")
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/${CMAKE_INSTALL_BINDIR}")
+set(MORVA_DATA_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/${CMAKE_INSTALL_DATADIR}/morvaai")
+
+# From the directory of the libraries to the data directory, as the locators use it at run time.
+file(RELATIVE_PATH MORVA_DATA_FROM_LIB "/${CMAKE_INSTALL_LIBDIR}" "/${CMAKE_INSTALL_DATADIR}/morvaai")
+# From the directory of the programs to that of the libraries.
+file(RELATIVE_PATH MORVA_LIB_FROM_BIN "/${CMAKE_INSTALL_BINDIR}" "/${CMAKE_INSTALL_LIBDIR}")
+
+add_library(morva_settings INTERFACE)
+target_compile_options(morva_settings INTERFACE
+  -Wall -Wextra -Wpedantic -Werror -Wshadow -Wconversion -Wsign-conversion -Wnon-virtual-dtor
+  -Wold-style-cast -Woverloaded-virtual -Wcast-align
+  -ffp-contract=off)
+if(CMAKE_BUILD_TYPE STREQUAL "Release")
+  target_compile_options(morva_settings INTERFACE -fstack-protector-strong)
+  target_compile_definitions(morva_settings INTERFACE _FORTIFY_SOURCE=2)
+endif()
+target_link_options(morva_settings INTERFACE -Wl,-z,relro,-z,now)
+if(MORVA_SANITIZE)
+  target_compile_options(morva_settings INTERFACE
+    -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  target_link_options(morva_settings INTERFACE -fsanitize=address,undefined)
+endif()
+
+# morva_add_library(NAME SOURCES...): a shared library of the project, include root src/.
+function(morva_add_library name)
+  add_library(${name} SHARED ${ARGN})
+  target_include_directories(${name}
+    PUBLIC "$<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/src>"
+           "$<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/morvaai>"
+    PRIVATE "${PROJECT_SOURCE_DIR}/hostkit")
+  target_compile_features(${name} PUBLIC cxx_std_20)
+  target_link_libraries(${name} PRIVATE "$<BUILD_INTERFACE:morva_settings>")
+  target_link_options(${name} PRIVATE -Wl,--no-undefined)
+  if(MORVA_SANITIZE)
+    target_link_options(${name} PRIVATE -Wl,-z,undefs)
+  endif()
+  set_target_properties(${name} PROPERTIES
+    VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR} INSTALL_RPATH "$ORIGIN")
+  set_property(GLOBAL APPEND PROPERTY MORVA_LIBRARIES ${name})
+endfunction()
+
+# morva_add_test(NAME SOURCES...): a GoogleTest program, one ctest case per test. It sees the public
+# headers, the host kit's own headers and tests/.
+function(morva_add_test name)
+  add_executable(${name} ${ARGN})
+  target_include_directories(${name} PRIVATE "${PROJECT_SOURCE_DIR}/hostkit" "${PROJECT_SOURCE_DIR}/tests")
+  target_link_libraries(${name} PRIVATE morva_settings GTest::gmock_main)
+  set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/tests")
+  gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60
+    PROPERTIES TIMEOUT 300)
+endfunction()

@@ -1,0 +1,27 @@
+#pragma once
+
+#include "host/Orlec/IFile.h"
+#include "morvakit/read_context.h"
+#include "tessarine/file_type.h"
+
+namespace morvakit {
+
+/// Reads one document of a format, delivering its text and ending the context where something is wrong.
+using ReadFunction = void (*)(Orlec::Reader const& reader, tessarine::Recognition const& recognition,
+                              ReadContext& context);
+
+/// The reader for a type; null when there is none. `formats.cpp` holds the table: a new format is one
+/// source and one line there.
+ReadFunction find_reader(tessarine::FileType type);
+
+// The readers, one source each.
+void read_plain_text(Orlec::Reader const&, tessarine::Recognition const&, ReadContext&);
+void read_xml(Orlec::Reader const&, tessarine::Recognition const&, ReadContext&);
+void read_html(Orlec::Reader const&, tessarine::Recognition const&, ReadContext&);
+void read_docx(Orlec::Reader const&, tessarine::Recognition const&, ReadContext&);
+void read_xlsx(Orlec::Reader const&, tessarine::Recognition const&, ReadContext&);
+void read_pptx(Orlec::Reader const&, tessarine::Recognition const&, ReadContext&);
+void read_odf(Orlec::Reader const&, tessarine::Recognition const&, ReadContext&);
+void read_pdf(Orlec::Reader const&, tessarine::Recognition const&, ReadContext&);
+
+}  // namespace morvakit

@@ -1,0 +1,68 @@
+#pragma once
+
+#include "host/Orlec/IFile.h"
+#include "host/export.h"
+
+namespace tessarine {
+
+/// Types of file that are told apart by content. Macro, template and show variants count as their base
+/// type; the suffix tells them apart.
+enum class FileType {
+  unknown,
+  empty,
+  // Text
+  plain_text,
+  csv,
+  markdown,
+  source_code,
+  xml,
+  html,
+  // Office Open XML (transitional and strict)
+  docx,
+  xlsx,
+  pptx,
+  xlsb,
+  // OpenDocument, in ZIP and flat
+  odt,
+  ods,
+  odp,
+  odg,
+  flat_odf,
+  // OLE2
+  doc,
+  xls,
+  ppt,
+  msg,
+  ole_other,
+  // Others
+  pdf,
+  rtf,
+  eml,
+  mbox,
+  mhtml,
+  epub,
+  ofd,
+  xps,
+  zip,
+  tar,
+  gzip,
+  other_archive,
+  image,
+  media,
+  executable,
+};
+
+/// What is known of a file without parsing it.
+struct Recognition {
+  FileType type = FileType::unknown;
+  /// Usual suffix of the type or variant, lower case without the point, as "docm"; empty if unknown.
+  char const* suffix = "";
+  /// The content cannot be read without a password.
+  bool encrypted = false;
+};
+
+/// Recognises a document by its content. Its name is used for nothing but to tell apart kinds of plain
+/// text (CSV, Markdown, source code). Reads a few hundred KiB at most; never throws.
+MORVA_EXPORT Recognition recognize(Orlec::Reader const& reader);
+
+}  // namespace tessarine

@@ -1,0 +1,23 @@
+#pragma once
+
+#include "host/HString.h"
+#include "host/export.h"
+
+/// Knows where the dictionaries of the segmenter lie: the compiled dictionary "morvajieba.dict", and
+/// beside it, both optional, "user.dict" (own words, jieba's format: word, frequency, tag) and
+/// "stop_words" (one per line, in addition to those built in).
+class MORVA_EXPORT HStutterDict {
+ public:
+  HString mstr_dict_path;
+
+  /// The singleton; both names give the same object.
+  static HStutterDict* ins();
+  static HStutterDict* pins();
+
+  void set_dict_path(HString const& directory);
+  /// True when the directory holds a compiled dictionary that can be used.
+  bool is_exist_dict() const;
+
+ private:
+  HStutterDict() = default;
+};

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "host/HString.h"
+#include "host/export.h"
+
+/// What is known of one file: its type, its text by kind and its counts. A plain record; each part of
+/// the system fills the fields it has to do with.
+struct HTessarineResult {
+  HString str_path;
+  /// Usual suffix of the recognised type, lower case without the point; empty for an unknown type.
+  HString str_suffix;
+  /// The content cannot be read without a password.
+  bool b_encrypt = false;
+  HString str_main;
+  HString str_hf;
+  HString str_comment;
+  HString str_remark;
+  HString str_fn;
+  HString str_en;
+  HString str_ctrl;
+  HString str_property;
+  /// Characters covered by the file's words.
+  std::int32_t i_word = 0;
+  std::int32_t i_line = 0;
+  std::int32_t i_page = 0;
+  std::int32_t i_img = 0;
+  std::int32_t i_embed = 0;
+  std::vector<std::int64_t> vt_embed;
+};
+
+/// Recognises files by their content; a file's name only tells apart kinds of plain text.
+class MORVA_EXPORT HTessarine {
+ public:
+  /// Fills `str_path`, `str_suffix` and `b_encrypt` of the record and leaves its other fields. False,
+  /// with only `str_path` set, when the file cannot be read or its type is unknown.
+  static bool recognize(HString const& path, HTessarineResult& result);
+};

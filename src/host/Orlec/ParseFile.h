@@ -1,0 +1,72 @@
+#pragma once
+
+#include <memory>
+
+#include "host/HString.h"
+#include "host/Orlec/IFile.h"
+#include "host/Orlec/TextCallback.h"
+#include "host/export.h"
+
+namespace Orlec {
+
+/// How a parse ended.
+enum class ParseOutcome {
+  not_parsed,     ///< `InitFile` has not run
+  text,           ///< read, with main text
+  no_text,        ///< read, and its main text is empty (a scanned page, an empty document)
+  encrypted,      ///< needs a password
+  not_supported,  ///< the type is known but there is no reader for it here
+  damaged,        ///< the format's rules are broken; the text up to there was delivered
+  limit_reached,  ///< a bound of `ParseLimits` was hit; the text up to there was delivered
+  timed_out,      ///< the time of `ParseLimits` was used up; the text up to there was delivered
+  failed,         ///< reading the file or writing the output failed
+};
+
+/// A parser for one file. Made by `GetParser`, owned by the caller, good for one parse.
+class MORVA_EXPORT ParseFile {
+ public:
+  virtual ~ParseFile();
+  ParseFile(ParseFile const&) = delete;
+  ParseFile& operator=(ParseFile const&) = delete;
+
+  /// Parses the file, filling the callback. True when there is text to be used: outcomes `text`,
+  /// `no_text`, `limit_reached` and `timed_out`.
+  virtual bool InitFile() = 0;
+  /// The name that the parser knows the file by: the alias where one that is not empty was set, else the
+  /// file name set, else the name in the path.
+  virtual HString const& GetFileAlias() const = 0;
+  /// A name that is safe as a directory name and differs from file to file: the MD5 of the full path.
+  virtual HString const& GetFileFolderName() const = 0;
+
+  void SetFilePath(HString const& directory);
+  void SetFileName(HString const& name);
+  void SetFileAlias(HString const& alias);
+  void SetFileSize(long long size);
+  /// Which kinds of content to extract: bit 0, the text; other bits are reserved.
+  void SetMask(int mask);
+  /// The callback stays the caller's with false; with true the parser ends it.
+  void SetCallBack(TextCallback* callback, bool owned);
+  /// The callback, null if none was set. It is the caller's object, so that it may be cast back.
+  TextLineCallback* GetTextCallback() const;
+  /// Directory and name where they were set, else the path that the file was opened by.
+  HString GetFileFullPath() const;
+
+  ParseOutcome GetOutcome() const;
+  /// One English phrase behind the outcome, such as "the ZIP directory is missing"; empty for `text`.
+  HString GetReason() const;
+
+ protected:
+  explicit ParseFile(Reader const& reader);
+
+  struct State;
+  std::unique_ptr<State> state_;
+};
+
+/// A new parser for the file's type, which its content decides; null when the type is not parsable or
+/// the file could not be opened. The second argument is reserved and is to be false.
+MORVA_EXPORT ParseFile* GetParser(Reader* reader, bool reserved);
+
+/// Plain word for an outcome, as "encrypted".
+MORVA_EXPORT HString GetOutcomeName(ParseOutcome outcome);
+
+}  // namespace Orlec

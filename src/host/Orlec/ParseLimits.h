@@ -1,0 +1,28 @@
+#pragma once
+
+#include <cstdint>
+
+namespace Orlec {
+
+/// Bounds on what one file may cost. A file that goes over one of them ends with the outcome
+/// `limit_reached` (or `timed_out`), the name of the bound as the reason, and the text read so far.
+struct ParseLimits {
+  /// Size of the file itself, in bytes.
+  std::int64_t i_input_bytes = std::int64_t{512} << 20;
+  /// Bytes that all parts of a container may unpack to together.
+  std::int64_t i_expanded_bytes = std::int64_t{4} << 30;
+  /// Unpacked size of one part of a container over its packed size; counts from 64 MiB on.
+  std::int64_t i_expansion_ratio = 250;
+  /// Entries in one container.
+  std::int64_t i_entries = 100000;
+  /// Depth of nested elements in XML and HTML.
+  std::int64_t i_xml_depth = 1000;
+  /// Characters of main text that are kept in memory, and the same again for all other kinds together.
+  std::int64_t i_memory_chars = std::int64_t{16} << 20;
+  /// Bytes of main text that are written to an output file.
+  std::int64_t i_output_bytes = std::int64_t{1} << 30;
+  /// Time for one file, in milliseconds.
+  std::int64_t i_milliseconds = 120000;
+};
+
+}  // namespace Orlec
