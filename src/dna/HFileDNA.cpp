@@ -1,0 +1,191 @@
+#include "dna/HFileDNA.h"
+
+#include <cmath>
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <optional>
+
+#include "dna/HFileSimHash.h"
+#include "features/HClusterFileParser.h"
+#include "features/HFileWordNode.h"
+#include "host/Orlec/IFile.h"
+#include "host/Orlec/TextCallback.h"
+#include "host/internal/log_line.h"
+#include "host/internal/main_text.h"
+
+namespace {
+
+constexpr wchar_t const* tag = L"../HFileDNA";
+constexpr int wide_length = 1024;
+constexpr int field_length = 8;
+constexpr std::size_t dimensions = 128;
+constexpr std::int64_t offset = 2147483647;
+constexpr double scale = 1000000.0;
+constexpr int all_words = 0;
+
+void get_word_node_dna(std::vector<WordNode> const& words, HString& str_dna) {
+  std::map<HString, double> word_map;
+  for (WordNode const& node : words) {
+    auto const [entry, is_new] = word_map.try_emplace(node.word, node.weight);
+    if (!is_new) {
+      entry->second += node.weight;
+    }
+  }
+  HFileSimHash::simhashDNA(word_map, str_dna);
+}
+
+int covered_characters(std::vector<WordNode> const& words) {
+  std::int64_t sum = 0;
+  for (WordNode const& node : words) {
+    sum += std::int64_t{node.count} * node.word.length();
+  }
+  return static_cast<int>(sum);
+}
+
+// The low 32 bits of a value truncated to a 64-bit integer; 0 where it does not fit one.
+unsigned int truncated_field(double value) {
+  constexpr double limit = 9223372036854775808.0;
+  if (!(std::fabs(value) < limit)) {
+    return 0;
+  }
+  return static_cast<unsigned int>(static_cast<std::int64_t>(value));
+}
+
+}  // namespace
+
+int HFileDNA::mi_dna_length = 32;
+
+HFileDNA::HFileDNA() = default;
+HFileDNA::~HFileDNA() = default;
+
+int HFileDNA::get_dna_length() { return mi_dna_length; }
+
+HPointN HFileDNA::get_pointn(HString label, HString str_dna) {
+  if (str_dna.length() != wide_length) {
+    morva::log_line(1, tag, __LINE__, L"dna leng not is 1024, str_dna.length:",
+                    HString(str_dna.length(), false));
+    return {};
+  }
+  std::vector<double> values;
+  values.reserve(dimensions);
+  for (int start = 0; start < wide_length; start += field_length) {
+    std::int64_t const field = str_dna.substr(start, field_length).to_int64_0x();
+    values.push_back(static_cast<double>(field - offset) / scale);
+  }
+  return {label, values};
+}
+
+HString HFileDNA::get_dna(HPointN point) {
+  std::vector<double> values;
+  point.get_vt_data(values);
+  if (values.size() != dimensions) {
+    morva::log_line(1, tag, __LINE__, L"pointn size:", HString(values.size()));
+    return L"0";
+  }
+  HString str_dna;
+  for (double const value : values) {
+    str_dna += HFileSimHash::DecIntToHexStr(
+        truncated_field(value * scale + static_cast<double>(offset)));
+  }
+  return str_dna;
+}
+
+bool HFileDNA::get_file_centent_dna(HString const& text, HString const& name, HString& str_dna,
+                                    int* count, int length) {
+  mi_dna_length = length;
+  if (count != nullptr) {
+    *count = 0;
+  }
+  str_dna.clear();
+  std::vector<WordNode> words;
+  if (HFileWordNode::get_file_word_node(text, name, words, all_words)) {
+    get_word_node_dna(words, str_dna);
+  }
+  if (str_dna.empty()) {
+    morva::log_line(1, tag, __LINE__, L"file:", name, L" dna is empty.");
+    return false;
+  }
+  if (count != nullptr) {
+    *count = covered_characters(words);
+  }
+  return true;
+}
+
+bool HFileDNA::get_file_dna(Orlec::ParseFile* parser, HString& str_dna, int* count, int length) {
+  std::optional<HString> const text = morva::collected_main_text(parser, tag, L"get_file_dna");
+  if (!text) {
+    return false;
+  }
+  return get_file_centent_dna(*text, parser->GetFileAlias().get_short_name_no_suffix(), str_dna,
+                              count, length);
+}
+
+bool HFileDNA::get_file_dna(HString const& path, HString& str_dna, int* count, int length) {
+  Orlec::IFile file(path, false);
+  std::unique_ptr<Orlec::ParseFile> parser(Orlec::GetParser(&file, false));
+  if (parser == nullptr) {
+    morva::log_assertion(tag, L"get_file_dna", __LINE__, L"ASSERT_NULL");
+    return false;
+  }
+  auto callback = std::make_unique<Orlec::TextLineCallback>();
+  parser->SetCallBack(callback.get(), false);
+  parser->SetMask(1);
+  bool const done = parser->InitFile() && get_file_dna(parser.get(), str_dna, count, length);
+  callback.reset();
+  parser.reset();
+  return done;
+}
+
+bool HFileDNA::get_file_dna(HString const& path, HString& str_dna, HTessarineResult& result,
+                            bool parse_first) {
+  str_dna.clear();
+  std::vector<HString> texts;
+  HString directory;
+  if (parse_first) {
+    directory = HClusterFileParser::parse_to_txt(path, result, texts);
+  } else {
+    texts.push_back(path);
+  }
+  std::vector<WordNode> words;
+  bool const has_dictionary = HFileWordNode::get_file_word_node(texts, words, all_words);
+  if (parse_first) {
+    HClusterFileParser::del_parse_out_file(texts, directory);
+  }
+  if (has_dictionary) {
+    get_word_node_dna(words, str_dna);
+  }
+  result.i_word += covered_characters(words);
+  return str_dna.not_empty();
+}
+
+bool HFileDNA::get_file_dna(std::vector<HString> const& files, HString& str_dna, bool parse_first,
+                            int* count) {
+  if (count != nullptr) {
+    *count = 0;
+  }
+  std::vector<HString> texts;
+  std::vector<HString> directories;
+  if (parse_first) {
+    for (HString const& file : files) {
+      directories.push_back(HClusterFileParser::parse_to_txt(file, texts));
+    }
+  } else {
+    texts = files;
+  }
+  std::vector<WordNode> words;
+  bool const has_dictionary = HFileWordNode::get_file_word_node(texts, words, all_words);
+  if (parse_first) {
+    HClusterFileParser::del_parse_out_file(texts, directories);
+  }
+  if (has_dictionary) {
+    get_word_node_dna(words, str_dna);
+  }
+  if (str_dna.empty()) {
+    return false;
+  }
+  if (count != nullptr) {
+    *count += covered_characters(words);
+  }
+  return true;
+}
