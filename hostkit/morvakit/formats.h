@@ -2,16 +2,18 @@
 
 #include "host/Orlec/IFile.h"
 #include "morvakit/read_context.h"
+
 #include "tessarine/file_type.h"
 
 namespace morvakit {
 
-/// Reads one document of a format, delivering its text and ending the context where something is wrong.
-using ReadFunction = void (*)(Orlec::Reader const& reader, tessarine::Recognition const& recognition,
-                              ReadContext& context);
+/// Reads one document of a format, delivering its text and ending the context where something is
+/// wrong.
+using ReadFunction = void (*)(Orlec::Reader const& reader,
+                              tessarine::Recognition const& recognition, ReadContext& context);
 
-/// The reader for a type; null when there is none. `formats.cpp` holds the table: a new format is one
-/// source and one line there.
+/// The reader for a type; null when there is none. `formats.cpp` holds the table: a new format is
+/// one source and one line there.
 ReadFunction find_reader(tessarine::FileType type);
 
 // The readers, one source each.

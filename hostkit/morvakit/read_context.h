@@ -10,30 +10,33 @@
 
 namespace morvakit {
 
-/// What a format's reader works with beside the bytes: where its text goes, the bounds it has to keep,
-/// and how the parse ends. A reader calls `text` as it goes, asks `keep_going` in every loop whose length
-/// the file decides, and returns as soon as either says no.
+/// What a format's reader works with beside the bytes: where its text goes, the bounds it has to
+/// keep, and how the parse ends. A reader calls `text` as it goes, asks `keep_going` in every loop
+/// whose length the file decides, and returns as soon as either says no.
 class ReadContext {
  public:
   ReadContext(Orlec::TextCallback* callback, Orlec::ParseLimits const& limits);
 
   Orlec::ParseLimits const& limits() const { return limits_; }
 
-  /// Delivers a piece of UTF-8 text; false when reading is to stop.
+  /// Delivers a piece of UTF-8 text, made of whole sequences; false when reading is to stop. Main
+  /// text over its bound ends the parse; other kinds over theirs are dropped and noted.
   bool text(Orlec::ParseTextType type, std::string_view utf8);
-  /// Ends a line, a cell or a block: delivers `separator` unless the kind's text is empty or already ends
-  /// in white space. False when reading is to stop.
+  /// Ends a line, a cell or a block: delivers `separator` unless the kind's text is empty, already
+  /// ends in a line end, or ends in other white space and `separator` is no line end. False when
+  /// reading is to stop.
   bool separate(Orlec::ParseTextType type, char separator);
 
   /// False once the parse has ended or its time is used up. Cheap enough for every loop.
   bool keep_going();
-  /// Counts unpacked bytes of a part that is `packed` bytes long and has unpacked to `unpacked` so far,
-  /// `added` of them new. False, with the parse ended, when a bound is passed.
+  /// Counts unpacked bytes of a part that is `packed` bytes long and has unpacked to `unpacked` so
+  /// far, `added` of them new. False, with the parse ended, when a bound is passed.
   bool charge_expansion(std::int64_t packed, std::int64_t unpacked, std::int64_t added);
 
   /// Ends the parse with an outcome and a reason; the first call counts. Always returns false.
   bool end(Orlec::ParseOutcome outcome, std::string_view reason);
-  /// Remembers a fault that does not stop the reading: the outcome, unless the parse ends with another.
+  /// Remembers a fault that does not stop the reading: the outcome, unless the parse ends with
+  /// another.
   void note(Orlec::ParseOutcome outcome, std::string_view reason);
 
   bool ended() const { return ended_; }

@@ -32,10 +32,11 @@ class MORVA_EXPORT ParseFile {
   /// Parses the file, filling the callback. True when there is text to be used: outcomes `text`,
   /// `no_text`, `limit_reached` and `timed_out`.
   virtual bool InitFile() = 0;
-  /// The name that the parser knows the file by: the alias where one that is not empty was set, else the
-  /// file name set, else the name in the path.
+  /// The name that the parser knows the file by: the alias where one that is not empty was set,
+  /// else the file name set, else the name in the path.
   virtual HString const& GetFileAlias() const = 0;
-  /// A name that is safe as a directory name and differs from file to file: the MD5 of the full path.
+  /// A name that is safe as a directory name and differs from file to file: the MD5 of the full
+  /// path.
   virtual HString const& GetFileFolderName() const = 0;
 
   void SetFilePath(HString const& directory);
@@ -52,7 +53,8 @@ class MORVA_EXPORT ParseFile {
   HString GetFileFullPath() const;
 
   ParseOutcome GetOutcome() const;
-  /// One English phrase behind the outcome, such as "the ZIP directory is missing"; empty for `text`.
+  /// One English phrase behind the outcome, such as "the ZIP directory is missing"; empty for
+  /// `text`.
   HString GetReason() const;
 
  protected:
@@ -62,8 +64,8 @@ class MORVA_EXPORT ParseFile {
   std::unique_ptr<State> state_;
 };
 
-/// A new parser for the file's type, which its content decides; null when the type is not parsable or
-/// the file could not be opened. The second argument is reserved and is to be false.
+/// A new parser for the file's type, which its content decides; null when the type is not parsable
+/// or the file could not be opened. The second argument is reserved and is to be false.
 MORVA_EXPORT ParseFile* GetParser(Reader* reader, bool reserved);
 
 /// Plain word for an outcome, as "encrypted".

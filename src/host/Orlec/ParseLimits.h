@@ -17,7 +17,8 @@ struct ParseLimits {
   std::int64_t i_entries = 100000;
   /// Depth of nested elements in XML and HTML.
   std::int64_t i_xml_depth = 1000;
-  /// Characters of main text that are kept in memory, and the same again for all other kinds together.
+  /// Characters of main text that are kept in memory, and the same again for all other kinds
+  /// together.
   std::int64_t i_memory_chars = std::int64_t{16} << 20;
   /// Bytes of main text that are written to an output file.
   std::int64_t i_output_bytes = std::int64_t{1} << 30;

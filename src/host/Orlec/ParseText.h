@@ -9,8 +9,8 @@ namespace Orlec {
 
 /// Kinds of text that a document holds.
 enum ParseTextType : int {
-  ParseTextType_main = 1,      ///< body text in reading order: tables, text boxes, slides and cells too
-  ParseTextType_hf = 2,        ///< headers and footers
+  ParseTextType_main = 1,  ///< body text in reading order: tables, text boxes, slides and cells too
+  ParseTextType_hf = 2,    ///< headers and footers
   ParseTextType_comment = 3,   ///< comments, annotations
   ParseTextType_remark = 4,    ///< speaker notes
   ParseTextType_fn = 5,        ///< footnotes
@@ -23,9 +23,9 @@ enum ParseTextType : int {
 /// The collected text of one kind; belongs to the callback.
 class MORVA_EXPORT ParseText {
  public:
-  /// Points `*buffer` at the text, which need not be terminated, and sets `length` to its length, `limit`
-  /// characters at most; what lies behind is not seen. The buffer stays valid until the next parse with
-  /// the callback, or its end.
+  /// Points `*buffer` at the text, which need not be terminated, and sets `length` to its length,
+  /// `limit` characters at most; what lies behind is not seen. The buffer stays valid until the
+  /// next parse with the callback, or its end.
   void GetTextBuff(wchar_t** buffer, int& length, int limit);
 
  private:

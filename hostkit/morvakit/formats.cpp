@@ -1,0 +1,40 @@
+#include "morvakit/formats.h"
+
+namespace morvakit {
+
+ReadFunction find_reader(tessarine::FileType type) {
+  using tessarine::FileType;
+  switch (type) {
+    case FileType::empty:
+    case FileType::plain_text:
+    case FileType::csv:
+    case FileType::markdown:
+    case FileType::source_code:
+      return read_plain_text;
+    case FileType::xml:
+    case FileType::flat_odf:
+      return read_xml;
+    case FileType::html:
+      return read_html;
+    case FileType::docx:
+      return read_docx;
+    case FileType::xlsx:
+      return read_xlsx;
+    case FileType::pptx:
+      return read_pptx;
+    case FileType::odt:
+    case FileType::ods:
+    case FileType::odp:
+    case FileType::odg:
+      return read_odf;
+    case FileType::pdf:
+      if constexpr (MORVAKIT_WITH_PDF) {
+        return read_pdf;
+      }
+      return nullptr;
+    default:
+      return nullptr;
+  }
+}
+
+}  // namespace morvakit
