@@ -8,8 +8,8 @@
 
 namespace morvabs {
 
-/// Writes a file so that a crash leaves the old or the new content, whole: to a temporary beside it,
-/// synced, and renamed over it by `commit`. Without `commit` nothing remains.
+/// Writes a file so that a crash leaves the old or the new content, whole: to a temporary beside
+/// it, synced, and renamed over it by `commit`. Without `commit` nothing remains.
 class MORVA_EXPORT AtomicFile {
  public:
   enum class Access {
@@ -36,8 +36,8 @@ class MORVA_EXPORT AtomicFile {
   int error_ = 0;
 };
 
-/// Reads a whole regular file of at most `limit` bytes. False, with `content` empty, when it cannot be
-/// read or is larger.
+/// Reads a whole regular file of at most `limit` bytes. False, with `content` empty, when it cannot
+/// be read or is larger.
 MORVA_EXPORT bool read_file(std::string const& path, std::string& content, std::int64_t limit);
 
 }  // namespace morvabs

@@ -16,11 +16,11 @@ struct DetectedEncoding {
   std::size_t mark_length = 0;
 };
 
-/// Looks at the beginning of a text (the whole text or its first MiB is a good sample): a byte-order
-/// mark decides; else valid UTF-8 (a sequence cut at the end of the sample is no fault); else UTF-16 and
-/// UTF-32 by their zero bytes; else detection among GB18030, Big5, Shift-JIS, EUC-JP, EUC-KR, KOI8-R and
-/// the Windows and ISO Latin, Cyrillic and Greek sets. GB2312 and GBK are taken as GB18030. Bytes with
-/// the control characters of a binary file are no text.
+/// Looks at the beginning of a text (the whole text or its first MiB is a good sample): a
+/// byte-order mark decides; else valid UTF-8 (a sequence cut at the end of the sample is no fault);
+/// else UTF-16 and UTF-32 by their zero bytes; else detection among GB18030, Big5, Shift-JIS,
+/// EUC-JP, EUC-KR, KOI8-R and the Windows and ISO Latin, Cyrillic and Greek sets. GB2312 and GBK
+/// are taken as GB18030. Bytes with the control characters of a binary file are no text.
 MORVA_EXPORT DetectedEncoding detect_encoding(std::string_view sample);
 
 /// Turns text of a given encoding into UTF-8, piece by piece. A malformed sequence becomes U+FFFD.
@@ -34,8 +34,8 @@ class MORVA_EXPORT TextDecoder {
 
   /// False when the name is unknown; then the bytes are decoded as windows-1252.
   bool is_known() const;
-  /// Appends the decoded bytes to `utf8`. A sequence that is cut at the end of `bytes` is kept for the
-  /// next call, unless `last` is set.
+  /// Appends the decoded bytes to `utf8`. A sequence that is cut at the end of `bytes` is kept for
+  /// the next call, unless `last` is set.
   void decode(std::string_view bytes, bool last, std::string& utf8);
 
  private:

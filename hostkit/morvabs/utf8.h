@@ -1,25 +1,3 @@
 #pragma once
 
-#include <string>
-#include <string_view>
-
-#include "host/export.h"
-
-namespace morvabs {
-
-/// UTF-8 for the text; a value that is no Unicode scalar value is written as U+FFFD.
-MORVA_EXPORT std::string to_utf8(std::wstring_view text);
-MORVA_EXPORT void append_utf8(std::string& out, std::wstring_view text);
-
-/// The text behind UTF-8; each byte that is no part of a well-formed sequence becomes one U+FFFD.
-MORVA_EXPORT std::wstring from_utf8(std::string_view utf8);
-MORVA_EXPORT void append_wide(std::wstring& out, std::string_view utf8);
-
-/// Whether the bytes are well-formed UTF-8 from beginning to end.
-MORVA_EXPORT bool is_utf8(std::string_view bytes);
-
-/// Length of the longest prefix that does not end within a sequence: what a reader of chunks may convert
-/// now, keeping the rest for the next chunk.
-MORVA_EXPORT std::size_t complete_utf8_prefix(std::string_view bytes);
-
-}  // namespace morvabs
+#include "host/utf8.h"

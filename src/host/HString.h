@@ -3,17 +3,18 @@
 #include <cstddef>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "host/export.h"
 
 /// The wide text value on which the whole system runs, and the key of all its ordered maps.
 ///
-/// Copies share one text until one of them is changed (copy on write, atomic count), so copying costs
-/// a pointer, and copies of one text may be used and destroyed on different threads. A single object is
-/// not safe for use by two threads when one of them changes it. A character is a 32-bit `wchar_t`, as a
-/// rule a Unicode code point; any other 32-bit value is kept as it is. No operation throws on bad
-/// input, and every position and count is clamped to the text.
+/// Copies share one text until one of them is changed (copy on write, atomic count), so copying
+/// costs a pointer, and copies of one text may be used and destroyed on different threads. A single
+/// object is not safe for use by two threads when one of them changes it. A character is a 32-bit
+/// `wchar_t`, as a rule a Unicode code point; any other 32-bit value is kept as it is. No operation
+/// throws on bad input, and every position and count is clamped to the text.
 class MORVA_EXPORT HString {
  public:
   /// The empty text.
@@ -23,11 +24,11 @@ class MORVA_EXPORT HString {
   HString(HString&& other) noexcept;
   /// Text up to the terminator; a null pointer gives the empty text.
   HString(wchar_t const* text);  // NOLINT(google-explicit-constructor)
-  /// `length` characters of a buffer that need not be terminated; a length below 1 or a null pointer
-  /// gives the empty text.
+  /// `length` characters of a buffer that need not be terminated; a length below 1 or a null
+  /// pointer gives the empty text.
   HString(wchar_t const* text, int length);
-  /// UTF-8, widened; each byte that is no part of a well-formed sequence becomes U+FFFD. A null pointer
-  /// gives the empty text.
+  /// UTF-8, widened; each byte that is no part of a well-formed sequence becomes U+FFFD. A null
+  /// pointer gives the empty text.
   HString(char const* text);  // NOLINT(google-explicit-constructor)
   /// One character; a byte above 0x7F becomes U+FFFD.
   HString(char character);     // NOLINT(google-explicit-constructor)
@@ -36,13 +37,13 @@ class MORVA_EXPORT HString {
   explicit HString(int value, bool reserved);
   explicit HString(long long value, bool reserved);
   explicit HString(unsigned long value);
-  /// The shortest decimal text that `to_double` reads back as the same value. Infinities and NaN are
-  /// written "inf", "-inf", "nan", "-nan"; `to_double` does not read those.
+  /// The shortest decimal text that `to_double` reads back as the same value. Infinities and NaN
+  /// are written "inf", "-inf", "nan", "-nan"; `to_double` does not read those.
   explicit HString(double value);
   /// "true" or "false".
   explicit HString(bool value);
-  /// The elements joined by "|". `get_vt_str_by_sep` with "|" gives them back as long as none of them
-  /// holds the bar itself and the list is not the one empty element.
+  /// The elements joined by "|". `get_vt_str_by_sep` with "|" gives them back as long as none of
+  /// them holds the bar itself and the list is not the one empty element.
   explicit HString(std::vector<HString> const& elements);
   virtual ~HString();
 
@@ -57,7 +58,8 @@ class MORVA_EXPORT HString {
   /// Exact equality, character by character.
   friend MORVA_EXPORT bool operator==(HString const& left, HString const& right);
   bool operator==(wchar_t const* text) const;
-  /// Order of the code points as unsigned values, a proper prefix first; the same on every platform.
+  /// Order of the code points as unsigned values, a proper prefix first; the same on every
+  /// platform.
   friend MORVA_EXPORT bool operator<(HString const& left, HString const& right);
 
   /// The character at `index`; 0 outside the text.
@@ -71,16 +73,18 @@ class MORVA_EXPORT HString {
   std::size_t size() const;
   std::wstring get_ws() const;
 
-  /// The whole text, blanks around it trimmed, as a decimal number; 0 for any other text and for a value
-  /// out of range. `to_int` takes an optional sign and digits; `to_double` also a point and an exponent.
+  /// The whole text, ASCII white space around it trimmed, as a decimal number; 0 for any other text
+  /// and for a value out of range. `to_int` takes an optional sign and digits; `to_double` also a
+  /// point and an exponent.
   int to_int() const;
   double to_double() const;
-  /// The whole text, blanks around it trimmed, as an unsigned hexadecimal number of at most 16 digits in
-  /// either case, without prefix; 0 for any other text.
+  /// The whole text, blanks around it trimmed, as an unsigned hexadecimal number of at most 16
+  /// digits in either case, without prefix; 0 for any other text.
   long long to_int64_0x() const;
   /// All characters are 0 to 9; false for the empty text.
   bool is_all_number() const;
-  /// An optional sign, then digits with exactly one point among them, before or behind them included.
+  /// An optional sign, then digits with exactly one point among them, before or behind them
+  /// included.
   bool is_like_double() const;
   /// All characters are hexadecimal digits of either case, no prefix; false for the empty text.
   bool is_all_good_0x() const;
@@ -91,8 +95,8 @@ class MORVA_EXPORT HString {
   void cut_first(int count);
   void cut_last(int count);
 
-  /// Replaces `pieces` by what stands between the occurrences of `separator`. The empty text gives no
-  /// piece; an empty separator gives the whole text as the one piece.
+  /// Replaces `pieces` by what stands between the occurrences of `separator`. The empty text gives
+  /// no piece; an empty separator gives the whole text as the one piece.
   void get_vt_str_by_sep(std::vector<HString>& pieces, HString const& separator) const;
   /// The same, but a separator at the very end of the text yields no empty last piece.
   void get_vt_str_by_sep2(std::vector<HString>& pieces, HString const& separator) const;
@@ -101,27 +105,29 @@ class MORVA_EXPORT HString {
   HString get_short_name() const;
   /// The short name without its last suffix: "a.b.docx" gives "a.b"; ".profile" stays as it is.
   HString get_short_name_no_suffix() const;
-  /// What stands before the last "/", with that separator when `with_separator` is true; empty where
-  /// the path has no directory.
+  /// What stands before the last "/", with that separator when `with_separator` is true; empty
+  /// where the path has no directory. The root directory is "/" in both cases.
   HString get_path(bool with_separator) const;
-  /// With true: appends "/" to a text that is not empty and does not end in one. With false: removes
-  /// separators at the end. Returns this string.
+  /// With true: appends "/" to a text that is not empty and does not end in one. With false:
+  /// removes separators at the end, but leaves "/". Returns this string.
   HString& dir_fit(bool with_separator);
 
-  /// MD5 of the text in UTF-8 as 32 upper-case hexadecimal digits. The argument is reserved and is to be
-  /// empty. A character that UTF-8 cannot hold is hashed as U+FFFD.
+  /// MD5 of the text in UTF-8 as 32 upper-case hexadecimal digits. The argument is reserved and is
+  /// to be empty. A character that UTF-8 cannot hold is hashed as U+FFFD.
   HString get_md5_std_format(HString const& reserved) const;
   /// A new random (version 4) UUID, lower case: 36 characters with hyphens, and 32 without.
   static HString generateUUID();
   static HString generateUUID2();
   /// True when both texts are equal. The second argument is reserved and is to be false.
   bool is_match_me(HString const& text, bool reserved) const;
-  /// Writes exactly `prompt` to standard output and reads one line of standard input into this string,
-  /// as UTF-8 and without its line end; at the end of input the text is empty.
+  /// Writes exactly `prompt` to standard output and reads one line of standard input into this
+  /// string, as UTF-8 and without its line end; at the end of input the text is empty. Of a line
+  /// longer than a MiB, the rest is dropped.
   void input(HString const& prompt);
 
  private:
-  std::wstring const& text() const;
+  static HString from_text(std::wstring text);
+  std::wstring_view text() const;
   std::wstring& writable_text();
 
   std::shared_ptr<std::wstring> text_;  // null stands for the empty text
