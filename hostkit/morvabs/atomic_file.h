@@ -9,12 +9,14 @@
 namespace morvabs {
 
 /// Writes a file so that a crash leaves the old or the new content, whole: to a temporary beside
-/// it, synced, and renamed over it by `commit`. Without `commit` nothing remains.
+/// it, synced, and renamed over it by `commit`. Without `commit` nothing remains. Paths are bytes,
+/// as `to_path` gives them. What stands at the path and is no regular file is never replaced.
 class MORVA_EXPORT AtomicFile {
  public:
   enum class Access {
-    keep,        ///< an existing file's permissions, else those of the process's umask
-    owner_only,  ///< 0600, from the first byte on
+    keep,        ///< an existing file's permissions, else those of the process's umask; a symbolic
+                 ///< link stays, the file behind it is replaced
+    owner_only,  ///< 0600, from the first byte on; a symbolic link is replaced
   };
 
   AtomicFile(std::string path, Access access);
@@ -30,8 +32,14 @@ class MORVA_EXPORT AtomicFile {
   int error() const { return error_; }
 
  private:
+  bool open(Access access);
+  bool flush();
+  bool fail(int error);
+  void discard();
+
   std::string path_;
   std::string temporary_path_;
+  std::string buffer_;
   int descriptor_ = -1;
   int error_ = 0;
 };

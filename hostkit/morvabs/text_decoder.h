@@ -24,9 +24,13 @@ struct DetectedEncoding {
 MORVA_EXPORT DetectedEncoding detect_encoding(std::string_view sample);
 
 /// Turns text of a given encoding into UTF-8, piece by piece. A malformed sequence becomes U+FFFD.
+/// Makes no use of a byte-order mark: the caller skips it (a mark left in front comes out as
+/// U+FEFF).
 class MORVA_EXPORT TextDecoder {
  public:
-  /// Any name that ICU knows; GB2312, GBK and their aliases are decoded as GB18030.
+  /// Any name that ICU knows, in any spelling of it. Names that are used loosely in the wild stand
+  /// for the wider set: GB2312 and GBK for GB18030, ISO-8859-1 and US-ASCII for windows-1252,
+  /// Shift_JIS for windows-31j, EUC-KR for windows-949, Big5 for Big5-HKSCS.
   explicit TextDecoder(std::string_view encoding);
   ~TextDecoder();
   TextDecoder(TextDecoder&&) noexcept;
@@ -43,7 +47,11 @@ class MORVA_EXPORT TextDecoder {
   std::unique_ptr<Converter> converter_;
 };
 
-/// A whole text of unknown encoding as UTF-8, without its byte-order mark.
+/// A whole text of unknown encoding as UTF-8, without its byte-order mark. A text that is valid
+/// UTF-8 from beginning to end is taken as that; control characters do not matter.
 MORVA_EXPORT std::string decode_text(std::string_view bytes);
+
+/// The same as wide text, with no copy in between where the text is UTF-8.
+MORVA_EXPORT std::wstring decode_wide_text(std::string_view bytes);
 
 }  // namespace morvabs

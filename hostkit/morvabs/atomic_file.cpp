@@ -1,0 +1,186 @@
+#include "morvabs/atomic_file.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <climits>
+#include <cstdlib>
+#include <utility>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "morvabs/file_access.h"
+#include "morvabs/uuid.h"
+
+namespace morvabs {
+
+namespace {
+
+constexpr std::size_t kBufferSize = std::size_t{1} << 16;
+constexpr mode_t kPermissions = 07777;
+
+std::string directory_of(std::string const& path) {
+  std::size_t const slash = path.rfind('/');
+  return slash == std::string::npos ? std::string() : path.substr(0, slash + 1);
+}
+
+std::string behind_links(std::string const& path) {
+  std::array<char, PATH_MAX> resolved;
+  return ::realpath(path.c_str(), resolved.data()) == nullptr ? path : std::string(resolved.data());
+}
+
+/// A rename lasts only when its directory is on disk too. A file system that cannot do that has
+/// still taken the file, so this is no failure.
+void sync_directory(std::string const& directory) {
+  std::string const path = directory.empty() ? "." : directory;
+  FileDescriptor const opened(::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  if (opened.is_open()) {
+    ::fsync(opened.get());
+  }
+}
+
+}  // namespace
+
+AtomicFile::AtomicFile(std::string path, Access access) : path_(std::move(path)) {
+  if (path_.empty() || path_.find('\0') != std::string::npos) {
+    error_ = ENOENT;
+    return;
+  }
+  if (access == Access::keep) {
+    path_ = behind_links(path_);
+  }
+  open(access);
+}
+
+AtomicFile::~AtomicFile() {
+  discard();
+}
+
+bool AtomicFile::open(Access access) {
+  struct stat old {};
+  bool const exists = ::lstat(path_.c_str(), &old) == 0;
+  bool const is_replaceable = S_ISREG(old.st_mode) || S_ISLNK(old.st_mode);
+  if (exists && !is_replaceable) {
+    return fail(S_ISDIR(old.st_mode) ? EISDIR : EINVAL);
+  }
+  bool const keeps_old = access == Access::keep && exists && S_ISREG(old.st_mode);
+  mode_t const mode = access == Access::keep && !keeps_old ? 0666 : 0600;
+  // A name of its own length: the file's name may already be as long as a name can be.
+  temporary_path_ = directory_of(path_) + ".morva-" + make_short_uuid();
+  descriptor_ =
+      ::open(temporary_path_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, mode);
+  if (descriptor_ < 0) {
+    return fail(errno);
+  }
+  if (!keeps_old) {
+    return true;
+  }
+  // Only root can give a file away, and for everybody else the owner is the same anyway. A change
+  // of owner clears bits of the mode, so the mode comes last.
+  bool const same_owner = ::fchown(descriptor_, old.st_uid, old.st_gid) == 0;
+  mode_t const kept = same_owner ? kPermissions : 0777;
+  return ::fchmod(descriptor_, old.st_mode & kept) == 0 || fail(errno);
+}
+
+bool AtomicFile::write(std::string_view bytes) {
+  if (descriptor_ < 0) {
+    return fail(EBADF);
+  }
+  while (!bytes.empty()) {
+    std::size_t const taken = std::min(bytes.size(), kBufferSize - buffer_.size());
+    buffer_.append(bytes.substr(0, taken));
+    bytes.remove_prefix(taken);
+    if (buffer_.size() == kBufferSize && !flush()) {
+      return false;
+    }
+  }
+  return true;
+}
+
+bool AtomicFile::commit() {
+  if (descriptor_ < 0) {
+    return fail(EBADF);
+  }
+  if (!flush()) {
+    return false;
+  }
+  if (::fsync(descriptor_) != 0) {
+    return fail(errno);
+  }
+  // Some file systems report a failed write only here.
+  if (::close(std::exchange(descriptor_, -1)) != 0 ||
+      ::rename(temporary_path_.c_str(), path_.c_str()) != 0) {
+    return fail(errno);
+  }
+  temporary_path_.clear();
+  sync_directory(directory_of(path_));
+  return true;
+}
+
+bool AtomicFile::flush() {
+  std::string_view rest = buffer_;
+  while (!rest.empty()) {
+    ssize_t const written = ::write(descriptor_, rest.data(), rest.size());
+    if (written >= 0) {
+      rest.remove_prefix(static_cast<std::size_t>(written));
+    } else if (errno != EINTR) {
+      return fail(errno);
+    }
+  }
+  buffer_.clear();
+  return true;
+}
+
+bool AtomicFile::fail(int error) {
+  if (error_ == 0) {
+    error_ = error;
+  }
+  discard();
+  return false;
+}
+
+void AtomicFile::discard() {
+  if (descriptor_ >= 0) {
+    ::close(std::exchange(descriptor_, -1));
+  }
+  if (!temporary_path_.empty()) {
+    ::unlink(temporary_path_.c_str());
+    temporary_path_.clear();
+  }
+}
+
+bool read_file(std::string const& path, std::string& content, std::int64_t limit) {
+  content.clear();
+  OpenedFile const file = open_regular_file(path);
+  if (file.error != 0 || file.size > limit) {
+    return false;
+  }
+  // The size is a hint only: a file may grow, and files that the system makes up on reading have
+  // none. One byte beyond the limit tells that there is too much.
+  std::int64_t const beyond = limit + 1;
+  std::int64_t used = 0;
+  std::int64_t room = std::min(file.size + 4096, beyond);
+  while (true) {
+    content.resize(static_cast<std::size_t>(room));
+    std::int64_t const got = read_bytes(file.descriptor.get(), content.data() + used, room - used);
+    if (got < 0) {
+      break;
+    }
+    used += got;
+    if (used > limit) {
+      break;
+    }
+    if (used < room) {
+      content.resize(static_cast<std::size_t>(used));
+      return true;
+    }
+    room = std::min(room * 2, beyond);
+  }
+  content.clear();
+  content.shrink_to_fit();
+  return false;
+}
+
+}  // namespace morvabs

@@ -1,0 +1,324 @@
+#include <algorithm>
+#include <array>
+#include <bitset>
+#include <memory>
+#include <optional>
+
+#include <uchardet.h>
+
+#include "morvabs/text_decoder.h"
+#include "morvabs/utf8.h"
+
+namespace morvabs {
+
+namespace {
+
+constexpr std::size_t kSampleSize = std::size_t{1} << 20;
+/// Enough to tell the encodings of one language apart with certainty.
+constexpr std::size_t kMeasuredSize = std::size_t{1} << 16;
+
+using CharacterSet = std::bitset<0x10000>;
+
+struct Mark {
+  std::string_view bytes;
+  char const* encoding;
+};
+
+// The longer marks first: that of UTF-16 begins that of UTF-32.
+constexpr Mark kMarks[] = {
+    {{"\xFF\xFE\x00\x00", 4}, "UTF-32LE"}, {{"\x00\x00\xFE\xFF", 4}, "UTF-32BE"},
+    {{"\x84\x31\x95\x33", 4}, "GB18030"},  {{"\xEF\xBB\xBF", 3}, "UTF-8"},
+    {{"\xFF\xFE", 2}, "UTF-16LE"},         {{"\xFE\xFF", 2}, "UTF-16BE"},
+};
+
+/// A double-byte encoding, and how its language shows in it. The usual characters are a whole block
+/// of the standard (the first level of the ideographs, in order of use), the common ones are so
+/// frequent that they make up a good part of any text.
+struct Candidate {
+  char const* encoding;
+  unsigned char first_usual_lead;
+  unsigned char last_usual_lead;
+  wchar_t const* common;
+};
+
+constexpr wchar_t kChinese[] =
+    L"的一是不了在人有我他这这中大来上国个到说们为子和你地出道也时年得就那要下以生会自着去之过家学"
+    L"对可里后小"
+    L"么心多天而能好都然没日于起还发成事只作当想看文无开手十用主行方又如前所本见经头面公同三己老从"
+    L"动两长"
+    L"這個來國說們為時會著過學對裡裏後麼沒於還發當無開經頭動兩長與業產電機關現問題們書車門間東";
+constexpr wchar_t kJapanese[] =
+    L"ぁあいうえおかがきぎくけげこごさざしじすずせそただちっつてでとどなにねのはばひびふへべほまみ"
+    L"むめもやゆよ"
+    L"らりるれろわをんアイウエオカキクケコサシスセソタチツテトナニネノハヒフヘホマミムメモヤユヨラ"
+    L"リルレロワンー"
+    L"日本人年大月見行一出";
+constexpr wchar_t kKorean[] =
+    L"이다는을의에가고하한지로사은를도기시인대서자리아일나스정들어부그해으게수전있면보라주니상원제"
+    L"만장여"
+    L"과안것요조선유공성소구동우민신국경연화와비문내위적무교회";
+
+constexpr Candidate kCandidates[] = {
+    {"GB18030", 0xB0, 0xD7, kChinese},    {"Big5", 0xA4, 0xC6, kChinese},
+    {"Shift_JIS", 0x82, 0x97, kJapanese}, {"EUC-JP", 0xA4, 0xCF, kJapanese},
+    {"EUC-KR", 0xB0, 0xC8, kKorean},
+};
+
+std::string decode_with(std::string_view encoding, std::string_view bytes, bool last) {
+  std::string utf8;
+  TextDecoder(encoding).decode(bytes, last, utf8);
+  return utf8;
+}
+
+void add_characters(CharacterSet& set, std::wstring_view characters) {
+  for (wchar_t const c : characters) {
+    auto const value = static_cast<std::size_t>(c);
+    if (value >= 0x80 && value < set.size()) {
+      set.set(value);
+    }
+  }
+}
+
+struct Language {
+  CharacterSet usual;
+  CharacterSet common;
+};
+
+Language make_language(Candidate const& candidate) {
+  auto language = Language();
+  std::string pairs;
+  for (unsigned lead = candidate.first_usual_lead; lead <= candidate.last_usual_lead; ++lead) {
+    for (unsigned trail = 0x40; trail <= 0xFE; ++trail) {
+      // In the encodings of the EUC family and in GB2312 the second byte is a high one too.
+      bool const low_trail = trail < 0xA1;
+      bool const takes_low = candidate.encoding[0] == 'B' || candidate.encoding[0] == 'S';
+      if ((takes_low || !low_trail) && trail != 0x7F) {
+        pairs.push_back(static_cast<char>(lead));
+        pairs.push_back(static_cast<char>(trail));
+      }
+    }
+  }
+  add_characters(language.usual, from_utf8(decode_with(candidate.encoding, pairs, true)));
+  language.usual.reset(0xFFFD);
+  add_characters(language.common, candidate.common);
+  return language;
+}
+
+/// How well a text fits a candidate, 0 where it does not at all.
+double fit(Candidate const& candidate, Language const& language, std::string_view bytes) {
+  std::wstring const text = from_utf8(decode_with(candidate.encoding, bytes, false));
+  std::size_t total = 0;
+  std::size_t malformed = 0;
+  std::size_t usual = 0;
+  std::size_t common = 0;
+  for (wchar_t const c : text) {
+    auto const value = static_cast<std::size_t>(c);
+    bool const is_symbol =
+        (value >= 0x2000 && value < 0x3040) || (value >= 0xFF00 && value < 0xFF60);
+    if (value < 0x80 || is_symbol) {
+      continue;
+    }
+    ++total;
+    malformed += value == 0xFFFD ? 1U : 0U;
+    if (value < language.usual.size()) {
+      usual += language.usual.test(value) ? 1U : 0U;
+      common += language.common.test(value) ? 1U : 0U;
+    }
+  }
+  // A few bytes may be damaged; in a text of another encoding far more do not fit.
+  if (total == 0 || malformed * 50 > total || usual * 5 < total * 3) {
+    return 0;
+  }
+  auto const share = [total](std::size_t count) {
+    return static_cast<double>(count) / static_cast<double>(total);
+  };
+  return share(common) + share(usual) / 2;
+}
+
+/// The part of a text that tells its encoding: from a little before its first byte above ASCII on.
+std::string_view telling_part(std::string_view bytes) {
+  auto const first = std::find_if(bytes.begin(), bytes.end(),
+                                  [](char c) { return static_cast<unsigned char>(c) >= 0x80; });
+  return bytes.substr(static_cast<std::size_t>(first - bytes.begin()), kMeasuredSize);
+}
+
+std::optional<std::string> find_double_byte(std::string_view bytes) {
+  static auto const* const languages = [] {
+    auto* const made = new std::array<Language, std::size(kCandidates)>;
+    std::transform(std::begin(kCandidates), std::end(kCandidates), made->begin(), make_language);
+    return made;
+  }();
+  std::optional<std::string> best;
+  double best_fit = 0;
+  for (std::size_t i = 0; i < std::size(kCandidates); ++i) {
+    double const found = fit(kCandidates[i], (*languages)[i], bytes);
+    if (found > best_fit) {
+      best_fit = found;
+      best = kCandidates[i].encoding;
+    }
+  }
+  return best;
+}
+
+bool is_double_byte_name(std::string_view name) {
+  constexpr std::string_view kNames[] = {"GB",    "BIG5", "SHIFT", "EUC", "ISO-2022", "UHC",
+                                         "JOHAB", "HZ-",  "UTF",   "KS",  "CP949"};
+  return std::any_of(std::begin(kNames), std::end(kNames),
+                     [name](std::string_view start) { return name.starts_with(start); });
+}
+
+std::string find_single_byte(std::string_view bytes) {
+  std::unique_ptr<uchardet, void (*)(uchardet*)> const detector(uchardet_new(), uchardet_delete);
+  uchardet_handle_data(detector.get(), bytes.data(), bytes.size());
+  uchardet_data_end(detector.get());
+  std::string name = uchardet_get_charset(detector.get());
+  bool const is_usable =
+      !name.empty() && !is_double_byte_name(name) && TextDecoder(name).is_known();
+  return is_usable && name != "ASCII" ? name : "windows-1252";
+}
+
+std::string find_legacy(std::string_view bytes) {
+  std::string_view const telling = telling_part(bytes);
+  auto const found = find_double_byte(telling);
+  return found ? *found : find_single_byte(telling);
+}
+
+/// Share of the characters that ordinary text is made of, counting ASCII twice: the characters that
+/// the wrong order of bytes makes of ASCII look ordinary too.
+double ordinary_share(std::wstring_view text) {
+  std::size_t score = 0;
+  for (wchar_t const c : text) {
+    bool const is_ascii = (c >= 0x20 && c < 0x7F) || (c >= L'\t' && c <= L'\r');
+    bool const is_letter = (c >= 0xA0 && c < 0x700) || (c >= 0xE00 && c < 0xE80);
+    bool const is_east_asian =
+        (c >= 0x3000 && c < 0x3100) || (c >= 0x4E00 && c < 0xA000) || (c >= 0xAC00 && c < 0xD7A4);
+    bool const is_symbol = (c >= 0x2000 && c < 0x2070) || (c >= 0xFF00 && c < 0xFFF0) || c > 0xFFFF;
+    score += is_ascii ? 2 : (is_letter || is_east_asian || is_symbol ? 1 : 0);
+  }
+  return text.empty() ? 0 : static_cast<double>(score) / static_cast<double>(text.size());
+}
+
+/// Text of wide units without a mark: only its zero bytes give it away.
+std::optional<std::string> find_wide_units(std::string_view bytes) {
+  std::optional<std::string> best;
+  double best_share = 0.95;
+  for (char const* const encoding : {"UTF-32LE", "UTF-32BE", "UTF-16LE", "UTF-16BE"}) {
+    std::size_t const unit = encoding[4] == '3' ? 4 : 2;
+    std::string_view const whole_units = bytes.substr(0, bytes.size() - bytes.size() % unit);
+    std::wstring const text = from_utf8(decode_with(encoding, whole_units, false));
+    bool const is_malformed = text.find(L'\xFFFD') != std::wstring::npos;
+    bool const has_null = text.find(L'\0') != std::wstring::npos;
+    double const share = is_malformed || has_null ? 0 : ordinary_share(text);
+    if (share > best_share) {
+      best_share = share;
+      best = encoding;
+    }
+  }
+  return best;
+}
+
+bool is_binary(std::string_view bytes) {
+  auto const is_control = [](char c) {
+    auto const value = static_cast<unsigned char>(c);
+    bool const is_layout = (value >= '\t' && value <= '\r') || value == 0x1B;
+    return (value < 0x20 && !is_layout) || value == 0x7F;
+  };
+  auto const count = std::count_if(bytes.begin(), bytes.end(), is_control);
+  bool const has_null = bytes.find('\0') != std::string_view::npos;
+  return has_null || static_cast<std::size_t>(count) > 2 + bytes.size() / 100;
+}
+
+/// UTF-8, also with a sequence cut at the end or with some damage. Text in another encoding may
+/// hold sequences that look well-formed, but never many times as many as others.
+bool is_mostly_utf8(std::string_view bytes) {
+  constexpr std::size_t kLeastCutSample = 4096;
+  std::size_t const complete = complete_utf8_prefix(bytes);
+  std::wstring const text = from_utf8(bytes.substr(0, complete));
+  auto const is_wide = [](wchar_t c) { return c >= 0x80 && c != 0xFFFD; };
+  auto const sequences = static_cast<std::size_t>(std::count_if(text.begin(), text.end(), is_wide));
+  bool const is_cut = complete != bytes.size();
+  if (is_utf8(bytes.substr(0, complete))) {
+    return !is_cut || sequences > 0 || bytes.size() >= kLeastCutSample;
+  }
+  auto const malformed = static_cast<std::size_t>(std::count(text.begin(), text.end(), L'\xFFFD'));
+  return sequences >= 10 * malformed;
+}
+
+DetectedEncoding find_mark(std::string_view bytes) {
+  for (Mark const& mark : kMarks) {
+    if (bytes.starts_with(mark.bytes)) {
+      return {mark.encoding, mark.bytes.size()};
+    }
+  }
+  return {};
+}
+
+/// The encoding of a whole text, which is not UTF-8 all through and has no mark.
+std::string find_other(std::string_view bytes) {
+  std::string_view const sample = bytes.substr(0, kSampleSize);
+  std::string name = detect_encoding(sample).name;
+  if (name.empty()) {
+    return find_legacy(sample);
+  }
+  std::size_t const valid = valid_utf8_prefix(bytes);
+  bool const is_ascii_so_far = name == "UTF-8" && telling_part(bytes.substr(0, valid)).empty();
+  return is_ascii_so_far ? find_legacy(bytes.substr(valid, kSampleSize)) : name;
+}
+
+DetectedEncoding find_whole(std::string_view bytes) {
+  DetectedEncoding found = find_mark(bytes);
+  if (found.mark_length > 0) {
+    return found;
+  }
+  bool const has_null = bytes.find('\0') != std::string_view::npos;
+  if (has_null) {
+    if (auto wide = find_wide_units(bytes.substr(0, kMeasuredSize))) {
+      return {*wide, 0};
+    }
+  }
+  return {is_utf8(bytes) ? "UTF-8" : find_other(bytes), 0};
+}
+
+}  // namespace
+
+DetectedEncoding detect_encoding(std::string_view sample) {
+  DetectedEncoding found = find_mark(sample);
+  if (found.mark_length > 0) {
+    return found;
+  }
+  if (sample.find('\0') != std::string_view::npos) {
+    return {find_wide_units(sample.substr(0, kMeasuredSize)).value_or(std::string()), 0};
+  }
+  if (is_binary(sample)) {
+    return {};
+  }
+  return {is_mostly_utf8(sample) ? "UTF-8" : find_legacy(sample), 0};
+}
+
+std::string decode_text(std::string_view bytes) {
+  DetectedEncoding const found = find_whole(bytes);
+  return decode_with(found.name, bytes.substr(found.mark_length), true);
+}
+
+std::wstring decode_wide_text(std::string_view bytes) {
+  DetectedEncoding const found = find_whole(bytes);
+  bytes.remove_prefix(found.mark_length);
+  if (found.name == "UTF-8") {
+    return from_utf8(bytes);
+  }
+  TextDecoder decoder(found.name);
+  std::wstring text;
+  std::string utf8;
+  bool last = false;
+  while (!last) {
+    std::string_view const piece = bytes.substr(0, kSampleSize);
+    bytes.remove_prefix(piece.size());
+    last = bytes.empty();
+    utf8.clear();
+    decoder.decode(piece, last, utf8);
+    append_wide(text, utf8);
+  }
+  return text;
+}
+
+}  // namespace morvabs
