@@ -1,38 +1,17 @@
 #include "host/Orlec/LocateMgr.h"
 
-#include <array>
-#include <cstdlib>
 #include <filesystem>
 #include <string>
 #include <system_error>
 
 #include <dlfcn.h>
-#include <pwd.h>
-#include <unistd.h>
+
+#include "morvabs/locate.h"
+#include "morvabs/path.h"
 
 namespace Orlec {
 
 namespace {
-
-/// The value of a variable; empty counts as unset.
-char const* variable(char const* name) {
-  char const* const value = std::getenv(name);
-  return value != nullptr && *value != '\0' ? value : nullptr;
-}
-
-std::string home_directory() {
-  if (char const* const home = variable("HOME")) {
-    return home;
-  }
-  std::array<char, 4096> buffer{};
-  passwd entry{};
-  passwd* found = nullptr;
-  if (getpwuid_r(geteuid(), &entry, buffer.data(), buffer.size(), &found) == 0 &&
-      found != nullptr) {
-    return found->pw_dir;
-  }
-  return "/";
-}
 
 std::string find_data_directory() {
   Dl_info info{};
@@ -42,9 +21,9 @@ std::string find_data_directory() {
   }
   std::filesystem::path const library = info.dli_fname;
   std::error_code error;
-  // Made absolute at once: the loader may know the library by a path that ends with the working
-  // directory.
-  auto directory = std::filesystem::absolute(library.parent_path() / MORVA_DATA_FROM_LIB, error);
+  // Made absolute at once: the loader may know the library by a path from the working directory.
+  auto const directory =
+      std::filesystem::absolute(library.parent_path() / MORVA_DATA_FROM_LIB, error);
   return error ? std::string() : directory.lexically_normal().string();
 }
 
@@ -54,7 +33,11 @@ std::string const& data_directory() {
   return *directory;
 }
 
-HString fit(HString directory, bool with_separator) {
+HString locate(char const* variable, HString const& otherwise, bool with_separator) {
+  HString directory = morvabs::environment_path(variable);
+  if (directory.empty()) {
+    directory = otherwise;
+  }
   if (with_separator) {
     directory.dir_fit(true);
   }
@@ -74,19 +57,12 @@ LocateMgr* LocateMgr::pins() {
 }
 
 HString LocateMgr::get_dict_path(bool with_separator) const {
-  if (char const* const path = variable("MORVA_DICT_PATH")) {
-    return fit(HString(path), with_separator);
-  }
-  return fit(HString((data_directory() + "/dict").c_str()), with_separator);
+  return locate("MORVA_DICT_PATH", morvabs::from_path(data_directory() + "/dict"), with_separator);
 }
 
 HString LocateMgr::get_box_path(bool with_separator) const {
-  if (char const* const path = variable("MORVA_BOX_PATH")) {
-    return fit(HString(path), with_separator);
-  }
-  char const* const data_home = variable("XDG_DATA_HOME");
-  std::string const base = data_home != nullptr ? data_home : home_directory() + "/.local/share";
-  return fit(HString((base + "/morvaai/box").c_str()), with_separator);
+  return locate("MORVA_BOX_PATH", morvabs::user_data_directory() + HString(L"/box"),
+                with_separator);
 }
 
 }  // namespace Orlec

@@ -8,6 +8,7 @@
 #include "host/Orlec/Global.h"
 #include "host/Orlec/ParseLimits.h"
 #include "morvabs/atomic_file.h"
+#include "morvabs/path.h"
 #include "morvabs/utf8.h"
 
 namespace Orlec {
@@ -121,7 +122,8 @@ void TextLineCallback::OnBegin() {
   bool const to_file = !mb_in_memory && path.not_empty();
   state_->main_room = to_file ? state_->limits.i_output_bytes : state_->limits.i_memory_chars;
   if (to_file) {
-    state_->output.emplace(morvabs::to_utf8(path.get_ws()),
+    // A path that no file can have fails like one that cannot be written.
+    state_->output.emplace(morvabs::to_path(path).value_or(std::string()),
                            morvabs::AtomicFile::Access::owner_only);
   }
 }

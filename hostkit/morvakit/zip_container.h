@@ -1,0 +1,50 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "host/Orlec/IFile.h"
+#include "morvakit/read_context.h"
+
+namespace morvakit {
+
+/// The parts of a ZIP container, unpacked in pieces. Nothing of it is ever mapped into memory or
+/// written to disk, and names are only compared: "../" in one has no effect.
+class ZipContainer {
+ public:
+  /// Reads the directory. Ends the context where there is none or it has too many entries.
+  ZipContainer(Orlec::Reader const& reader, ReadContext& context);
+  ~ZipContainer();
+  ZipContainer(ZipContainer const&) = delete;
+  ZipContainer& operator=(ZipContainer const&) = delete;
+
+  bool is_open() const;
+  std::uint64_t count() const;
+  /// The name of an entry as it is stored; empty outside the directory.
+  std::string const& name(std::uint64_t index) const;
+  /// Size that the directory gives for the unpacked part. A lie is possible: take it as a hint.
+  std::int64_t stated_size(std::uint64_t index) const;
+
+  /// The part of that name: exactly, else without regard to the case of ASCII letters, to the
+  /// direction of slashes and to one in front.
+  std::optional<std::uint64_t> find(std::string_view name) const;
+
+  /// Takes one piece of a part; false to have no more of it.
+  using Consumer = std::function<bool(std::string_view bytes)>;
+  /// Unpacks a part. True when it was read to its end; a fault is noted in the context or ends it.
+  /// A name that stands twice in the directory is noted as damage, and the part is read all the
+  /// same.
+  bool read(std::uint64_t index, Consumer const& consumer);
+
+ private:
+  struct Archive;
+
+  ReadContext& context_;
+  std::unique_ptr<Archive> archive_;
+};
+
+}  // namespace morvakit
