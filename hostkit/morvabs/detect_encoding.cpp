@@ -17,6 +17,10 @@ constexpr std::size_t kSampleSize = std::size_t{1} << 20;
 /// Enough to tell the encodings of one language apart with certainty.
 constexpr std::size_t kMeasuredSize = std::size_t{1} << 16;
 
+/// How well a text of nothing but full-width digits and punctuation fits.
+constexpr double kSymbolsOnly = 0.05;
+constexpr std::size_t kLongText = 20;
+
 using CharacterSet = std::bitset<0x10000>;
 
 struct Mark {
@@ -86,16 +90,13 @@ struct Language {
 
 Language make_language(Candidate const& candidate) {
   auto language = Language();
+  // In the encodings of the EUC family and in GB2312 the second byte is a high one too.
+  bool const has_low_trails = candidate.encoding[0] == 'B' || candidate.encoding[0] == 'S';
   std::string pairs;
   for (unsigned lead = candidate.first_usual_lead; lead <= candidate.last_usual_lead; ++lead) {
-    for (unsigned trail = 0x40; trail <= 0xFE; ++trail) {
-      // In the encodings of the EUC family and in GB2312 the second byte is a high one too.
-      bool const low_trail = trail < 0xA1;
-      bool const takes_low = candidate.encoding[0] == 'B' || candidate.encoding[0] == 'S';
-      if ((takes_low || !low_trail) && trail != 0x7F) {
-        pairs.push_back(static_cast<char>(lead));
-        pairs.push_back(static_cast<char>(trail));
-      }
+    for (unsigned trail = has_low_trails ? 0x40 : 0xA1; trail <= 0xFE; ++trail) {
+      // The line end keeps what follows a pair that does not exist in step.
+      pairs += {static_cast<char>(lead), static_cast<char>(trail), '\n'};
     }
   }
   add_characters(language.usual, from_utf8(decode_with(candidate.encoding, pairs, true)));
@@ -107,6 +108,7 @@ Language make_language(Candidate const& candidate) {
 /// How well a text fits a candidate, 0 where it does not at all.
 double fit(Candidate const& candidate, Language const& language, std::string_view bytes) {
   std::wstring const text = from_utf8(decode_with(candidate.encoding, bytes, false));
+  std::size_t symbols = 0;
   std::size_t total = 0;
   std::size_t malformed = 0;
   std::size_t usual = 0;
@@ -115,6 +117,7 @@ double fit(Candidate const& candidate, Language const& language, std::string_vie
     auto const value = static_cast<std::size_t>(c);
     bool const is_symbol =
         (value >= 0x2000 && value < 0x3040) || (value >= 0xFF00 && value < 0xFF60);
+    symbols += is_symbol ? 1U : 0U;
     if (value < 0x80 || is_symbol) {
       continue;
     }
@@ -125,8 +128,15 @@ double fit(Candidate const& candidate, Language const& language, std::string_vie
       common += language.common.test(value) ? 1U : 0U;
     }
   }
+  if (total == 0) {
+    return symbols >= 4 ? kSymbolsOnly : 0;
+  }
   // A few bytes may be damaged; in a text of another encoding far more do not fit.
-  if (total == 0 || malformed * 50 > total || usual * 5 < total * 3) {
+  if (malformed * 50 > total || usual * 5 < total * 3) {
+    return 0;
+  }
+  // No longer text does without the words that hold a language together.
+  if (total >= kLongText && common * 20 < total) {
     return 0;
   }
   auto const share = [total](std::size_t count) {
@@ -160,27 +170,27 @@ std::optional<std::string> find_double_byte(std::string_view bytes) {
   return best;
 }
 
-bool is_double_byte_name(std::string_view name) {
-  constexpr std::string_view kNames[] = {"GB",    "BIG5", "SHIFT", "EUC", "ISO-2022", "UHC",
-                                         "JOHAB", "HZ-",  "UTF",   "KS",  "CP949"};
-  return std::any_of(std::begin(kNames), std::end(kNames),
-                     [name](std::string_view start) { return name.starts_with(start); });
+bool fits_without_fault(std::string_view encoding, std::string_view bytes) {
+  TextDecoder decoder(encoding);
+  std::string utf8;
+  decoder.decode(bytes, false, utf8);
+  return decoder.is_known() && from_utf8(utf8).find(L'\xFFFD') == std::wstring::npos;
 }
 
-std::string find_single_byte(std::string_view bytes) {
+std::string find_by_statistics(std::string_view bytes) {
   std::unique_ptr<uchardet, void (*)(uchardet*)> const detector(uchardet_new(), uchardet_delete);
   uchardet_handle_data(detector.get(), bytes.data(), bytes.size());
   uchardet_data_end(detector.get());
-  std::string name = uchardet_get_charset(detector.get());
-  bool const is_usable =
-      !name.empty() && !is_double_byte_name(name) && TextDecoder(name).is_known();
-  return is_usable && name != "ASCII" ? name : "windows-1252";
+  std::string const name = uchardet_get_charset(detector.get());
+  bool const is_usable = !name.empty() && name != "ASCII" && !name.starts_with("MAC-") &&
+                         fits_without_fault(name, bytes);
+  return is_usable ? name : "windows-1252";
 }
 
 std::string find_legacy(std::string_view bytes) {
   std::string_view const telling = telling_part(bytes);
   auto const found = find_double_byte(telling);
-  return found ? *found : find_single_byte(telling);
+  return found ? *found : find_by_statistics(telling);
 }
 
 /// Share of the characters that ordinary text is made of, counting ASCII twice: the characters that
