@@ -1,0 +1,24 @@
+# What an installed tree holds: the libraries, the public headers, the program, the dictionary, and the
+# CMake package and pkg-config file through which others find them.
+include(CMakePackageConfigHelpers)
+
+get_property(morva_libraries GLOBAL PROPERTY MORVA_LIBRARIES)
+install(TARGETS ${morva_libraries} EXPORT morvaai-targets
+  LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}")
+install(DIRECTORY src/ DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/morvaai"
+  FILES_MATCHING PATTERN "*.h" PATTERN "internal" EXCLUDE)
+install(EXPORT morvaai-targets NAMESPACE morvaai::
+  DESTINATION "${CMAKE_INSTALL_LIBDIR}/cmake/morvaai")
+
+file(WRITE "${PROJECT_BINARY_DIR}/morvaai-config.cmake"
+  "include(\"\${CMAKE_CURRENT_LIST_DIR}/morvaai-targets.cmake\")\n")
+write_basic_package_version_file("${PROJECT_BINARY_DIR}/morvaai-config-version.cmake"
+  COMPATIBILITY SameMajorVersion)
+install(FILES "${PROJECT_BINARY_DIR}/morvaai-config.cmake"
+              "${PROJECT_BINARY_DIR}/morvaai-config-version.cmake"
+  DESTINATION "${CMAKE_INSTALL_LIBDIR}/cmake/morvaai")
+
+file(RELATIVE_PATH MORVA_PREFIX_FROM_PC "/${CMAKE_INSTALL_LIBDIR}/pkgconfig" "/")
+configure_file("${CMAKE_CURRENT_LIST_DIR}/morvaai.pc.in" "${PROJECT_BINARY_DIR}/morvaai.pc" @ONLY)
+install(FILES "${PROJECT_BINARY_DIR}/morvaai.pc" DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig")
+install(FILES LICENSE DESTINATION "${CMAKE_INSTALL_DOCDIR}")

@@ -33,5 +33,8 @@
 #include "host/PrintMoudleVersion.h"
 #include "host/SITcpClient.h"
 #include "host/WordNode.h"
+#include "host/native_path.h"
 #include "host/process_memory.h"
+#include "host/utf8.h"
+#include "host/version.h"
 #include "numeric/HPointN.h"

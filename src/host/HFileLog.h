@@ -28,7 +28,7 @@ class MORVA_EXPORT HStringForLog {
 ///     HFileLog::ins()->log(record);
 ///
 /// Levels: 1 failures, 2 warnings, 3 information, 4 verbose detail; a record is on when the log is
-/// enabled and its level is not above `mi_level`. Records go to the sink, without one to the file that
+/// enabled and its level is from 1 to `mi_level`. Records go to the sink, without one to the file that
 /// MORVA_LOG_FILE names, else to standard error. Taking and logging records is safe from any thread;
 /// the members and the sink are to be set while no other thread logs.
 class MORVA_EXPORT HFileLog {

@@ -2,7 +2,12 @@
 
 #include <cstdio>
 
+#include "host/version.h"
+
 int PrintMoudleVersion() {
+  using morva::version;
   return std::fprintf(stderr, "%-25.24s%d.%d.%d.%d.%-6d%04d-%02d-%02d %02d:%02d:%02d\n",
-                      "libmorvaai", 3, 2306, 4, 13, 1, 2024, 6, 24, 20, 42, 3);
+                      "libmorvaai", version.major, version.minor, version.patch, version.build,
+                      version.revision, version.year, version.month, version.day, version.hour,
+                      version.minute, version.second);
 }

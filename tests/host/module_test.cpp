@@ -1,0 +1,38 @@
+#include <gtest/gtest.h>
+
+#include "dna/HFileDNA.h"
+#include "host/HClusterEnvironment.h"
+#include "host/PrintMoudleVersion.h"
+
+namespace {
+
+TEST(Module, prints_its_version_on_standard_error) {
+  testing::internal::CaptureStderr();
+  int const written = PrintMoudleVersion();
+  std::string const line = testing::internal::GetCapturedStderr();
+  EXPECT_EQ(line, "libmorvaai               3.2306.4.13.1     2024-06-24 20:42:03\n");
+  EXPECT_EQ(written, static_cast<int>(line.size()));
+}
+
+TEST(Module, the_version_begins_in_column_26) {
+  testing::internal::CaptureStderr();
+  PrintMoudleVersion();
+  EXPECT_EQ(testing::internal::GetCapturedStderr().find("3.2306"), 25U);
+}
+
+TEST(Module, no_agent_is_installed) {
+  EXPECT_FALSE(HClusterEnvironment::IsAgentInstalled());
+  EXPECT_FALSE(HClusterEnvironment::HAppExclusive_is_exist(L"VelorinAgentOnlyOneInstance"));
+}
+
+TEST(Module, no_server_is_known) {
+  HString server(L"server");
+  int port = 443;
+  EXPECT_FALSE(HClusterEnvironment::get_server_ip_port(server, port));
+  EXPECT_EQ(server, HString(L"server"));
+  EXPECT_EQ(port, 443);
+}
+
+TEST(Module, the_dna_length_is_32_at_load) { EXPECT_EQ(HFileDNA::get_dna_length(), 32); }
+
+}  // namespace

@@ -1,0 +1,44 @@
+#include <fmt/format.h>
+
+#include <nlohmann/json.hpp>
+
+#include "commands.h"
+#include "document.h"
+
+namespace tool {
+
+namespace {
+
+constexpr int narrow_length = 32;
+constexpr int wide_length = 1024;
+
+FileReport report_dna(HString const& path, DnaOptions const& options) {
+  Document const document(path);
+  if (auto report = document.failure(path, options.json)) {
+    return *report;
+  }
+  HString dna;
+  int count = 0;
+  if (!HFileDNA::get_file_dna(document.parser(), dna, &count,
+                              options.wide ? wide_length : narrow_length)) {
+    return no_words(path, options.json);
+  }
+  if (options.json) {
+    nlohmann::ordered_json object;
+    object["file"] = utf8(path);
+    object["outcome"] = document.outcome_name();
+    object["dna"] = utf8(dna);
+    object["count"] = count;
+    return {object.dump() + "\n", document.incompleteness()};
+  }
+  std::string const counted = options.count ? fmt::format("{:>8}  ", count) : std::string();
+  return {fmt::format("{}  {}{}\n", utf8(dna), counted, printable(path)), document.incompleteness()};
+}
+
+}  // namespace
+
+int run_dna(DnaOptions const& options) {
+  return run_on_files(options, [&](HString const& path) { return report_dna(path, options); });
+}
+
+}  // namespace tool

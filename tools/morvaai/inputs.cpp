@@ -1,0 +1,56 @@
+#include "inputs.h"
+
+#include <iostream>
+
+namespace tool {
+
+namespace {
+
+class FileCollector : public HDirSnapCallback {
+ public:
+  explicit FileCollector(std::vector<HString>& files) : files_(files) {}
+
+  int on_snap_file(HDirSnapEntry const& entry) override {
+    if (!entry.mb_skip && !entry.mb_dir) {
+      files_.push_back(entry.str_path);
+    }
+    return 0;
+  }
+
+ private:
+  std::vector<HString>& files_;
+};
+
+void add_path(std::vector<HString>& files, std::string const& argument) {
+  HString const path = morvabs::from_path(argument);
+  if (!HFile::IsFileExistDir(path)) {
+    files.push_back(path);
+    return;
+  }
+  FileCollector collector(files);
+  HDirSnap walk;
+  walk.mb_recursive = true;
+  walk.set_callback(&collector, true);
+  walk.set_file(path);
+  walk.snap();
+}
+
+}  // namespace
+
+std::vector<HString> expand_inputs(std::vector<std::string> const& arguments) {
+  std::vector<HString> files;
+  for (std::string const& argument : arguments) {
+    if (argument != "-") {
+      add_path(files, argument);
+      continue;
+    }
+    for (std::string line; std::getline(std::cin, line);) {
+      if (!line.empty()) {
+        add_path(files, line);
+      }
+    }
+  }
+  return files;
+}
+
+}  // namespace tool

@@ -1,0 +1,118 @@
+#include "report.h"
+
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <nlohmann/json.hpp>
+
+#include "inputs.h"
+#include "worker_pool.h"
+
+namespace tool {
+
+namespace {
+
+std::string pack(FileReport const& report) {
+  return std::to_string(report.output.size()) + ":" + report.output + report.problem;
+}
+
+FileReport unpack(std::string const& packed) {
+  std::size_t const colon = packed.find(':');
+  std::size_t const size = std::stoull(packed.substr(0, colon));
+  return {packed.substr(colon + 1, size), packed.substr(colon + 1 + size)};
+}
+
+// A line on a terminal that is overwritten by the next one.
+class Progress {
+ public:
+  explicit Progress(std::size_t count)
+      : count_(count), shown_(count > 1 && isatty(STDERR_FILENO) == 1) {}
+
+  void show(std::size_t finished, HString const& path) const {
+    if (shown_) {
+      std::fprintf(stderr, "\r\033[K[%zu/%zu] %.60s", finished, count_,
+                   printable(path.get_short_name()).c_str());
+    }
+  }
+  void clear() const {
+    if (shown_) {
+      std::fputs("\r\033[K", stderr);
+    }
+  }
+
+ private:
+  std::size_t count_;
+  bool shown_;
+};
+
+}  // namespace
+
+std::string utf8(HString const& text) { return morvabs::to_utf8(text.get_ws()); }
+
+std::string printable(HString const& text) {
+  std::wstring wide = text.get_ws();
+  for (wchar_t& c : wide) {
+    auto const code = static_cast<unsigned int>(c);
+    if (code < 0x20 || (code >= 0x7F && code < 0xA0)) {
+      c = L'\xFFFD';
+    }
+  }
+  return morvabs::to_utf8(wide);
+}
+
+std::string json_failure(HString const& path, std::string const& outcome,
+                         std::string const& reason) {
+  nlohmann::ordered_json object;
+  object["file"] = utf8(path);
+  object["error"] = {{"outcome", outcome}, {"reason", reason}};
+  return object.dump() + "\n";
+}
+
+bool write_output(std::string const& text) {
+  if (std::fwrite(text.data(), 1, text.size(), stdout) == text.size() && std::fflush(stdout) == 0) {
+    return true;
+  }
+  std::fprintf(stderr, "morvaai: standard output: %s\n", std::strerror(errno));
+  return false;
+}
+
+int run_on_files(RunOptions const& options,
+                 std::function<FileReport(HString const&)> const& work) {
+  std::vector<HString> const files = expand_inputs(options.inputs);
+  // Mapped before the workers are forked, so that all share it.
+  HStutterDict::pins()->set_dict_path(Orlec::LocateMgr::pins()->get_dict_path(false));
+  HJieba::pins()->Init();
+  Progress const progress(files.size());
+  int status = all_done;
+  auto const done = [&](std::size_t index, WorkerPool::Outcome const& outcome) {
+    FileReport const report =
+        outcome.result ? unpack(*outcome.result)
+                       : FileReport{options.json ? json_failure(files[index], "failed", outcome.failure)
+                                                 : std::string(),
+                                    outcome.failure};
+    progress.clear();
+    if (!report.problem.empty()) {
+      std::fprintf(stderr, "morvaai: %s: %s\n", printable(files[index]).c_str(),
+                   report.problem.c_str());
+      status = some_failed;
+    }
+    if (!write_output(report.output)) {
+      status = some_failed;
+    }
+    progress.show(index + 1, files[index]);
+  };
+  WorkerPool pool;
+  pool.jobs = options.jobs;
+  bool const ran =
+      pool.run(files.size(), [&](std::size_t i) { return pack(work(files[i])); }, done);
+  progress.clear();
+  if (!ran) {
+    std::fprintf(stderr, "morvaai: no worker process can be started: %s\n", std::strerror(errno));
+    return some_failed;
+  }
+  return status;
+}
+
+}  // namespace tool

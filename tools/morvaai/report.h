@@ -1,0 +1,46 @@
+#pragma once
+
+#include <cstddef>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "morvaai.h"
+
+namespace tool {
+
+/// Exit status of the program.
+enum Status : int { all_done = 0, some_failed = 1, wrong_use = 2 };
+
+/// What a command has to say about one file.
+struct FileReport {
+  /// For standard output, line ends included.
+  std::string output;
+  /// One line for standard error, without the file's name; empty when all went well.
+  std::string problem;
+};
+
+/// Options that the commands over many files share.
+struct RunOptions {
+  std::vector<std::string> inputs;
+  std::size_t jobs = 1;
+  bool json = false;
+};
+
+/// Runs `work` on every file of the inputs in worker processes, prints the reports in order of the inputs
+/// and progress on a terminal, and returns the exit status.
+int run_on_files(RunOptions const& options, std::function<FileReport(HString const&)> const& work);
+
+/// UTF-8 of the text as it may stand in a line on a terminal: control characters become U+FFFD.
+std::string printable(HString const& text);
+
+/// UTF-8 of the text as it is; what is no Unicode text becomes U+FFFD.
+std::string utf8(HString const& text);
+
+/// One JSON object a line for a file that gave nothing: its name, the outcome and the reason.
+std::string json_failure(HString const& path, std::string const& outcome, std::string const& reason);
+
+/// Writes to standard output; false, with a message on standard error, when that fails.
+bool write_output(std::string const& text);
+
+}  // namespace tool

@@ -1,0 +1,31 @@
+#include <fmt/format.h>
+
+#include <nlohmann/json.hpp>
+
+#include "commands.h"
+
+namespace tool {
+
+int run_version(bool json) {
+  using morva::version;
+  std::string const number = fmt::format("{}.{}.{}.{}.{}", version.major, version.minor,
+                                         version.patch, version.build, version.revision);
+  HString const dictionary = Orlec::LocateMgr::pins()->get_dict_path(false);
+  HStutterDict::pins()->set_dict_path(dictionary);
+  bool const found = HStutterDict::pins()->is_exist_dict();
+  HString const boxes = Orlec::LocateMgr::pins()->get_box_path(false);
+  if (json) {
+    nlohmann::ordered_json object;
+    object["version"] = number;
+    object["dictionary"] = utf8(dictionary);
+    object["dictionary_found"] = found;
+    object["boxes"] = utf8(boxes);
+    return write_output(object.dump() + "\n") ? all_done : some_failed;
+  }
+  std::string const text =
+      fmt::format("morvaai {}\ndictionary: {}{}\nboxes: {}\n", number, printable(dictionary),
+                  found ? "" : " (not found)", printable(boxes));
+  return write_output(text) ? all_done : some_failed;
+}
+
+}  // namespace tool
