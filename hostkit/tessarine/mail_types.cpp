@@ -56,7 +56,8 @@ std::string_view next_line(std::string_view& rest) {
   return line;
 }
 
-// An empty block where a line that is no header stands before the first empty line.
+// An empty block where a line that is no header stands before the first empty line, unless what
+// stands in front of it can only be a message's.
 HeaderBlock read_headers(std::string_view rest) {
   HeaderBlock block;
   std::string name;
@@ -76,7 +77,7 @@ HeaderBlock read_headers(std::string_view rest) {
     note_field(block, name, value);
     auto const colon = line.find(':');
     if (colon == std::string_view::npos || !is_header_name(line.substr(0, colon))) {
-      return {};
+      return block.common >= 2 && block.transport >= 1 ? block : HeaderBlock{};
     }
     name = ascii_lower(line.substr(0, colon));
     value = ascii_lower(line.substr(colon + 1));
@@ -96,9 +97,10 @@ Recognition recognize_mail(std::string_view head, std::string const& name_suffix
   }
   auto const is_named_mail = name_suffix == "eml" || name_suffix == "mbox";
   auto const block = read_headers(rest);
-  auto const is_message =
-      block.transport + block.common >= 2 &&
-      (is_named_mail || has_separator || (block.transport >= 1 && !block.article));
+  auto const has_fields = block.transport + block.common >= 2;
+  auto const is_message = has_separator   ? has_fields || block.transport != 0
+                          : is_named_mail ? has_fields
+                                          : has_fields && block.transport != 0 && !block.article;
   if (!is_message) {
     return {};
   }

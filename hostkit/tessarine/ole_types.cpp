@@ -6,6 +6,7 @@
 
 #include "tessarine/byte_reader.h"
 #include "tessarine/ole_container.h"
+#include "tessarine/zip_types.h"
 
 namespace tessarine {
 namespace {
@@ -13,6 +14,7 @@ namespace {
 using namespace std::string_view_literals;
 
 constexpr std::int64_t stream_head_limit = 64 << 10;
+constexpr std::int64_t remains_limit = 512 << 10;
 
 // Records of a workbook, by their numbers.
 constexpr std::uint16_t record_end_of_file = 0x000a;
@@ -64,37 +66,51 @@ Recognition recognize_slides(std::string_view current_user, std::string const& n
 
 // An encrypted package shows nothing of its content, so that the name is all there is.
 Recognition recognize_encrypted_package(std::string const& name_suffix) {
-  constexpr std::array words{"docx", "docm", "dotx", "dotm"};
-  constexpr std::array books{"xlsx", "xlsm", "xltx", "xltm", "xlam"};
-  constexpr std::array slides{"pptx", "pptm", "potx", "potm", "ppsx", "ppsm"};
-  auto const find = [&name_suffix](auto const& names, FileType type) {
-    auto const* const found = std::find(names.begin(), names.end(), name_suffix);
-    return found == names.end() ? Recognition{} : Recognition{type, *found, true};
-  };
-  for (auto const& recognition :
-       {find(words, FileType::docx), find(books, FileType::xlsx), find(slides, FileType::pptx)}) {
-    if (recognition.type != FileType::unknown) {
-      return recognition;
-    }
+  auto recognition = office_type_by_name(name_suffix);
+  if (recognition.type == FileType::unknown) {
+    recognition = {FileType::docx, "docx"};
   }
-  return name_suffix == "xlsb" ? Recognition{FileType::xlsb, "xlsb", true}
-                               : Recognition{FileType::docx, "docx", true};
+  recognition.encrypted = true;
+  return recognition;
 }
 
-// The stream that a container begins with usually starts in its first sector.
-Recognition recognize_first_sector(Orlec::Reader const& reader, std::string const& name_suffix) {
-  auto const header = read_piece(reader, 0, 512);
-  auto const shift = little16(header, 30);
-  auto const sector = read_piece(reader, shift == 12 ? 4096 : 512, stream_head_limit);
+// Where the directory cannot be followed, its entries may still be there: a name in UTF-16 at the
+// beginning of each 128 bytes.
+bool has_entry_left(std::string_view bytes, std::string_view name) {
+  std::string wide;
+  for (auto const character : name) {
+    wide += character;
+    wide += '\0';
+  }
+  wide.append(2, '\0');
+  for (auto found = bytes.find(wide); found != std::string_view::npos;
+       found = bytes.find(wide, found + 1)) {
+    if (found % 128 == 0) {
+      return true;
+    }
+  }
+  return false;
+}
+
+Recognition recognize_remains(Orlec::Reader const& reader, std::string const& name_suffix) {
+  auto const bytes = read_piece(reader, 0, remains_limit);
+  auto const sector_size = little16(bytes, 30) == 12 ? std::size_t{4096} : std::size_t{512};
+  auto const sector = std::string_view(bytes).substr(std::min(sector_size, bytes.size()));
   if (little16(sector, 0) == 0xa5ec || little16(sector, 0) == 0xa5dc) {
     return recognize_word(sector, name_suffix);
   }
   if (is_bare_workbook(sector)) {
     return recognize_workbook(sector, name_suffix);
   }
-  if (sector.starts_with("\x0f\0\xe8\3"sv) ||
-      sector.find("P\0o\0w\0e\0r\0P\0o\0i\0n\0t\0 \0D\0"sv) != std::string::npos) {
+  if (has_entry_left(bytes, "PowerPoint Document") || has_entry_left(bytes, "PP40") ||
+      sector.starts_with("\x0f\0\xe8\3"sv)) {
     return recognize_slides({}, name_suffix);
+  }
+  if (has_entry_left(bytes, "WordDocument")) {
+    return recognize_word({}, name_suffix);
+  }
+  if (has_entry_left(bytes, "Workbook") || has_entry_left(bytes, "Book")) {
+    return recognize_workbook({}, name_suffix);
   }
   return {FileType::ole_other, ""};
 }
@@ -108,6 +124,7 @@ Recognition recognize_other_streams(OleContainer const& container) {
   constexpr std::array markers{
       Marker{"__properties_version1.0", FileType::msg, "msg"},
       Marker{"__nameid_version1.0", FileType::msg, "msg"},
+      Marker{"PP40", FileType::ppt, "ppt"},
       Marker{"VisioDocument", FileType::ole_other, "vsd"},
       Marker{"Quill", FileType::ole_other, "pub"},
       Marker{"MatOST", FileType::ole_other, "wps"},
@@ -143,7 +160,7 @@ Recognition recognize_ole(Orlec::Reader const& reader) {
   OleContainer const container(reader);
   auto const suffix = name_suffix(reader);
   if (!container.is_open()) {
-    return recognize_first_sector(reader, suffix);
+    return recognize_remains(reader, suffix);
   }
   if (container.has("EncryptedPackage")) {
     return recognize_encrypted_package(suffix);
@@ -161,6 +178,9 @@ Recognition recognize_ole(Orlec::Reader const& reader) {
     recognition = recognize_workbook(container.content("Book", stream_head_limit), suffix);
   } else {
     recognition = recognize_other_streams(container);
+    if (recognition.type == FileType::ole_other && *recognition.suffix == '\0') {
+      recognition = recognize_remains(reader, suffix);
+    }
   }
   recognition.encrypted = recognition.encrypted || is_wrapped;
   return recognition;

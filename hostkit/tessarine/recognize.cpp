@@ -45,7 +45,8 @@ bool is_pdf(Orlec::Reader const& reader, std::string_view head) {
 
 bool is_rtf(std::string_view head) {
   auto const start = std::min(head.find_first_not_of("\xef\xbb\xbf \t\r\n"), head.size());
-  return head.substr(start).starts_with("{\\rtf") || head.substr(start).starts_with("{\\urtf");
+  auto const text = head.substr(start);
+  return text.starts_with("{\\rtf") || text.starts_with("{\\urtf") || text.starts_with("{\\pard ");
 }
 
 Recognition recognize_text_file(Orlec::Reader const& reader, std::string_view head) {

@@ -225,11 +225,23 @@ bool is_zip(std::string_view head) {
          head.starts_with("PK\7\10PK\3\4");
 }
 
+Recognition office_type_by_name(std::string_view suffix) {
+  auto const* const known =
+      std::find_if(office_types.begin(), office_types.end(),
+                   [suffix](NamedType const& type) { return suffix == type.suffix; });
+  return known == office_types.end() ? Recognition{} : Recognition{known->type, known->suffix};
+}
+
 Recognition recognize_zip(Orlec::Reader const& reader) {
   ZipListing const zip(reader);
   for (auto const recognize_by :
        {recognize_open_document, recognize_office, recognize_by_entries}) {
     if (auto recognition = recognize_by(zip); recognition.type != FileType::unknown) {
+      // Of a package that is cut short, nothing but its description may be left.
+      if (recognition.type == FileType::zip && zip.has("[Content_Types].xml")) {
+        auto const named = office_type_by_name(name_suffix(reader));
+        recognition = named.type == FileType::unknown ? recognition : named;
+      }
       recognition.encrypted = recognition.encrypted || is_locked(zip);
       return recognition;
     }
