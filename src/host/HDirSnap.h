@@ -22,9 +22,9 @@ class MORVA_EXPORT HDirSnapCallback {
   virtual int on_snap_file(HDirSnapEntry const& entry) = 0;
 };
 
-/// Walks a directory and reports its entries in code-point order of their names, what a subdirectory
-/// holds right behind it. Symbolic links to directories are reported but not entered, and the walk goes
-/// at most 128 levels deep.
+/// Walks a directory and reports its entries in code-point order of their names, what a
+/// subdirectory holds right behind it. Symbolic links to directories are reported but not entered,
+/// and the walk goes at most 128 levels deep.
 class MORVA_EXPORT HDirSnap {
  public:
   /// Goes into subdirectories.
@@ -33,7 +33,8 @@ class MORVA_EXPORT HDirSnap {
   HDirSnap();
   ~HDirSnap();
 
-  /// The callback stays the caller's. With false, only directories are reported; with true, files too.
+  /// The callback stays the caller's. With false, only directories are reported; with true, files
+  /// too.
   void set_callback(HDirSnapCallback* callback, bool with_files);
   void set_file(HString const& path);
   /// Walks. A path that does not exist reports nothing, a regular file reports itself.

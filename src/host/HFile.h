@@ -23,12 +23,13 @@ class MORVA_EXPORT HFile {
   /// Length in bytes; 0 where there is no regular file.
   static long long GetFileLen(HString const& path);
 
-  /// Reads the whole file as text into `text`: by byte-order mark, else as UTF-8 where it is valid, else
-  /// by detection (GB18030, Big5, UTF-16, Shift-JIS, EUC, Latin). A mark is not part of the text. False,
-  /// with `text` empty, when the file cannot be read or is larger than 1 GiB.
+  /// Reads the whole file as text into `text`: by byte-order mark, else as UTF-8 where it is valid,
+  /// else by detection (GB18030, Big5, UTF-16, Shift-JIS, EUC, Latin). A mark is not part of the
+  /// text. False, with `text` empty, when the file cannot be read or is larger than 1 GiB.
   static bool GetFileContentAny(HString const& path, HString& text);
-  /// Writes the text as UTF-8, replacing the file or appending to it. The third argument is reserved and
-  /// is to be false. The new content is written beside the file, synced and renamed over it: a crash
-  /// leaves the old or the new file, whole. An existing file keeps its permissions.
+  /// Writes the text as UTF-8, replacing the file or appending to it. The third argument is
+  /// reserved and is to be false. The new content is written beside the file, synced and renamed
+  /// over it: a crash leaves the old or the new file, whole. An existing file keeps its
+  /// permissions.
   static bool write_to_file(HString const& path, HString const& text, bool reserved, bool append);
 };

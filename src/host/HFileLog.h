@@ -28,9 +28,9 @@ class MORVA_EXPORT HStringForLog {
 ///     HFileLog::ins()->log(record);
 ///
 /// Levels: 1 failures, 2 warnings, 3 information, 4 verbose detail; a record is on when the log is
-/// enabled and its level is from 1 to `mi_level`. Records go to the sink, without one to the file that
-/// MORVA_LOG_FILE names, else to standard error. Taking and logging records is safe from any thread;
-/// the members and the sink are to be set while no other thread logs.
+/// enabled and its level is from 1 to `mi_level`. Records go to the sink, without one to the file
+/// that MORVA_LOG_FILE names, else to standard error. Taking and logging records is safe from any
+/// thread; the members and the sink are to be set while no other thread logs.
 class MORVA_EXPORT HFileLog {
  public:
   /// Master switch.
@@ -42,8 +42,8 @@ class MORVA_EXPORT HFileLog {
   static HFileLog* ins();
   static HFileLog* pins();
 
-  /// An empty record of the calling thread, marked with level, tag and line. It stays valid until it is
-  /// logged; a thread may have up to 16 records open at a time.
+  /// An empty record of the calling thread, marked with level, tag and line. It stays valid until
+  /// it is logged; a thread may have up to 16 records open at a time.
   HStringForLog& get(int level, wchar_t const* file_tag, int line);
   /// Writes the record if it is on.
   void log(HStringForLog& record);

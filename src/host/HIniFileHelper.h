@@ -23,9 +23,9 @@ struct HIniSection {
 
 /// An INI file as a list of sections that a caller reads, changes and writes back.
 ///
-/// Names are case-sensitive. Comments, other sections and other keys survive every rewrite. A name or
-/// value that INI syntax cannot hold (a line break, a bracket in a section name, blanks at an end) is
-/// stored percent-encoded and read back as it was. Files are replaced atomically.
+/// Names are case-sensitive. Comments, other sections and other keys survive every rewrite. A name
+/// or value that INI syntax cannot hold (a line break, a bracket in a section name, blanks at an
+/// end) is stored percent-encoded and read back as it was. Files are replaced atomically.
 class MORVA_EXPORT HIniFileHelper {
  public:
   /// The file is UTF-8, the only encoding there is; kept for callers that set it.
@@ -40,8 +40,8 @@ class MORVA_EXPORT HIniFileHelper {
   void setFile(HString const& path);
   /// Fetches one value. False, with `value` untouched, when the file has no such section or key.
   bool read_string(HString const& section, HString const& key, HString& value) const;
-  /// Sets one value in the file, at once; the section and the key are made where they are missing. The
-  /// section list of this object stays as it is. False, with the file untouched, on failure.
+  /// Sets one value in the file, at once; the section and the key are made where they are missing.
+  /// The section list of this object stays as it is. False, with the file untouched, on failure.
   bool write_string(HString const& section, HString const& key, HString const& value);
   /// Loads the whole file into the section list; a file that cannot be read gives an empty list.
   bool read_all();
@@ -50,4 +50,5 @@ class MORVA_EXPORT HIniFileHelper {
 
  private:
   HString path_;
+  HString trailing_comment_;  // the comment lines behind the last key
 };

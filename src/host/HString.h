@@ -126,6 +126,8 @@ class MORVA_EXPORT HString {
   void input(HString const& prompt);
 
  private:
+  friend class HFile;  // hands over the texts that it reads, which may be large
+
   static HString from_text(std::wstring text);
   std::wstring_view text() const;
   std::wstring& writable_text();

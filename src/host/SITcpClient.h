@@ -21,9 +21,9 @@ class MORVA_EXPORT SITcpClient {
   SITcpClient(SITcpClient const&) = delete;
   SITcpClient& operator=(SITcpClient const&) = delete;
 
-  /// Connects to `mstr_server`:`mi_port`, name resolution included within 3 seconds. 0 on success, else
-  /// the system's error number. The argument is reserved and is to be false. A connection that was open
-  /// before is closed first.
+  /// Connects to `mstr_server`:`mi_port`, name resolution included within 3 seconds. 0 on success,
+  /// else the system's error number. The argument is reserved and is to be false. A connection that
+  /// was open before is closed first.
   int connect(bool reserved);
 
  private:

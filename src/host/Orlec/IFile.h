@@ -11,8 +11,8 @@ namespace Orlec {
 class MORVA_EXPORT Reader {
  public:
   virtual ~Reader();
-  /// Reads up to `size` bytes at `offset` into `buffer`. Returns the number of bytes read, 0 at the end,
-  /// -1 on failure. Reading past the end of a file that shrank is a short read, never a crash.
+  /// Reads up to `size` bytes at `offset` into `buffer`. Returns the number of bytes read, 0 at the
+  /// end, -1 on failure. Reading past the end of a file that shrank is a short read, never a crash.
   virtual std::int64_t ReadAt(std::int64_t offset, void* buffer, std::int64_t size) const = 0;
   virtual std::int64_t GetSize() const = 0;
   /// The path the document was opened by.
@@ -30,8 +30,8 @@ class MORVA_EXPORT IDescriptor {
 /// A file opened for parsing: a stack object of the caller, which outlives the parser made from it.
 class MORVA_EXPORT IFile : public Reader, public IDescriptor {
  public:
-  /// Opens a regular file. The second argument is reserved and is to be false. A file that cannot be
-  /// opened gives an object that has no parser; `GetError` says why.
+  /// Opens a regular file. The second argument is reserved and is to be false. A file that cannot
+  /// be opened gives an object that has no parser; `GetError` says why.
   IFile(HString const& path, bool reserved);
   ~IFile() override;
   IFile(IFile const&) = delete;

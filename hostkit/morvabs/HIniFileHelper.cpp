@@ -1,0 +1,114 @@
+#include "host/HIniFileHelper.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <utility>
+
+#include "host/HFile.h"
+#include "morvabs/atomic_file.h"
+#include "morvabs/ini_text.h"
+#include "morvabs/path.h"
+#include "morvabs/text_decoder.h"
+
+namespace {
+
+constexpr std::int64_t kLargestFile = std::int64_t{64} << 20;
+
+std::optional<morvabs::IniDocument> load(HString const& path) {
+  auto const bytes = morvabs::to_path(path);
+  std::string content;
+  if (!bytes || !morvabs::read_file(*bytes, content, kLargestFile)) {
+    return std::nullopt;
+  }
+  return morvabs::parse_ini(morvabs::decode_text(content));
+}
+
+bool store(HString const& path, morvabs::IniDocument const& document) {
+  auto const bytes = morvabs::to_path(path);
+  if (!bytes) {
+    return false;
+  }
+  morvabs::AtomicFile file(*bytes, morvabs::AtomicFile::Access::keep);
+  return file.write(morvabs::format_ini(document)) && file.commit();
+}
+
+HIniSection& section_of(morvabs::IniDocument& document, HString const& name) {
+  auto const found =
+      std::find_if(document.sections.begin(), document.sections.end(),
+                   [&name](HIniSection const& section) { return section.str_name == name; });
+  if (found != document.sections.end()) {
+    return *found;
+  }
+  HIniSection added;
+  added.str_name = name;
+  // Keys without a section stand in front.
+  auto const place = name.empty() ? document.sections.begin() : document.sections.end();
+  return *document.sections.insert(place, added);
+}
+
+HIniKey& key_of(HIniSection& section, HString const& name) {
+  auto const found = std::find_if(section.vt_key.begin(), section.vt_key.end(),
+                                  [&name](HIniKey const& key) { return key.str_key == name; });
+  if (found != section.vt_key.end()) {
+    return *found;
+  }
+  HIniKey added;
+  added.str_key = name;
+  return section.vt_key.emplace_back(added);
+}
+
+}  // namespace
+
+HIniFileHelper::HIniFileHelper() = default;
+
+HIniFileHelper::~HIniFileHelper() = default;
+
+void HIniFileHelper::setFile(HString const& path) {
+  path_ = path;
+}
+
+bool HIniFileHelper::read_string(HString const& section, HString const& key, HString& value) const {
+  auto const document = load(path_);
+  if (!document) {
+    return false;
+  }
+  for (HIniSection const& entry : document->sections) {
+    for (HIniKey const& found : entry.vt_key) {
+      if (entry.str_name == section && found.str_key == key) {
+        value = found.str_value;
+        return true;
+      }
+    }
+  }
+  return false;
+}
+
+bool HIniFileHelper::write_string(HString const& section, HString const& key,
+                                  HString const& value) {
+  auto document = load(path_);
+  if (!document) {
+    // What is there but cannot be read is not to be lost.
+    if (HFile::IsFileExist(path_)) {
+      return false;
+    }
+    document.emplace();
+  }
+  key_of(section_of(*document, section), key).str_value = value;
+  return store(path_, *document);
+}
+
+bool HIniFileHelper::read_all() {
+  auto document = load(path_);
+  bool const is_read = document.has_value();
+  morvabs::IniDocument found = std::move(document).value_or(morvabs::IniDocument());
+  vt_section = std::move(found.sections);
+  trailing_comment_ = found.trailing_comment;
+  return is_read;
+}
+
+bool HIniFileHelper::write_all() {
+  return store(path_, {vt_section, trailing_comment_});
+}
