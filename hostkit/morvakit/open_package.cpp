@@ -1,0 +1,188 @@
+#include "morvakit/open_package.h"
+
+#include <algorithm>
+#include <array>
+#include <utility>
+
+#include "morvakit/office_properties.h"
+
+namespace morvakit {
+
+namespace {
+
+std::string_view last_piece(std::string_view address) {
+  auto const slash = address.rfind('/');
+  return slash == std::string_view::npos ? address : address.substr(slash + 1);
+}
+
+int hexadecimal(char c) {
+  if (c >= '0' && c <= '9') {
+    return c - '0';
+  }
+  char const lower = static_cast<char>(c | 0x20);
+  return lower >= 'a' && lower <= 'f' ? lower - 'a' + 10 : -1;
+}
+
+std::string decode_percent(std::string_view text) {
+  std::string result;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    int const high = text[i] == '%' && i + 2 < text.size() ? hexadecimal(text[i + 1]) : -1;
+    int const low = high >= 0 ? hexadecimal(text[i + 2]) : -1;
+    if (low >= 0) {
+      result += static_cast<char>(high * 16 + low);
+      i += 2;
+    } else {
+      result += text[i];
+    }
+  }
+  return result;
+}
+
+/// The part that `target` names, seen from `source`: "." and ".." are resolved and never lead out
+/// of the package.
+std::string resolve(std::string_view source, std::string_view target) {
+  std::string path;
+  if (target.empty() || target.front() != '/') {
+    auto const slash = source.rfind('/');
+    path = slash == std::string_view::npos ? std::string() : std::string(source.substr(0, slash));
+  }
+  auto const decoded = decode_percent(target.substr(0, target.find('#')));
+  std::string_view rest = decoded;
+  while (!rest.empty()) {
+    auto const slash = std::min(rest.find_first_of("/\\"), rest.size());
+    auto const piece = rest.substr(0, slash);
+    rest.remove_prefix(std::min(slash + 1, rest.size()));
+    if (piece == "..") {
+      auto const cut = path.rfind('/');
+      path.resize(cut == std::string::npos ? 0 : cut);
+    } else if (!piece.empty() && piece != ".") {
+      path += path.empty() ? "" : "/";
+      path += piece;
+    }
+  }
+  return path;
+}
+
+class RelationshipHandler final : public XmlHandler {
+ public:
+  RelationshipHandler(std::string_view source, std::vector<Relationship>& found)
+      : source_(source), found_(found) {}
+
+ private:
+  void start(XmlName const& name, XmlAttributes const& attributes) override {
+    if (name.local != "Relationship") {
+      return;
+    }
+    bool const external = attributes.get("TargetMode") == "External";
+    auto const target = attributes.get("Target");
+    found_.push_back({std::string(attributes.get("Id")),
+                      std::string(last_piece(attributes.get("Type"))),
+                      external ? std::string(target) : resolve(source_, target), external});
+  }
+  void end(XmlName const& /*name*/) override {}
+  void characters(std::string_view /*utf8*/) override {}
+
+  std::string_view source_;
+  std::vector<Relationship>& found_;
+};
+
+/// Reads the property bag of a control: the values that a user can see.
+class ControlHandler final : public XmlHandler {
+ public:
+  explicit ControlHandler(TextFlow& flow) : flow_(flow) {}
+
+ private:
+  void start(XmlName const& name, XmlAttributes const& attributes) override {
+    if (name.local != "ocxPr") {
+      return;
+    }
+    static constexpr std::array<std::string_view, 5> shown{"Caption", "Value", "Text", "ListItems",
+                                                           "GroupName"};
+    auto const property = attributes.get("name");
+    for (auto const candidate : shown) {
+      if (property == candidate) {
+        flow_.line(Orlec::ParseTextType_control, attributes.get("value"));
+      }
+    }
+  }
+  void end(XmlName const& /*name*/) override {}
+  void characters(std::string_view /*utf8*/) override {}
+
+  TextFlow& flow_;
+};
+
+}  // namespace
+
+std::vector<Relationship> OpenPackage::relationships(std::string_view part) {
+  auto const slash = part.rfind('/');
+  auto const cut = slash == std::string_view::npos ? 0 : slash + 1;
+  auto const name =
+      std::string(part.substr(0, cut)) + "_rels/" + std::string(part.substr(cut)) + ".rels";
+  std::vector<Relationship> found;
+  RelationshipHandler handler(part, found);
+  parse_part(container_, context_, name, handler);
+  return found;
+}
+
+std::string OpenPackage::main_part() {
+  for (auto const& relationship : relationships({})) {
+    if (relationship.type == "officeDocument" && !relationship.external &&
+        container_.find(relationship.target)) {
+      return relationship.target;
+    }
+  }
+  context_.end(Orlec::ParseOutcome::damaged, "the document's main part is missing");
+  return {};
+}
+
+void OpenPackage::parse_once(std::string const& part, XmlHandler& handler, PartFault fault) {
+  if (!context_.ended() && parsed_.insert(part).second) {
+    parse_part(container_, context_, part, handler, fault);
+  }
+}
+
+Relationship const* find_relationship(std::vector<Relationship> const& relationships,
+                                      std::string_view id) {
+  for (auto const& relationship : relationships) {
+    if (relationship.id == id) {
+      return &relationship;
+    }
+  }
+  return nullptr;
+}
+
+std::string_view relation_id(XmlAttributes const& attributes, std::string_view local) {
+  auto const id = attributes.get(relation_space.name, local);
+  return id.empty() ? attributes.get(relation_space.other_name, local) : id;
+}
+
+void read_package_properties(OpenPackage& package, TextFlow& flow) {
+  for (auto const& relationship : package.relationships({})) {
+    if (relationship.type == "core-properties" || relationship.type == "extended-properties" ||
+        relationship.type == "extendedProperties" || relationship.type == "custom-properties" ||
+        relationship.type == "customProperties") {
+      PropertyHandler handler(flow, 2);
+      package.parse_once(relationship.target, handler);
+    }
+  }
+}
+
+void read_link_targets(std::vector<Relationship> const& relationships, TextFlow& flow) {
+  for (auto const& relationship : relationships) {
+    if (relationship.external && relationship.type == "hyperlink") {
+      flow.line(Orlec::ParseTextType_other, relationship.target);
+    }
+  }
+}
+
+void read_controls(OpenPackage& package, std::vector<Relationship> const& relationships,
+                   TextFlow& flow) {
+  for (auto const& relationship : relationships) {
+    if (relationship.type == "control" && !relationship.external) {
+      ControlHandler handler(flow);
+      package.parse_once(relationship.target, handler);
+    }
+  }
+}
+
+}  // namespace morvakit
