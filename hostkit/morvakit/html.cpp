@@ -229,7 +229,8 @@ void on_end(void* page, xmlChar const* name) {
 }
 
 void on_characters(void* page, xmlChar const* text, int length) {
-  static_cast<Page*>(page)->characters(view(text).substr(0, static_cast<std::size_t>(length)));
+  static_cast<Page*>(page)->characters(
+      std::string_view(reinterpret_cast<char const*>(text), static_cast<std::size_t>(length)));
 }
 
 xmlSAXHandler make_handler() {

@@ -17,7 +17,8 @@ WordNode word(wchar_t const* text, double weight, int count = 1) {
 
 List merge(Lists const& lists) {
   List merged;
-  EXPECT_EQ(HFileWordNode::get_vt_word_node(lists, merged), merged.size());
+  unsigned int const size = HFileWordNode::get_vt_word_node(lists, merged);
+  EXPECT_EQ(size, merged.size());
   return merged;
 }
 
