@@ -1,0 +1,318 @@
+#include "morvakit/pdf_component.h"
+
+#include <algorithm>
+#include <exception>
+#include <memory>
+#include <mutex>
+#include <string>
+
+#include <Annot.h>
+#include <Catalog.h>
+#include <Error.h>
+#include <ErrorCodes.h>
+#include <Form.h>
+#include <GlobalParams.h>
+#include <Outline.h>
+#include <PDFDoc.h>
+#include <Page.h>
+#include <Stream.h>
+#include <TextOutputDev.h>
+#include <UTF.h>
+
+#include "host/export.h"
+#include "morvabs/utf8.h"
+
+namespace morvakit {
+
+namespace {
+
+constexpr int outline_depth_limit = 64;
+
+/// Serves the bytes of a document; neither maps the file nor holds a copy of it.
+class ReaderStream final : public BaseSeekInputStream {
+ public:
+  ReaderStream(Orlec::Reader const& reader, Goffset from, bool is_limited, Goffset size,
+               Object&& dictionary)
+      : BaseSeekInputStream(from, is_limited, size, std::move(dictionary)), reader_(reader) {}
+  ReaderStream(ReaderStream const&) = delete;
+  ReaderStream& operator=(ReaderStream const&) = delete;
+  ~ReaderStream() override { close(); }
+
+  BaseStream* copy() override {
+    return new ReaderStream(reader_, start, limited, length, dict.copy());
+  }
+  Stream* makeSubStream(Goffset from, bool is_limited, Goffset size, Object&& dictionary) override {
+    return new ReaderStream(reader_, from, is_limited, size, std::move(dictionary));
+  }
+
+ private:
+  Goffset currentPos() const override { return position_; }
+  void setCurrentPos(Goffset offset) override { position_ = offset; }
+  Goffset read(char* buffer, Goffset size) override {
+    auto const got = std::max<std::int64_t>(reader_.ReadAt(position_, buffer, size), 0);
+    position_ += got;
+    return got;
+  }
+
+  Orlec::Reader const& reader_;
+  Goffset position_ = 0;
+};
+
+void ignore_error(ErrorCategory /*category*/, Goffset /*position*/, char const* /*message*/) {}
+
+void initialize() {
+  static std::once_flag once;
+  std::call_once(once, [] {
+    // What is wrong with a document is told by the outcome; the library would write it to standard
+    // error, line by line.
+    setErrorCallback(ignore_error);
+    globalParams = std::make_unique<GlobalParams>();
+    globalParams->setTextEncoding("UTF-8");
+    globalParams->setProfileCommands(false);
+    globalParams->setErrQuiet(true);
+  });
+}
+
+/// A text string of the file, in UTF-16 with a mark or in the format's own 8-bit set.
+std::string to_text(GooString const* string) {
+  if (string == nullptr) {
+    return {};
+  }
+  Unicode* characters = nullptr;
+  auto const count = TextStringToUCS4(string->toStr(), &characters);
+  std::wstring wide;
+  for (int i = 0; i < count; ++i) {
+    auto const character = static_cast<wchar_t>(characters[i]);
+    wide += character == L'\r' ? L'\n' : character == L'\0' ? L' ' : character;
+  }
+  gfree(characters);
+  return morvabs::to_utf8(wide);
+}
+
+/// Words are searched and compared by their letters, so that a typesetter's ligature is written
+/// out.
+std::string without_ligatures(std::string_view utf8) {
+  constexpr std::string_view ligatures[] = {"ff", "fi", "fl", "ffi", "ffl", "st", "st"};
+  std::string text;
+  text.reserve(utf8.size());
+  for (std::size_t i = 0; i < utf8.size(); ++i) {
+    auto const last = i + 2 < utf8.size() ? static_cast<unsigned char>(utf8[i + 2]) : 0U;
+    if (utf8[i] == '\xef' && utf8[i + 1 < utf8.size() ? i + 1 : i] == '\xac' && last >= 0x80 &&
+        last <= 0x86) {
+      text += ligatures[last - 0x80];
+      i += 2;
+      continue;
+    }
+    auto const is_control =
+        static_cast<unsigned char>(utf8[i]) < ' ' && utf8[i] != '\n' && utf8[i] != '\t';
+    text += is_control ? ' ' : utf8[i];
+  }
+  return text;
+}
+
+class DocumentText {
+ public:
+  DocumentText(PDFDoc& document, PdfSink& sink) : document_(document), sink_(sink) {}
+
+  void read() {
+    read_properties();
+    auto const pages = document_.getNumPages();
+    for (int page = 1; page <= pages && going_ && sink_.keep_going(); ++page) {
+      read_page(page);
+    }
+    if (auto* const outline = going_ ? document_.getOutline() : nullptr; outline != nullptr) {
+      read_outline(outline->getItems(), 0);
+    }
+  }
+
+  bool has_main_text() const { return has_main_text_; }
+  bool has_page() const { return has_page_; }
+
+ private:
+  void add_line(Orlec::ParseTextType type, std::string const& text) {
+    if (!text.empty()) {
+      going_ = going_ && sink_.separate(type, '\n') && sink_.text(type, text);
+    }
+  }
+
+  void read_properties() {
+    struct Property {
+      char const* key;
+      char const* name;
+    };
+    constexpr Property properties[] = {
+        {"Title", "title"}, {"Author", "author"}, {"Subject", "subject"}, {"Keywords", "keywords"}};
+    auto const info = document_.getDocInfo();
+    if (!info.isDict()) {
+      return;
+    }
+    for (auto const& property : properties) {
+      auto const value = info.dictLookup(property.key);
+      auto const text = value.isString() ? to_text(value.getString()) : std::string{};
+      if (!text.empty()) {
+        add_line(Orlec::ParseTextType_property, property.name + (": " + text));
+      }
+    }
+  }
+
+  static bool stop_wanted(void* self) {
+    return !static_cast<DocumentText*>(self)->sink_.keep_going();
+  }
+
+  /// What the annotations say is told on its own; drawn as well, it would stand in the main text
+  /// too.
+  static bool is_part_of_page(Annot* annotation, void* /*self*/) {
+    auto const type = annotation->getType();
+    return type != Annot::typeWidget && type != Annot::typeText && type != Annot::typeFreeText &&
+           type != Annot::typePopup;
+  }
+
+  static void take_output(void* self, char const* text, int length) {
+    auto& document = *static_cast<DocumentText*>(self);
+    document.page_text_.append(text, static_cast<std::size_t>(length));
+  }
+
+  void read_page(int number) {
+    auto* const page = document_.getPage(number);
+    if (page == nullptr) {
+      return;
+    }
+    has_page_ = true;
+    page_text_.clear();
+    {
+      TextOutputDev output(take_output, this, false, 0.0, false);
+      output.setTextEOL(eolUnix);
+      output.setTextPageBreaks(false);
+      constexpr double resolution = 72.0;
+      document_.displayPage(&output, number, resolution, resolution, 0, true, false, false,
+                            stop_wanted, this, is_part_of_page, this);
+    }
+    auto const text = without_ligatures(page_text_);
+    if (text.find_first_not_of(" \n\t") != std::string::npos) {
+      has_main_text_ = true;
+      add_line(Orlec::ParseTextType_main, text);
+    }
+    read_annotations(*page);
+    read_fields(*page);
+  }
+
+  void read_annotations(Page& page) {
+    auto* const annotations = page.getAnnots();
+    if (annotations == nullptr) {
+      return;
+    }
+    for (auto* const annotation : annotations->getAnnots()) {
+      auto const type = annotation->getType();
+      if (!going_ || !sink_.keep_going()) {
+        return;
+      }
+      if (type != Annot::typeWidget && type != Annot::typePopup) {
+        add_line(Orlec::ParseTextType_comment, to_text(annotation->getContents()));
+      }
+    }
+  }
+
+  void read_fields(Page& page) {
+    auto const fields = page.getFormWidgets();
+    for (int i = 0; fields != nullptr && i < fields->getNumWidgets(); ++i) {
+      auto* const widget = fields->getWidget(i);
+      if (widget == nullptr || !going_ || !sink_.keep_going()) {
+        return;
+      }
+      add_line(Orlec::ParseTextType_control, to_text(widget->getAlternateUiName()));
+      auto* const annotation = widget->getWidgetAnnotation();
+      auto* const look = annotation == nullptr ? nullptr : annotation->getAppearCharacs();
+      if (look != nullptr && widget->getType() == formButton) {
+        read_caption(*look);
+      }
+      read_value(*widget);
+    }
+  }
+
+  /// The caption of a check box is the number of its sign in a font of signs.
+  void read_caption(AnnotAppearanceCharacs const& look) {
+    auto const caption = to_text(look.getNormalCaption());
+    if (caption.size() > 1) {
+      add_line(Orlec::ParseTextType_control, caption);
+    }
+  }
+
+  void read_value(FormWidget& widget) {
+    if (auto const* const text = dynamic_cast<FormWidgetText*>(&widget); text != nullptr) {
+      if (!text->isPassword()) {
+        add_line(Orlec::ParseTextType_control, to_text(text->getContent()));
+      }
+    } else if (auto const* const choice = dynamic_cast<FormWidgetChoice*>(&widget);
+               choice != nullptr) {
+      for (int i = 0; i < choice->getNumChoices() && going_ && sink_.keep_going(); ++i) {
+        add_line(Orlec::ParseTextType_control, to_text(choice->getChoice(i)));
+      }
+      add_line(Orlec::ParseTextType_control, to_text(choice->getEditChoice()));
+    }
+  }
+
+  void read_outline(std::vector<OutlineItem*> const* items, int depth) {
+    if (items == nullptr || depth > outline_depth_limit) {
+      return;
+    }
+    for (auto* const item : *items) {
+      if (!going_ || !sink_.keep_going()) {
+        return;
+      }
+      std::wstring title;
+      for (int i = 0; i < item->getTitleLength(); ++i) {
+        title += static_cast<wchar_t>(item->getTitle()[i]);
+      }
+      add_line(Orlec::ParseTextType_other, morvabs::to_utf8(title));
+      item->open();
+      read_outline(item->getKids(), depth + 1);
+    }
+  }
+
+  PDFDoc& document_;
+  PdfSink& sink_;
+  std::string page_text_;
+  bool going_ = true;
+  bool has_main_text_ = false;
+  bool has_page_ = false;
+};
+
+void read_document(Orlec::Reader const& reader, PdfSink& sink) {
+  initialize();
+  bool is_rebuilt = false;
+  PDFDoc document(new ReaderStream(reader, 0, false, reader.GetSize(), Object(objNull)), {}, {},
+                  nullptr, [&is_rebuilt] { is_rebuilt = true; });
+  if (!document.isOk()) {
+    if (document.getErrorCode() == errEncrypted) {
+      sink.end(Orlec::ParseOutcome::encrypted, "a password is needed to open the document");
+    } else {
+      sink.end(Orlec::ParseOutcome::damaged, document.getErrorCode() == errBadCatalog
+                                                 ? "the catalog of pages cannot be read"
+                                                 : "the cross-reference table cannot be read");
+    }
+    return;
+  }
+  DocumentText text(document, sink);
+  text.read();
+  if (!text.has_page()) {
+    sink.end(Orlec::ParseOutcome::damaged, "no page can be read");
+  } else if (is_rebuilt && !text.has_main_text()) {
+    sink.end(Orlec::ParseOutcome::damaged,
+             "the cross-reference table is broken and no text was found without it");
+  }
+}
+
+}  // namespace
+
+}  // namespace morvakit
+
+extern "C" MORVA_EXPORT void morvakit_read_pdf(Orlec::Reader const& reader,
+                                               morvakit::PdfSink& sink) {
+  try {
+    morvakit::read_document(reader, sink);
+  } catch (std::exception const&) {
+    // A size or a position in the file that makes no sense comes out of the library as an
+    // exception.
+    sink.end(Orlec::ParseOutcome::damaged, "the structure of the document makes no sense");
+  }
+}
