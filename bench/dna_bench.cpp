@@ -1,13 +1,14 @@
-#include <benchmark/benchmark.h>
-
 #include <map>
 #include <random>
 #include <string>
+
+#include <benchmark/benchmark.h>
 
 #include "dna/HFileDNA.h"
 #include "dna/HFileMatchDNA.h"
 #include "dna/HFileSimHash.h"
 #include "numeric/HPointN.h"
+
 #include "reference/simhash.h"
 
 namespace {
@@ -18,7 +19,8 @@ std::map<HString, double> some_words(int count) {
   std::uniform_real_distribution<double> weight(0.0, 1.0);
   std::map<HString, double> words;
   while (words.size() < static_cast<std::size_t>(count)) {
-    wchar_t const text[] = {static_cast<wchar_t>(code(random)), static_cast<wchar_t>(code(random)), 0};
+    wchar_t const text[] = {static_cast<wchar_t>(code(random)), static_cast<wchar_t>(code(random)),
+                            0};
     words.try_emplace(HString(text), weight(random));
   }
   return words;

@@ -59,8 +59,11 @@ int HFileDNA::mi_dna_length = 32;
 HFileDNA::HFileDNA() = default;
 HFileDNA::~HFileDNA() = default;
 
-int HFileDNA::get_dna_length() { return mi_dna_length; }
+int HFileDNA::get_dna_length() {
+  return mi_dna_length;
+}
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): the interface takes values.
 HPointN HFileDNA::get_pointn(HString label, HString str_dna) {
   if (str_dna.length() != wide_length) {
     morva::log_line(1, tag, __LINE__, L"dna leng not is 1024, str_dna.length:",
@@ -76,6 +79,7 @@ HPointN HFileDNA::get_pointn(HString label, HString str_dna) {
   return {label, values};
 }
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): the interface takes a value.
 HString HFileDNA::get_dna(HPointN point) {
   std::vector<double> values;
   point.get_vt_data(values);
@@ -85,8 +89,8 @@ HString HFileDNA::get_dna(HPointN point) {
   }
   HString str_dna;
   for (double const value : values) {
-    str_dna += HFileSimHash::DecIntToHexStr(
-        truncated_field(value * scale + static_cast<double>(offset)));
+    str_dna +=
+        HFileSimHash::DecIntToHexStr(truncated_field(value * scale + static_cast<double>(offset)));
   }
   return str_dna;
 }

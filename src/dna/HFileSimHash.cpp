@@ -12,8 +12,9 @@ constexpr std::size_t positions = 128;
 constexpr int bits_per_digit = 4;
 constexpr int wide_length = 1024;
 
-// A word's hash as digit values. Their order is that of the bit vectors that they stand for: a digit's
-// bits come most significant first, and a shorter hash comes before a longer one that it begins.
+// A word's hash as digit values. Their order is that of the bit vectors that they stand for: a
+// digit's bits come most significant first, and a shorter hash comes before a longer one that it
+// begins.
 struct Vote {
   std::string digits;
   double weight;

@@ -15,10 +15,11 @@ namespace {
 
 constexpr wchar_t const* tag = L"../HClusterFileParser";
 
-// Main text, headers and footers, comments, remarks, footnotes, endnotes, control text, properties, all
-// other text; leftovers are removed in this order.
-std::array<HString, 9> const gstr_part_suffix = {
-    L".main", L".hf", L".comment", L".remark", L".fn", L".en", L".control", L".property", L".other"};
+// Main text, headers and footers, comments, remarks, footnotes, endnotes, control text, properties,
+// all other text; leftovers are removed in this order.
+std::array<HString, 9> const gstr_part_suffix = {L".main",    L".hf",       L".comment",
+                                                 L".remark",  L".fn",       L".en",
+                                                 L".control", L".property", L".other"};
 
 HString working_root() {
   HString const root = HClusterEnvironment::IsAgentInstalled()

@@ -7,9 +7,9 @@
 #include "host/HString.h"
 #include "host/export.h"
 
-/// The feature record of one document: its characteristic words with counts and weights, in parallel
-/// lists and as a lookup map. All of clustering and classification works on it. A plain value; the reserve
-/// fields belong to the host, which alone writes them.
+/// The feature record of one document: its characteristic words with counts and weights, in
+/// parallel lists and as a lookup map. All of clustering and classification works on it. A plain
+/// value; the reserve fields belong to the host, which alone writes them.
 class MORVA_EXPORT HFeatureNode {
  public:
   HString str_reserve1;
@@ -21,7 +21,8 @@ class MORVA_EXPORT HFeatureNode {
   HString str_file_id;
   HString str_reserve3;
   HString str_reserve4;
-  /// The words, in the order that the segmenter gave them, and beside each its count and its weight.
+  /// The words, in the order that the segmenter gave them, and beside each its count and its
+  /// weight.
   std::vector<HString> vt_words;
   std::vector<int> vt_counts;
   std::vector<double> vt_weight;
@@ -34,8 +35,8 @@ class MORVA_EXPORT HFeatureNode {
 
   /// Empties the three lists and the map; all texts stay.
   void clear();
-  /// The first position of the word in `vt_words`. False, with `index` untouched, when it is not there.
-  /// Linear: for many lookups use `map_word_weight`.
+  /// The first position of the word in `vt_words`. False, with `index` untouched, when it is not
+  /// there. Linear: for many lookups use `map_word_weight`.
   bool find_index(HString const& word, int& index) const;
   /// The weight at a position; 0.0 outside the list.
   double get_weight(int const& index) const;

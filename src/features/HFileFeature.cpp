@@ -50,6 +50,7 @@ bool HFileFeature::get_file_feature(std::vector<HString> const& files, HFeatureN
   }
   std::vector<HString> texts;
   std::vector<HString> directories;
+  directories.reserve(files.size());
   for (HString const& file : files) {
     directories.push_back(HClusterFileParser::parse_to_txt(file, texts));
   }
@@ -91,8 +92,9 @@ bool HFileFeature::get_file_feature(HString const& path, HFeatureNode& node, boo
     return false;
   }
   parser->SetFileAlias(node.str_file_name);
-  // The first of two callbacks is never used nor released: what this operation leaves behind is fixed.
+  // The first of two callbacks is never used nor released; what this operation leaves is fixed.
   static_cast<void>(std::make_unique<Orlec::TextLineCallback>().release());
+  // NOLINTNEXTLINE(clang-analyzer-cplusplus.NewDeleteLeaks)
   auto callback = std::make_unique<Orlec::TextLineCallback>();
   parser->SetCallBack(callback.get(), false);
   parser->SetMask(1);

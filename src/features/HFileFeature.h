@@ -7,8 +7,8 @@
 #include "host/Orlec/ParseFile.h"
 #include "host/export.h"
 
-/// Fills a feature record with the top 100 words of a document's main text, at most 10485760 characters
-/// of it.
+/// Fills a feature record with the top 100 words of a document's main text, at most 10485760
+/// characters of it.
 ///
 /// All operations but the path form empty the record's lists first; on failure they stay empty. A
 /// failure is told by false and, where `Orlec::Global` asks for it, one assertion record.
@@ -17,22 +17,23 @@ class MORVA_EXPORT HFileFeature {
   HFileFeature();
   ~HFileFeature();
 
-  /// From text files, merged by `HFileWordNode`. Where the record has no file name, that of the first
-  /// path is taken. False only without a dictionary; a list without words gives true.
+  /// From text files, merged by `HFileWordNode`. Where the record has no file name, that of the
+  /// first path is taken. False only without a dictionary; a list without words gives true.
   static bool get_vt_file_feature(std::vector<HString> const& files, HFeatureNode& node);
-  /// The same from documents, which are turned into temporary text files first, or with `parse_first`
-  /// false from files that hold text already. The temporary files are removed.
+  /// The same from documents, which are turned into temporary text files first, or with
+  /// `parse_first` false from files that hold text already. The temporary files are removed.
   static bool get_file_feature(std::vector<HString> const& files, HFeatureNode& node,
                                bool parse_first);
   /// From a text. The record takes the short name of `name`.
   static bool get_file_centent_feature(HString const& text, HString const& name,
                                        HFeatureNode& node);
-  /// From a parser whose `InitFile` has run with a callback in memory. False when it has no callback, no
-  /// main text or an empty one.
+  /// From a parser whose `InitFile` has run with a callback in memory. False when it has no
+  /// callback, no main text or an empty one.
   static bool get_file_feature(Orlec::ParseFile* parser, HFeatureNode& node);
-  /// From a file; the last argument is not read. A file name preset in the record is the name that the
-  /// parser knows the document by. False, with the record as it was, when there is no parser for the file
-  /// or parsing fails. Each call leaves one small unused callback object behind, and a call whose parsing
-  /// fails its emptied parser and callback too: well under 2 KiB that are never released.
+  /// From a file; the last argument is not read. A file name preset in the record is the name that
+  /// the parser knows the document by. False, with the record as it was, when there is no parser
+  /// for the file or parsing fails. Each call leaves one small unused callback object behind, and a
+  /// call whose parsing fails its emptied parser and callback too: well under 2 KiB that are never
+  /// released.
   static bool get_file_feature(HString const& path, HFeatureNode& node, bool reserved);
 };

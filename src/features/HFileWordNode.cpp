@@ -26,12 +26,14 @@ bool prepare_dictionary() {
   return false;
 }
 
-unsigned long words_to_ask_for(int top) { return top < 1 ? 100000 : static_cast<unsigned long>(top); }
+unsigned long words_to_ask_for(int top) {
+  return top < 1 ? 100000 : static_cast<unsigned long>(top);
+}
 
 void log_memory(wchar_t const* moment) {
   if (HFileLog::ins()->mi_level == verbose_level) {
-    morva::log_line(verbose_level, tag, __LINE__, L"jieba  textrank_extractor ", moment, L" memory:",
-                    HString(get_process_use_memory_total(0), false));
+    morva::log_line(verbose_level, tag, __LINE__, L"jieba  textrank_extractor ", moment,
+                    L" memory:", HString(get_process_use_memory_total(0), false));
   }
 }
 

@@ -7,6 +7,10 @@ bool HClusterEnvironment::IsAgentInstalled() {
   return HAppExclusive_is_exist(L"VelorinAgentOnlyOneInstance");
 }
 
-bool HClusterEnvironment::HAppExclusive_is_exist(HString const& /*instance_name*/) { return false; }
+bool HClusterEnvironment::HAppExclusive_is_exist(HString const& /*instance_name*/) {
+  return false;
+}
 
-bool HClusterEnvironment::get_server_ip_port(HString& /*server*/, int& /*port*/) { return false; }
+bool HClusterEnvironment::get_server_ip_port(HString& /*server*/, int& /*port*/) {
+  return false;
+}

@@ -3,8 +3,8 @@
 #include "host/HString.h"
 #include "host/export.h"
 
-/// Asks about the agent around the library. Without an agent there is nothing to ask: every operation
-/// answers false, and all callers work with that answer.
+/// Asks about the agent around the library. Without an agent there is nothing to ask: every
+/// operation answers false, and all callers work with that answer.
 class MORVA_EXPORT HClusterEnvironment {
  public:
   HClusterEnvironment();

@@ -3,8 +3,8 @@
 #include "host/HString.h"
 #include "host/export.h"
 
-/// Knows where the dictionaries of the segmenter lie: the compiled dictionary "morvajieba.dict", and
-/// beside it, both optional, "user.dict" (own words, jieba's format: word, frequency, tag) and
+/// Knows where the dictionaries of the segmenter lie: the compiled dictionary "morvajieba.dict",
+/// and beside it, both optional, "user.dict" (own words, jieba's format: word, frequency, tag) and
 /// "stop_words" (one per line, in addition to those built in).
 class MORVA_EXPORT HStutterDict {
  public:

@@ -6,8 +6,8 @@
 #include "host/HString.h"
 #include "host/export.h"
 
-/// What is known of one file: its type, its text by kind and its counts. A plain record; each part of
-/// the system fills the fields it has to do with.
+/// What is known of one file: its type, its text by kind and its counts. A plain record; each part
+/// of the system fills the fields it has to do with.
 struct HTessarineResult {
   HString str_path;
   /// Usual suffix of the recognised type, lower case without the point; empty for an unknown type.
@@ -34,7 +34,7 @@ struct HTessarineResult {
 /// Recognises files by their content; a file's name only tells apart kinds of plain text.
 class MORVA_EXPORT HTessarine {
  public:
-  /// Fills `str_path`, `str_suffix` and `b_encrypt` of the record and leaves its other fields. False,
-  /// with only `str_path` set, when the file cannot be read or its type is unknown.
+  /// Fills `str_path`, `str_suffix` and `b_encrypt` of the record and leaves its other fields.
+  /// False, with only `str_path` set, when the file cannot be read or its type is unknown.
   static bool recognize(HString const& path, HTessarineResult& result);
 };

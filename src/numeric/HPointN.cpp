@@ -14,7 +14,9 @@ namespace {
 constexpr double no_distance = 9223372036854775808.0;
 constexpr wchar_t const* tag = L"../HPointN";
 
-long long size_of(std::vector<double> const& data) { return static_cast<long long>(data.size()); }
+long long size_of(std::vector<double> const& data) {
+  return static_cast<long long>(data.size());
+}
 
 // The coordinates that take part in a measure: the first `n`, as far as there are so many.
 std::span<double const> stated(HPointN const& point) {
@@ -22,7 +24,9 @@ std::span<double const> stated(HPointN const& point) {
   return {point.vt_data.data(), static_cast<std::size_t>(count)};
 }
 
-double square(double x) { return x * x; }
+double square(double x) {
+  return x * x;
+}
 
 }  // namespace
 
@@ -45,17 +49,25 @@ HPointN::HPointN(HPointN&& other) noexcept
 
 HPointN::~HPointN() = default;
 
-long long HPointN::get_n() const { return n; }
+long long HPointN::get_n() const {
+  return n;
+}
 
 double HPointN::coordinate(long long i) const {
   return i < size_of(vt_data) ? vt_data[static_cast<std::size_t>(i)] : 0.0;
 }
 
-double HPointN::at(int const& i) const { return i < 0 || i >= n ? 0.0 : coordinate(i); }
+double HPointN::at(int const& i) const {
+  return i < 0 || i >= n ? 0.0 : coordinate(i);
+}
 
-double& HPointN::operator[](int i) { return vt_data[static_cast<std::size_t>(i)]; }
+double& HPointN::operator[](int i) {
+  return vt_data[static_cast<std::size_t>(i)];
+}
 
-void HPointN::get_vt_data(std::vector<double>& out) const { out = vt_data; }
+void HPointN::get_vt_data(std::vector<double>& out) const {
+  out = vt_data;
+}
 
 void HPointN::resize(long long const& size) {
   n = size;
@@ -85,7 +97,9 @@ double HPointN::distance(HPointN const& other) const {
   return std::sqrt(sum);
 }
 
-double HPointN::get_distance(HPointN const& a, HPointN const& b) { return a.distance(b); }
+double HPointN::get_distance(HPointN const& a, HPointN const& b) {
+  return a.distance(b);
+}
 
 double HPointN::cos_similarity(HPointN const& other) const {
   if (other.n != n || n <= 1) {
@@ -145,7 +159,9 @@ HPointN& HPointN::divide(double divisor) {
   return *this;
 }
 
-HPointN& HPointN::operator/=(int const& divisor) { return divide(divisor); }
+HPointN& HPointN::operator/=(int const& divisor) {
+  return divide(divisor);
+}
 
 HPointN& HPointN::operator/=(unsigned long const& divisor) {
   return divide(static_cast<double>(divisor));

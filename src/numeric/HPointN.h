@@ -5,14 +5,15 @@
 #include "host/HString.h"
 #include "host/export.h"
 
-/// A labelled n-dimensional vector of doubles: the value that every measure and every clustering engine
-/// of the system works on.
+/// A labelled n-dimensional vector of doubles: the value that every measure and every clustering
+/// engine of the system works on.
 ///
-/// `n` equals the number of coordinates after every operation but `from_file`, which stores the number
-/// that the file states, and assignment, which copies it; copying and moving into a new point set it right
-/// again. All size comparisons go by `n`. Where `n` and the coordinates differ, a coordinate that is missing reads
-/// as 0.0 and nothing outside the data is touched. The label takes no part in comparison or arithmetic.
-/// A plain value without shared state: concurrent reads of one point are safe.
+/// `n` equals the number of coordinates after every operation but `from_file`, which stores the
+/// number that the file states, and assignment, which copies it; copying and moving into a new
+/// point set it right again. All size comparisons go by `n`. Where `n` and the coordinates differ,
+/// a coordinate that is missing reads as 0.0 and nothing outside the data is touched. The label
+/// takes no part in comparison or arithmetic. A plain value without shared state: concurrent reads
+/// of one point are safe.
 class MORVA_EXPORT HPointN {
  public:
   HString str_label;
@@ -34,19 +35,19 @@ class MORVA_EXPORT HPointN {
   /// Coordinate `i`, which must exist.
   double& operator[](int i);
   void get_vt_data(std::vector<double>& out) const;
-  /// Sets `n` and brings the data to that size: new coordinates are 0.0, surplus ones are dropped. A
-  /// negative size leaves no data.
+  /// Sets `n` and brings the data to that size: new coordinates are 0.0, surplus ones are dropped.
+  /// A negative size leaves no data.
   void resize(long long const& size);
   /// No coordinates and `n` 0; the label stays.
   void clear();
 
-  /// Euclidean distance: the squares of the differences summed from index 0 up, then the square root.
-  /// 9223372036854775808.0 for points of different `n`, 0.0 for points without dimensions. Allocates
-  /// nothing; linear in `n`.
+  /// Euclidean distance: the squares of the differences summed from index 0 up, then the square
+  /// root. 9223372036854775808.0 for points of different `n`, 0.0 for points without dimensions.
+  /// Allocates nothing; linear in `n`.
   double distance(HPointN const& other) const;
   static double get_distance(HPointN const& a, HPointN const& b);
-  /// Cosine of the angle between the points. 0.0 where the `n` differ or are 1 or less: a point of one
-  /// dimension is like nothing, itself included. NaN where a point is all zeros.
+  /// Cosine of the angle between the points. 0.0 where the `n` differ or are 1 or less: a point of
+  /// one dimension is like nothing, itself included. NaN where a point is all zeros.
   double cos_similarity(HPointN const& other) const;
   static double get_cos_similarity(HPointN const& a, HPointN const& b);
 
@@ -59,13 +60,14 @@ class MORVA_EXPORT HPointN {
   HPointN& operator/=(int const& divisor);
   HPointN& operator/=(unsigned long const& divisor);
 
-  /// Three lines, each ended by a line feed: "Label: " and the label, "N: " and `n`, and the coordinates
-  /// in parentheses, joined by ", ".
+  /// Three lines, each ended by a line feed: "Label: " and the label, "N: " and `n`, and the
+  /// coordinates in parentheses, joined by ", ".
   HString to_str() const;
   /// Replaces the file by the text form; a failed write is not reported.
   void to_file(HString const& path) const;
-  /// Reads the text form. A text that is not exactly three lines leaves the point as it was; an empty
-  /// pair of parentheses gives no coordinates. `n` is the stated number, whatever the third line holds.
+  /// Reads the text form. A text that is not exactly three lines leaves the point as it was; an
+  /// empty pair of parentheses gives no coordinates. `n` is the stated number, whatever the third
+  /// line holds.
   void from_file(HString const& path);
 
  private:

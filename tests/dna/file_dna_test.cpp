@@ -1,13 +1,14 @@
-#include <gtest/gtest.h>
-
 #include <cmath>
 #include <memory>
+
+#include <gtest/gtest.h>
 
 #include "dna/HFileDNA.h"
 #include "dna/HFileSimHash.h"
 #include "features/HFileWordNode.h"
 #include "host/Orlec/Global.h"
 #include "host/Orlec/IFile.h"
+
 #include "support/log_capture.h"
 #include "support/temporary_directory.h"
 
@@ -41,7 +42,9 @@ std::wstring assertion(std::wstring const& text) {
   return text.substr(0, from) + text.substr(to);
 }
 
-TEST_F(FileDna, the_length_is_32_before_any_call) { EXPECT_EQ(HFileDNA::get_dna_length(), 32); }
+TEST_F(FileDna, the_length_is_32_before_any_call) {
+  EXPECT_EQ(HFileDNA::get_dna_length(), 32);
+}
 
 TEST_F(FileDna, a_text_gives_a_narrow_dna_and_its_covered_characters) {
   HString dna;
@@ -262,8 +265,7 @@ TEST_F(FileDna, a_dna_of_the_wrong_length_is_refused_as_point) {
   EXPECT_EQ(point.n, 0);
   EXPECT_TRUE(point.str_label.empty());
   EXPECT_EQ(log.records(),
-            (std::vector<Record>{
-                {1, L"../HFileDNA", L"dna leng not is 1024, str_dna.length:4"}}));
+            (std::vector<Record>{{1, L"../HFileDNA", L"dna leng not is 1024, str_dna.length:4"}}));
 }
 
 TEST_F(FileDna, a_point_of_the_wrong_size_is_refused_as_dna) {

@@ -1,6 +1,6 @@
-#include <gtest/gtest.h>
-
 #include <random>
+
+#include <gtest/gtest.h>
 
 #include "dna/HFileMatchDNA.h"
 #include "dna/HFileSimHash.h"
@@ -37,7 +37,9 @@ TEST(MatchDna, an_empty_text_is_like_nothing) {
   EXPECT_EQ(similarity(L"", L""), 0.0);
 }
 
-TEST(MatchDna, texts_of_unequal_length_are_not_compared) { EXPECT_EQ(similarity(L"FF", L"F"), 0.0); }
+TEST(MatchDna, texts_of_unequal_length_are_not_compared) {
+  EXPECT_EQ(similarity(L"FF", L"F"), 0.0);
+}
 
 TEST(MatchDna, counts_agreeing_bits) {
   EXPECT_EQ(similarity(L"F", L"0"), 0.0);

@@ -1,6 +1,6 @@
-#include <gtest/gtest.h>
-
 #include "dna/internal/result_text.h"
+
+#include <gtest/gtest.h>
 
 namespace {
 

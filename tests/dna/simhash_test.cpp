@@ -1,11 +1,12 @@
-#include <gtest/gtest.h>
+#include "reference/simhash.h"
 
 #include <limits>
 #include <random>
 
+#include <gtest/gtest.h>
+
 #include "dna/HFileDNA.h"
 #include "dna/HFileSimHash.h"
-#include "reference/simhash.h"
 
 namespace {
 
@@ -15,7 +16,9 @@ using Values = std::vector<double>;
 // The DNA length for one scope; it has no setter.
 class DnaLength {
  public:
-  explicit DnaLength(int length) : old_(HFileDNA::mi_dna_length) { HFileDNA::mi_dna_length = length; }
+  explicit DnaLength(int length) : old_(HFileDNA::mi_dna_length) {
+    HFileDNA::mi_dna_length = length;
+  }
   ~DnaLength() { HFileDNA::mi_dna_length = old_; }
   DnaLength(DnaLength const&) = delete;
   DnaLength& operator=(DnaLength const&) = delete;

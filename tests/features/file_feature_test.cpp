@@ -1,10 +1,11 @@
-#include <gtest/gtest.h>
-
 #include <memory>
+
+#include <gtest/gtest.h>
 
 #include "features/HFileFeature.h"
 #include "host/Orlec/Global.h"
 #include "host/Orlec/IFile.h"
+
 #include "support/log_capture.h"
 #include "support/temporary_directory.h"
 
@@ -85,8 +86,8 @@ TEST_F(FileFeature, a_path_logs_the_sizes_of_the_lists) {
   HString const path = directory.write("a.txt", "revenue costs");
   test::LogCapture const log(3);
   HFileFeature::get_file_feature(path, node, true);
-  EXPECT_EQ(log.records(), (std::vector<Record>{
-                               {3, L"../HFileFeature", L"vt_words:2,vt_weight:2,vt_counts:2"}}));
+  EXPECT_EQ(log.records(),
+            (std::vector<Record>{{3, L"../HFileFeature", L"vt_words:2,vt_weight:2,vt_counts:2"}}));
 }
 
 TEST_F(FileFeature, an_empty_document_is_warned_of) {

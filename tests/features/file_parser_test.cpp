@@ -1,12 +1,13 @@
+#include <memory>
+
 #include <gtest/gtest.h>
 #include <sys/stat.h>
-
-#include <memory>
 
 #include "features/HClusterFileParser.h"
 #include "host/HFile.h"
 #include "host/Orlec/Global.h"
 #include "host/Orlec/IFile.h"
+
 #include "support/log_capture.h"
 #include "support/temporary_directory.h"
 
@@ -101,8 +102,9 @@ TEST_F(FileParser, the_form_with_a_result_neither_reads_nor_writes_it) {
 TEST_F(FileParser, parsing_is_logged_with_the_path) {
   test::LogCapture const log;
   HClusterFileParser::parse_to_txt(document, texts);
-  EXPECT_EQ(log.records(), (std::vector<Record>{{3, L"../HClusterFileParser",
-                                                 L"parse file : " + document.get_ws()}}));
+  EXPECT_EQ(
+      log.records(),
+      (std::vector<Record>{{3, L"../HClusterFileParser", L"parse file : " + document.get_ws()}}));
 }
 
 TEST_F(FileParser, a_directory_that_cannot_be_made_is_logged) {
@@ -139,8 +141,9 @@ TEST_F(FileParser, an_opened_parser_writes_below_the_name_that_it_gives) {
   EXPECT_EQ(made, directory / "run/Tessarine/" + parser->GetFileFolderName() + L"/");
   ASSERT_EQ(texts.size(), 1U);
   EXPECT_TRUE(HFile::IsFileExistFile(texts[0]));
-  EXPECT_EQ(log.records(), (std::vector<Record>{{3, L"../HClusterFileParser",
-                                                 L"parse file : " + document.get_ws()}}));
+  EXPECT_EQ(
+      log.records(),
+      (std::vector<Record>{{3, L"../HClusterFileParser", L"parse file : " + document.get_ws()}}));
 }
 
 TEST_F(FileParser, deletes_its_files_and_the_empty_directory) {

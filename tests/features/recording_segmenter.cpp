@@ -29,6 +29,10 @@ HStutterDict* HStutterDict::pins() {
   return &dictionary;
 }
 
-void HStutterDict::set_dict_path(HString const& directory) { mstr_dict_path = directory; }
+void HStutterDict::set_dict_path(HString const& directory) {
+  mstr_dict_path = directory;
+}
 
-bool HStutterDict::is_exist_dict() const { return RecordedCalls::get().has_dictionary; }
+bool HStutterDict::is_exist_dict() const {
+  return RecordedCalls::get().has_dictionary;
+}

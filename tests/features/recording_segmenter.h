@@ -3,7 +3,8 @@
 #include <string>
 #include <vector>
 
-/// What the system asked of the segmenter; a dictionary is always there unless `has_dictionary` is false.
+/// What the system asked of the segmenter; a dictionary is always there unless `has_dictionary` is
+/// false.
 struct RecordedCalls {
   struct Call {
     std::wstring subject;

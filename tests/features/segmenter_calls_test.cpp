@@ -3,6 +3,7 @@
 #include "features/HFileFeature.h"
 #include "features/HFileWordNode.h"
 #include "host/HStutterDict.h"
+
 #include "recording_segmenter.h"
 #include "support/log_capture.h"
 #include "support/temporary_directory.h"

@@ -1,8 +1,8 @@
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <map>
 #include <random>
+
+#include <gtest/gtest.h>
 
 #include "features/HFileWordNode.h"
 
@@ -89,7 +89,9 @@ TEST(WordMerge, nodes_that_were_there_before_keep_their_weight_and_swallow_their
   EXPECT_EQ(merged[1].weight, 0.3);
 }
 
-TEST(WordMerge, no_lists_give_nothing) { EXPECT_TRUE(merge({}).empty()); }
+TEST(WordMerge, no_lists_give_nothing) {
+  EXPECT_TRUE(merge({}).empty());
+}
 
 TEST(WordMerge, equals_the_linear_walk_on_random_lists) {
   std::mt19937 random(11);

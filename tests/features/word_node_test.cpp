@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "features/HFileWordNode.h"
+
 #include "support/log_capture.h"
 #include "support/temporary_directory.h"
 

@@ -33,6 +33,8 @@ TEST(Module, no_server_is_known) {
   EXPECT_EQ(port, 443);
 }
 
-TEST(Module, the_dna_length_is_32_at_load) { EXPECT_EQ(HFileDNA::get_dna_length(), 32); }
+TEST(Module, the_dna_length_is_32_at_load) {
+  EXPECT_EQ(HFileDNA::get_dna_length(), 32);
+}
 
 }  // namespace

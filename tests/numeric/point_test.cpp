@@ -1,10 +1,11 @@
-#include <gtest/gtest.h>
-
 #include <cmath>
 #include <limits>
 #include <random>
 
+#include <gtest/gtest.h>
+
 #include "numeric/HPointN.h"
+
 #include "support/log_capture.h"
 #include "support/temporary_directory.h"
 
@@ -30,7 +31,9 @@ TEST(HPointN, distance_of_unequal_sizes_is_the_sentinel) {
   EXPECT_EQ(HPointN(Values{1, 2, 3}).distance(HPointN(Values{1, 2, 3, 4})), sentinel);
 }
 
-TEST(HPointN, distance_of_empty_points_is_zero) { EXPECT_EQ(HPointN().distance(HPointN()), 0.0); }
+TEST(HPointN, distance_of_empty_points_is_zero) {
+  EXPECT_EQ(HPointN().distance(HPointN()), 0.0);
+}
 
 TEST(HPointN, distance_is_euclidean) {
   HPointN const a(Values{0, 0});

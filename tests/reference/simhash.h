@@ -9,8 +9,8 @@
 
 namespace reference {
 
-/// The fingerprint in its plainest form: a bit vector of doubles for each word, kept in a map, and the sum
-/// formed vector by vector. `HFileSimHash::simhashDNA` is compared with it bit for bit.
+/// The fingerprint in its plainest form: a bit vector of doubles for each word, kept in a map, and
+/// the sum formed vector by vector. `HFileSimHash::simhashDNA` is compared with it bit for bit.
 inline std::wstring simhash(std::map<HString, double> const& words, bool wide) {
   if (words.empty()) {
     return {};

@@ -1,13 +1,13 @@
-#include <gtest/gtest.h>
-#include <signal.h>
-#include <unistd.h>
+#include "worker_pool.h"
 
 #include <chrono>
 #include <string>
 #include <thread>
 #include <vector>
 
-#include "worker_pool.h"
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <unistd.h>
 
 namespace {
 

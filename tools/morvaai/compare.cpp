@@ -1,7 +1,7 @@
-#include <fmt/format.h>
-
 #include <algorithm>
 #include <map>
+
+#include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
 #include "commands.h"
@@ -50,6 +50,7 @@ std::vector<HString> shared_words(Side const& first, Side const& second) {
     }
   }
   std::vector<HString> words;
+  words.reserve(shared.size());
   for (auto const& entry : shared) {
     words.push_back(entry.first);
   }
@@ -85,7 +86,8 @@ bool read_side(std::string const& argument, Side& side) {
 
 std::string as_text(double similarity, std::vector<HString> const& shared, Side const& first,
                     Side const& second, std::size_t most) {
-  std::string text = fmt::format("{:.1f} % of the bits agree: {}\n", similarity, meaning(similarity));
+  std::string text =
+      fmt::format("{:.1f} % of the bits agree: {}\n", similarity, meaning(similarity));
   text += fmt::format("words: {} and {}, shared: {}\n", first.words.size(), second.words.size(),
                       shared.size());
   for (std::size_t i = 0; i < std::min(most, shared.size()); ++i) {
@@ -127,9 +129,10 @@ int run_compare(CompareOptions const& options) {
     output = as_text(similarity, shared, first, second, most);
   }
   if (too_short) {
-    std::fprintf(stderr,
-                 "morvaai: warning: a text with fewer than %zu different words is too short to judge\n",
-                 fewest_words);
+    std::fprintf(
+        stderr,
+        "morvaai: warning: a text with fewer than %zu different words is too short to judge\n",
+        fewest_words);
   }
   return write_output(output) ? all_done : some_failed;
 }

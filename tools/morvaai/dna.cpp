@@ -1,5 +1,4 @@
 #include <fmt/format.h>
-
 #include <nlohmann/json.hpp>
 
 #include "commands.h"
@@ -32,7 +31,8 @@ FileReport report_dna(HString const& path, DnaOptions const& options) {
     return {object.dump() + "\n", document.incompleteness()};
   }
   std::string const counted = options.count ? fmt::format("{:>8}  ", count) : std::string();
-  return {fmt::format("{}  {}{}\n", utf8(dna), counted, printable(path)), document.incompleteness()};
+  return {fmt::format("{}  {}{}\n", utf8(dna), counted, printable(path)),
+          document.incompleteness()};
 }
 
 }  // namespace

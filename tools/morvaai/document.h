@@ -5,6 +5,7 @@
 #include <string>
 
 #include "morvaai.h"
+
 #include "report.h"
 
 namespace tool {

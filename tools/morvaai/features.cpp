@@ -1,5 +1,4 @@
 #include <fmt/format.h>
-
 #include <nlohmann/json.hpp>
 
 #include "commands.h"
@@ -49,8 +48,7 @@ FileReport report_features(HString const& path, FeaturesOptions const& options) 
 }  // namespace
 
 int run_features(FeaturesOptions const& options) {
-  return run_on_files(options,
-                      [&](HString const& path) { return report_features(path, options); });
+  return run_on_files(options, [&](HString const& path) { return report_features(path, options); });
 }
 
 }  // namespace tool

@@ -1,8 +1,9 @@
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cstddef>
 #include <cstdlib>
 #include <thread>
+
+#include <CLI/CLI.hpp>
 
 #include "commands.h"
 
@@ -11,10 +12,13 @@ namespace {
 void add_run_options(CLI::App& command, tool::RunOptions& options) {
   options.jobs = std::max(1U, std::thread::hardware_concurrency());
   command
-      .add_option("FILE", options.inputs, "Files, folders, or - for a list of paths on standard input")
+      .add_option("FILE", options.inputs,
+                  "Files, folders, or - for a list of paths on standard input")
       ->required();
   command.add_flag("--json", options.json, "Print one JSON object a line for each file");
-  command.add_option("-j,--jobs", options.jobs, "Worker processes; the number of processors if not given")
+  command
+      .add_option("-j,--jobs", options.jobs,
+                  "Worker processes; the number of processors if not given")
       ->check(CLI::Range(std::size_t{1}, std::size_t{256}));
 }
 
@@ -49,7 +53,8 @@ int run(int argc, char** argv) {
   command = app.add_subcommand("compare", "How like two files are, and which words they share");
   command->add_option("FILE1", compare.first, "A file")->required();
   command->add_option("FILE2", compare.second, "Another file")->required();
-  command->add_option("-n,--words", compare.words, "Number of shared words to show, 20 if not given")
+  command
+      ->add_option("-n,--words", compare.words, "Number of shared words to show, 20 if not given")
       ->check(CLI::Range(0, 100000));
   command->add_flag("--json", compare.json, "Print one JSON object");
   command->callback([&] { status = tool::run_compare(compare); });
@@ -77,7 +82,8 @@ int run(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  // Every problem has its own line on standard error; the library's log is for those who ask for it.
+  // Every problem has its own line on standard error; the library's log is for those who ask for
+  // it.
   if (std::getenv("MORVA_LOG_LEVEL") == nullptr) {
     HFileLog::ins()->mi_level = 0;
   }

@@ -1,11 +1,11 @@
 #include "report.h"
 
-#include <unistd.h>
-
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+
 #include <nlohmann/json.hpp>
+#include <unistd.h>
 
 #include "inputs.h"
 #include "worker_pool.h"
@@ -49,12 +49,14 @@ class Progress {
 
 }  // namespace
 
-std::string utf8(HString const& text) { return morvabs::to_utf8(text.get_ws()); }
+std::string utf8(HString const& text) {
+  return morvabs::to_utf8(text.get_ws());
+}
 
 std::string printable(HString const& text) {
   std::wstring wide = text.get_ws();
   for (wchar_t& c : wide) {
-    auto const code = static_cast<unsigned int>(c);
+    auto const code = static_cast<char32_t>(c);
     if (code < 0x20 || (code >= 0x7F && code < 0xA0)) {
       c = L'\xFFFD';
     }
@@ -78,8 +80,7 @@ bool write_output(std::string const& text) {
   return false;
 }
 
-int run_on_files(RunOptions const& options,
-                 std::function<FileReport(HString const&)> const& work) {
+int run_on_files(RunOptions const& options, std::function<FileReport(HString const&)> const& work) {
   std::vector<HString> const files = expand_inputs(options.inputs);
   // Mapped before the workers are forked, so that all share it.
   HStutterDict::pins()->set_dict_path(Orlec::LocateMgr::pins()->get_dict_path(false));
@@ -88,10 +89,11 @@ int run_on_files(RunOptions const& options,
   int status = all_done;
   auto const done = [&](std::size_t index, WorkerPool::Outcome const& outcome) {
     FileReport const report =
-        outcome.result ? unpack(*outcome.result)
-                       : FileReport{options.json ? json_failure(files[index], "failed", outcome.failure)
-                                                 : std::string(),
-                                    outcome.failure};
+        outcome.result
+            ? unpack(*outcome.result)
+            : FileReport{options.json ? json_failure(files[index], "failed", outcome.failure)
+                                      : std::string(),
+                         outcome.failure};
     progress.clear();
     if (!report.problem.empty()) {
       std::fprintf(stderr, "morvaai: %s: %s\n", printable(files[index]).c_str(),
@@ -105,8 +107,8 @@ int run_on_files(RunOptions const& options,
   };
   WorkerPool pool;
   pool.jobs = options.jobs;
-  bool const ran =
-      pool.run(files.size(), [&](std::size_t i) { return pack(work(files[i])); }, done);
+  bool const ran = pool.run(
+      files.size(), [&](std::size_t i) { return pack(work(files[i])); }, done);
   progress.clear();
   if (!ran) {
     std::fprintf(stderr, "morvaai: no worker process can be started: %s\n", std::strerror(errno));

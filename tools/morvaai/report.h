@@ -27,8 +27,8 @@ struct RunOptions {
   bool json = false;
 };
 
-/// Runs `work` on every file of the inputs in worker processes, prints the reports in order of the inputs
-/// and progress on a terminal, and returns the exit status.
+/// Runs `work` on every file of the inputs in worker processes, prints the reports in order of the
+/// inputs and progress on a terminal, and returns the exit status.
 int run_on_files(RunOptions const& options, std::function<FileReport(HString const&)> const& work);
 
 /// UTF-8 of the text as it may stand in a line on a terminal: control characters become U+FFFD.
@@ -38,7 +38,8 @@ std::string printable(HString const& text);
 std::string utf8(HString const& text);
 
 /// One JSON object a line for a file that gave nothing: its name, the outcome and the reason.
-std::string json_failure(HString const& path, std::string const& outcome, std::string const& reason);
+std::string json_failure(HString const& path, std::string const& outcome,
+                         std::string const& reason);
 
 /// Writes to standard output; false, with a message on standard error, when that fails.
 bool write_output(std::string const& text);

@@ -1,7 +1,8 @@
 #include <algorithm>
 #include <array>
-#include <nlohmann/json.hpp>
 #include <utility>
+
+#include <nlohmann/json.hpp>
 
 #include "commands.h"
 #include "document.h"
@@ -38,8 +39,9 @@ FileReport report_text(HString const& path, TextOptions const& options) {
     }
   }
   // What was read of a damaged document is shown as well, so that nothing is lost.
-  std::string const problem =
-      document.is_read() ? document.incompleteness() : document.outcome_name() + ": " + document.reason();
+  std::string const problem = document.is_read()
+                                  ? document.incompleteness()
+                                  : document.outcome_name() + ": " + document.reason();
   if (!options.json) {
     return {text, problem};
   }
@@ -57,6 +59,7 @@ FileReport report_text(HString const& path, TextOptions const& options) {
 
 std::vector<std::string> text_kind_names() {
   std::vector<std::string> names;
+  names.reserve(kinds.size() + 1);
   for (auto const& kind : kinds) {
     names.emplace_back(kind.first);
   }

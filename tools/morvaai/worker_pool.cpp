@@ -1,12 +1,5 @@
 #include "worker_pool.h"
 
-#include <poll.h>
-#include <signal.h>
-#include <sys/prctl.h>
-#include <sys/socket.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
@@ -14,6 +7,13 @@
 #include <cstring>
 #include <map>
 #include <vector>
+
+#include <poll.h>
+#include <signal.h>
+#include <sys/prctl.h>
+#include <sys/socket.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 namespace tool {
 
@@ -88,7 +88,8 @@ class Worker {
   }
   ~Worker() { stop(); }
 
-  bool start(std::function<std::string(std::size_t)> const& work, std::vector<Worker> const& others);
+  bool start(std::function<std::string(std::size_t)> const& work,
+             std::vector<Worker> const& others);
   bool give(std::size_t task, int seconds);
   std::optional<std::size_t> task() const { return task_; }
   int socket() const { return socket_; }
@@ -204,7 +205,11 @@ class Run {
   Run(WorkerPool const& pool, std::size_t count,
       std::function<std::string(std::size_t)> const& work,
       std::function<void(std::size_t, WorkerPool::Outcome)> const& done)
-      : pool_(pool), count_(count), work_(work), done_(done), workers_(std::min(pool.jobs, count)) {}
+      : pool_(pool),
+        count_(count),
+        work_(work),
+        done_(done),
+        workers_(std::min(pool.jobs, count)) {}
 
   bool go() {
     while (delivered_ < count_) {
@@ -220,7 +225,8 @@ class Run {
  private:
   bool give_out() {
     for (Worker& worker : workers_) {
-      bool const may_go_on = next_ < count_ && next_ < delivered_ + workers_.size() * waiting_per_job;
+      bool const may_go_on =
+          next_ < count_ && next_ < delivered_ + workers_.size() * waiting_per_job;
       if (worker.task() || !may_go_on) {
         continue;
       }

@@ -7,8 +7,8 @@
 
 namespace tool {
 
-/// Runs numbered tasks in forked worker processes, so that one that crashes, or hangs in a file, costs
-/// its own task only: a fresh worker takes its place.
+/// Runs numbered tasks in forked worker processes, so that one that crashes, or hangs in a file,
+/// costs its own task only: a fresh worker takes its place.
 struct WorkerPool {
   /// Number of worker processes.
   std::size_t jobs = 1;
@@ -21,9 +21,9 @@ struct WorkerPool {
     std::string failure;
   };
 
-  /// Calls `work(i)` in a worker for each i below `count`, and `done(i, outcome)` in this process, in the
-  /// order of i. At most a few results wait for an earlier one at a time. False, with the remaining tasks
-  /// not run, when no worker can be started.
+  /// Calls `work(i)` in a worker for each i below `count`, and `done(i, outcome)` in this process,
+  /// in the order of i. At most a few results wait for an earlier one at a time. False, with the
+  /// remaining tasks not run, when no worker can be started.
   bool run(std::size_t count, std::function<std::string(std::size_t)> const& work,
            std::function<void(std::size_t, Outcome)> const& done) const;
 };

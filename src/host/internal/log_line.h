@@ -22,8 +22,8 @@ void log_noise_line(int level, wchar_t const* tag, int line, Pieces const&... pi
   HFileLog::ins()->log_noise(record);
 }
 
-/// The record of a broken precondition: "<function>, Line:<line>, <kind>" at level 1, and only while
-/// the flag of `Orlec::Global` is set.
+/// The record of a broken precondition: "<function>, Line:<line>, <kind>" at level 1, and only
+/// while the flag of `Orlec::Global` is set.
 inline void log_assertion(wchar_t const* tag, wchar_t const* function, int line,
                           wchar_t const* kind) {
   if (Orlec::Global::pins()->mb_assert_log) {

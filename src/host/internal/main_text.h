@@ -8,9 +8,9 @@
 
 namespace morva {
 
-/// The main text that a parser has collected, at most 10485760 characters. Nothing, with the record that
-/// tells why written under `tag`, when there is no callback, no main text or an empty one. `function` is
-/// named in the assertion record.
+/// The main text that a parser has collected, at most 10485760 characters. Nothing, with the record
+/// that tells why written under `tag`, when there is no callback, no main text or an empty one.
+/// `function` is named in the assertion record.
 inline std::optional<HString> collected_main_text(Orlec::ParseFile* parser, wchar_t const* tag,
                                                   wchar_t const* function) {
   constexpr int most_characters = 0xa00000;
