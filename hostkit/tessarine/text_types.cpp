@@ -136,9 +136,9 @@ Recognition recognize_markup(std::string_view text, bool accept_fragments) {
   }
   // Without a declaration, the element has to be one: named like one, and closed or with a name
   // space.
-  auto const is_element =
-      is_xml_name(root->name) && (root->tag.find("xmlns") != std::string_view::npos ||
-                                  ascii_lower(text).find("</" + root->name) != std::string::npos);
+  auto const is_element = accept_fragments && is_xml_name(root->name) &&
+                          (root->tag.find("xmlns") != std::string_view::npos ||
+                           ascii_lower(text).find("</" + root->name) != std::string::npos);
   return root->has_declaration || is_element ? Recognition{FileType::xml, "xml"} : Recognition{};
 }
 
