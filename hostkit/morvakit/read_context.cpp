@@ -13,12 +13,19 @@ constexpr std::int64_t ratio_counts_from = std::int64_t{64} << 20;
 /// Longest time that can be added to a clock's value without overflow, and longer than any parse.
 constexpr std::int64_t longest_milliseconds = std::int64_t{1000} * 3600 * 24 * 365;
 
-bool is_line_end(char character) {
-  return character == '\n' || character == '\r';
-}
-
-bool is_white_space(char character) {
-  return character == ' ' || character == '\t' || is_line_end(character);
+/// How far a character sets apart what stands on its two sides.
+int separation(char character) {
+  switch (character) {
+    case ' ':
+      return 1;
+    case '\t':
+      return 2;
+    case '\n':
+    case '\r':
+      return 3;
+    default:
+      return 0;
+  }
 }
 
 }  // namespace
@@ -51,7 +58,7 @@ bool ReadContext::text(Orlec::ParseTextType type, std::string_view utf8) {
 
 bool ReadContext::separate(Orlec::ParseTextType type, char separator) {
   char const last = last_character_[type];
-  if (last == '\0' || is_line_end(last) || (is_white_space(last) && !is_line_end(separator))) {
+  if (last == '\0' || separation(last) >= separation(separator)) {
     return !ended_;
   }
   return text(type, std::string_view(&separator, 1));

@@ -22,9 +22,8 @@ class ReadContext {
   /// Delivers a piece of UTF-8 text, made of whole sequences; false when reading is to stop. Main
   /// text over its bound ends the parse; other kinds over theirs are dropped and noted.
   bool text(Orlec::ParseTextType type, std::string_view utf8);
-  /// Ends a line, a cell or a block: delivers `separator` unless the kind's text is empty, already
-  /// ends in a line end, or ends in other white space and `separator` is no line end. False when
-  /// reading is to stop.
+  /// Ends a line ('\n'), a cell ('\t') or a word (' '): delivers `separator` unless the kind's text
+  /// is empty or already ends in a character that separates as far. False when reading is to stop.
   bool separate(Orlec::ParseTextType type, char separator);
 
   /// False once the parse has ended or its time is used up. Cheap enough for every loop.
