@@ -1,0 +1,104 @@
+#include <array>
+#include <cerrno>
+#include <memory>
+#include <stdexcept>
+
+#include <arpa/inet.h>
+#include <gtest/gtest.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include "host/SITcpClient.h"
+
+namespace {
+
+/// A socket on a free port of this machine, listening unless told otherwise.
+class Server {
+ public:
+  explicit Server(bool listening = true) : socket_(socket(AF_INET, SOCK_STREAM, 0)) {
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    socklen_t length = sizeof address;
+    if (bind(socket_, reinterpret_cast<sockaddr*>(&address), length) != 0 ||
+        getsockname(socket_, reinterpret_cast<sockaddr*>(&address), &length) != 0 ||
+        (listening && listen(socket_, 4) != 0)) {
+      throw std::runtime_error("no server");
+    }
+    port_ = ntohs(address.sin_port);
+  }
+  ~Server() { close(socket_); }
+  Server(Server const&) = delete;
+  Server& operator=(Server const&) = delete;
+
+  int port() const { return port_; }
+  int accept_one() const { return accept(socket_, nullptr, nullptr); }
+
+ private:
+  int socket_;
+  int port_ = 0;
+};
+
+int connect_to(HString const& server, int port) {
+  SITcpClient client;
+  client.mstr_server = server;
+  client.mi_port = port;
+  client.mstr_client_id = L"client";
+  return client.connect(false);
+}
+
+TEST(SITcpClient, connects_to_an_address) {
+  Server const server;
+  EXPECT_EQ(connect_to(L"127.0.0.1", server.port()), 0);
+}
+
+TEST(SITcpClient, connects_to_a_host_name) {
+  Server const server;
+  EXPECT_EQ(connect_to(L"localhost", server.port()), 0);
+}
+
+TEST(SITcpClient, a_port_where_nobody_listens_refuses) {
+  Server const silent(false);
+  EXPECT_EQ(connect_to(L"127.0.0.1", silent.port()), ECONNREFUSED);
+}
+
+TEST(SITcpClient, a_server_that_cannot_be_is_invalid) {
+  for (int const port : {0, -1, 65536}) {
+    EXPECT_EQ(connect_to(L"127.0.0.1", port), EINVAL);
+  }
+  EXPECT_EQ(connect_to(HString(), 80), EINVAL);
+  EXPECT_EQ(connect_to(HString(L"a\0b", 3), 80), EINVAL);
+}
+
+TEST(SITcpClient, a_name_that_nobody_has_fails) {
+  EXPECT_NE(connect_to(L"no-such-host.invalid", 80), 0);
+}
+
+TEST(SITcpClient, the_connection_sends_nothing_and_closes_with_the_object) {
+  Server const server;
+  auto client = std::make_unique<SITcpClient>();
+  client->mstr_server = L"127.0.0.1";
+  client->mi_port = server.port();
+  ASSERT_EQ(client->connect(false), 0);
+  int const accepted = server.accept_one();
+  client.reset();
+  std::array<char, 1> byte{};
+  EXPECT_EQ(recv(accepted, byte.data(), 1, 0), 0);
+  close(accepted);
+}
+
+TEST(SITcpClient, connecting_again_closes_the_old_connection) {
+  Server const server;
+  SITcpClient client;
+  client.mstr_server = L"127.0.0.1";
+  client.mi_port = server.port();
+  ASSERT_EQ(client.connect(false), 0);
+  int const first = server.accept_one();
+  ASSERT_EQ(client.connect(false), 0);
+  std::array<char, 1> byte{};
+  EXPECT_EQ(recv(first, byte.data(), 1, 0), 0);
+  close(first);
+}
+
+}  // namespace
