@@ -21,10 +21,11 @@ bool is_kind(ParseTextType type) {
   return type >= ParseTextType_main && type <= ParseTextType_other;
 }
 
+constexpr std::size_t slice_bytes = std::size_t{1} << 20;
+
 /// Appends at most `room` characters; false when some did not fit. In slices, so that a huge piece
 /// costs no more memory than what is kept of it.
 bool append_within(std::wstring& text, std::string_view utf8, std::int64_t& room) {
-  constexpr std::size_t slice_bytes = std::size_t{1} << 20;
   while (!utf8.empty()) {
     auto length = morvabs::complete_utf8_prefix(utf8.substr(0, slice_bytes));
     if (length == 0) {
@@ -48,7 +49,9 @@ bool append_within(std::wstring& text, std::string_view utf8, std::int64_t& room
 void make_room(std::wstring& text, std::int64_t limit) {
   constexpr std::size_t long_text = std::size_t{1} << 18;
   constexpr std::int64_t most = std::int64_t{16} << 20;
-  auto const wanted = static_cast<std::size_t>(std::clamp<std::int64_t>(limit, 0, most));
+  // The slice that goes over the limit is appended before it is cut.
+  auto const wanted =
+      static_cast<std::size_t>(std::clamp<std::int64_t>(limit, 0, most)) + slice_bytes;
   if (text.size() > long_text && text.capacity() < wanted) {
     text.reserve(wanted);
   }

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 #include <exception>
-#include <limits>
+#include <new>
 #include <optional>
 #include <utility>
 
@@ -145,6 +145,7 @@ struct XmlStream::Parser {
   bool begin(bool last);
   bool parse(std::string_view bytes, bool last);
   bool parse_piece(std::string_view bytes, bool last);
+  bool check_token(std::size_t fed, bool had_event);
   void report();
 
   XmlHandler& handler;
@@ -155,6 +156,8 @@ struct XmlStream::Parser {
   std::optional<morvabs::TextDecoder> decoder;
   std::string decoded;
   std::int64_t depth = 0;
+  std::uint64_t events = 0;
+  std::size_t without_event = 0;  ///< bytes fed since the last event
   bool done = false;
   std::string fault;
   std::exception_ptr thrown;
@@ -163,6 +166,7 @@ struct XmlStream::Parser {
 /// Runs a handler below the parser's C frames: what it throws is carried around them.
 template <typename Call>
 void XmlStream::Parser::guarded(Call const& call) {
+  ++events;
   if (thrown || context.ended()) {
     return;
   }
@@ -247,6 +251,7 @@ bool XmlStream::Parser::parse_piece(std::string_view bytes, bool last) {
     auto const piece = bytes.substr(0, piece_size);
     bytes.remove_prefix(piece.size());
     bool const is_final = last && bytes.empty();
+    auto const events_before = events;
     auto const status =
         XML_Parse(expat.get(), piece.data(), static_cast<int>(piece.size()), is_final ? 1 : 0);
     if (thrown) {
@@ -256,11 +261,20 @@ bool XmlStream::Parser::parse_piece(std::string_view bytes, bool last) {
       report();
       return false;
     }
-    if (!context.keep_going()) {
+    if (!context.keep_going() || !check_token(piece.size(), events != events_before)) {
       return false;
     }
   } while (!bytes.empty());
   return true;
+}
+
+/// The parser keeps a tag or comment in memory until its end is there.
+bool XmlStream::Parser::check_token(std::size_t fed, bool had_event) {
+  constexpr std::size_t longest_token = std::size_t{16} << 20;
+  without_event = had_event ? 0 : without_event + fed;
+  return without_event <= longest_token ||
+         context.end(Orlec::ParseOutcome::limit_reached,
+                     "an XML tag over " + std::to_string(longest_token) + " bytes");
 }
 
 void XmlStream::Parser::report() {
