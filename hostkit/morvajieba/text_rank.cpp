@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <numeric>
+#include <span>
+#include <utility>
 
 namespace morvajieba {
 
@@ -9,6 +11,10 @@ namespace {
 
 constexpr double damping = 0.85;
 constexpr int rounds = 10;
+
+std::uint64_t hash_of(std::uint32_t first, std::uint32_t second) {
+  return scatter(static_cast<std::uint64_t>(first) << 32 | second);
+}
 
 bool looks_like_word(std::wstring_view token) {
   return token.size() >= 2 && std::any_of(token.begin(), token.end(), [](wchar_t character) {
@@ -95,38 +101,51 @@ void normalise(std::vector<double>& weights) {
 }  // namespace
 
 void PairCounts::add(std::uint32_t left, std::uint32_t right) {
-  if (used_ * 2 >= slots_.size()) grow();
   auto const [first, second] = std::minmax(left, right);
-  Pair& pair = slots_[slot_of(first, second)];
-  if (pair.count == 0) {
-    pair.first = first;
-    pair.second = second;
-    ++used_;
-  }
-  ++pair.count;
+  waiting_[waiting_count_++] = {first, second, hash_of(first, second)};
+  if (waiting_count_ == waiting_.size()) count_waiting();
 }
 
-std::size_t PairCounts::slot_of(std::uint32_t first, std::uint32_t second) const {
+void PairCounts::count_waiting() {
+  if ((used_ + waiting_count_) * 2 > slots_.size()) grow();
+  std::span const waiting(waiting_.data(), waiting_count_);
+  for (Waiting const& pair : waiting) __builtin_prefetch(&slots_[pair.hash & (slots_.size() - 1)]);
+  for (auto const& [first, second, hash] : waiting) {
+    Pair& pair = find(first, second, hash);
+    if (pair.count == 0) {
+      pair.first = first;
+      pair.second = second;
+      ++used_;
+    }
+    ++pair.count;
+  }
+  waiting_count_ = 0;
+}
+
+PairCounts::Pair& PairCounts::find(std::uint32_t first, std::uint32_t second, std::uint64_t hash) {
   std::size_t const mask = slots_.size() - 1;
-  std::size_t slot = scatter(static_cast<std::uint64_t>(first) << 32 | second) & mask;
+  std::size_t slot = hash & mask;
   while (slots_[slot].count != 0 &&
          (slots_[slot].first != first || slots_[slot].second != second)) {
     slot = (slot + 1) & mask;
   }
-  return slot;
+  return slots_[slot];
 }
 
 void PairCounts::grow() {
   std::vector<Pair> old(std::max<std::size_t>(1024, slots_.size() * 2));
   old.swap(slots_);
   for (Pair const& pair : old) {
-    if (pair.count != 0) slots_[slot_of(pair.first, pair.second)] = pair;
+    if (pair.count != 0) {
+      find(pair.first, pair.second, hash_of(pair.first, pair.second)) = pair;
+    }
   }
 }
 
-void PairCounts::clear() {
-  slots_ = {};
+std::vector<PairCounts::Pair> PairCounts::take() {
+  count_waiting();
   used_ = 0;
+  return std::exchange(slots_, {});
 }
 
 void TextRank::token(std::wstring_view text) {
@@ -156,9 +175,7 @@ std::vector<double> TextRank::compute_weights() {
   std::size_t const words = sorted_.size();
   std::vector<std::uint32_t> ranks(words_.size(), 0);
   for (std::uint32_t rank = 0; rank < words; ++rank) ranks[sorted_[rank]] = rank;
-  Graph graph = collect(pairs_.slots(), ranks, words);
-  pairs_.clear();
-  graph = sort_rows(graph);
+  Graph const graph = sort_rows(collect(pairs_.take(), ranks, words));
   std::vector<double> const shares = compute_shares(graph);
   std::vector<double> weights(words, 1.0 / static_cast<double>(words));
   for (int round = 0; round < rounds; ++round) {

@@ -23,16 +23,27 @@ class PairCounts {
   };
 
   void add(std::uint32_t left, std::uint32_t right);
-  /// The table's slots, free ones included, in no order that means anything.
-  std::vector<Pair> const& slots() const { return slots_; }
-  void clear();
+  /// All pairs; the table is empty afterwards. Free slots are among them, in no order that means
+  /// anything.
+  std::vector<Pair> take();
 
  private:
-  std::size_t slot_of(std::uint32_t first, std::uint32_t second) const;
+  /// A pair that waits to be counted, with its place in the table if that does not grow.
+  struct Waiting {
+    std::uint32_t first;
+    std::uint32_t second;
+    std::uint64_t hash;
+  };
+
+  void count_waiting();
+  Pair& find(std::uint32_t first, std::uint32_t second, std::uint64_t hash);
   void grow();
 
   std::vector<Pair> slots_;
   std::size_t used_ = 0;
+  // The table is larger than the caches: its slots are fetched for many pairs at a time.
+  std::array<Waiting, 64> waiting_{};
+  std::size_t waiting_count_ = 0;
 };
 
 /// A keyword of a text.

@@ -1,18 +1,17 @@
 #include "morvajieba/word_table.h"
 
 #include <algorithm>
-#include <random>
+
+#include <sys/random.h>
 
 namespace morvajieba {
 
 namespace {
 
-std::uint64_t process_number() {
-  static std::uint64_t const number = [] {
-    std::random_device device;
-    return static_cast<std::uint64_t>(device()) << 32 | device();
-  }();
-  return number;
+std::uint64_t make_process_number() {
+  std::uint64_t number = 0;
+  // A system without randomness leaves 0, which is as good for every text but a hostile one.
+  return ::getrandom(&number, sizeof(number), GRND_NONBLOCK) == sizeof(number) ? number : 0;
 }
 
 std::uint32_t hash_of(std::wstring_view text) {
@@ -26,11 +25,7 @@ std::uint32_t hash_of(std::wstring_view text) {
 
 }  // namespace
 
-std::uint64_t scatter(std::uint64_t key) {
-  key = (key ^ process_number()) * 0xBF58476D1CE4E5B9u;
-  key = (key ^ key >> 31) * 0x94D049BB133111EBu;
-  return key ^ key >> 29;
-}
+std::uint64_t const process_number = make_process_number();
 
 bool is_before(std::wstring_view left, std::wstring_view right) {
   return std::lexicographical_compare(

@@ -8,10 +8,16 @@
 
 namespace morvajieba {
 
-/// Scatters a key over a hash table. The tables here are grown by doubling and asked in loops whose
-/// keys the document decides, so each process scatters with a number of its own; no result depends
-/// on it.
-std::uint64_t scatter(std::uint64_t key);
+/// A random number of the process.
+extern std::uint64_t const process_number;
+
+/// Scatters a key over a hash table. The document decides the keys, so that each process scatters
+/// them in its own way: no document can fill one spot of a table. No result depends on it.
+inline std::uint64_t scatter(std::uint64_t key) {
+  key = (key ^ process_number) * 0xBF58476D1CE4E5B9u;
+  key = (key ^ key >> 31) * 0x94D049BB133111EBu;
+  return key ^ key >> 29;
+}
 
 /// Order of code points as unsigned values, a proper prefix first.
 bool is_before(std::wstring_view left, std::wstring_view right);
