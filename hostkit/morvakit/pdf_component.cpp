@@ -187,8 +187,9 @@ class DocumentText {
       document_.displayPage(&output, number, resolution, resolution, 0, true, false, false,
                             stop_wanted, this, is_part_of_page, this);
     }
-    auto const text = without_ligatures(page_text_);
-    if (text.find_first_not_of(" \n\t") != std::string::npos) {
+    auto text = without_ligatures(page_text_);
+    text.resize(text.find_last_not_of(" \n\t") + 1);
+    if (!text.empty()) {
       has_main_text_ = true;
       add_line(Orlec::ParseTextType_main, text);
     }

@@ -1,0 +1,58 @@
+#pragma once
+
+#include <map>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "host/Orlec/ParseFile.h"
+#include "host/Orlec/TextCallback.h"
+#include "hostkit/tessarine/memory_reader.h"
+#include "morvabs/utf8.h"
+
+namespace test {
+
+/// What came of a parse, in UTF-8.
+struct Parsed {
+  bool has_parser = false;
+  bool is_ok = false;
+  Orlec::ParseOutcome outcome = Orlec::ParseOutcome::not_parsed;
+  std::string reason;
+  std::map<int, std::string> text;
+
+  std::string main() const { return kind(Orlec::ParseTextType_main); }
+  std::string kind(Orlec::ParseTextType type) const {
+    auto const found = text.find(type);
+    return found == text.end() ? std::string{} : found->second;
+  }
+};
+
+/// Parses a document that was built in memory.
+inline Parsed parse_bytes(std::string const& bytes, char const* name = "document") {
+  constexpr int everything = 1 << 30;
+  MemoryReader reader(bytes, name);
+  std::unique_ptr<Orlec::ParseFile> const parser(Orlec::GetParser(&reader, false));
+  Parsed parsed;
+  if (parser == nullptr) {
+    return parsed;
+  }
+  Orlec::TextLineCallback callback;
+  parser->SetMask(1);
+  parser->SetCallBack(&callback, false);
+  parsed.has_parser = true;
+  parsed.is_ok = parser->InitFile();
+  parsed.outcome = parser->GetOutcome();
+  parsed.reason = morvabs::to_utf8(parser->GetReason().get_ws());
+  for (int type = Orlec::ParseTextType_main; type <= Orlec::ParseTextType_other; ++type) {
+    if (auto* const text = callback.GetTextByType(static_cast<Orlec::ParseTextType>(type));
+        text != nullptr) {
+      wchar_t* buffer = nullptr;
+      int length = 0;
+      text->GetTextBuff(&buffer, length, everything);
+      parsed.text[type] = morvabs::to_utf8({buffer, static_cast<std::size_t>(length)});
+    }
+  }
+  return parsed;
+}
+
+}  // namespace test

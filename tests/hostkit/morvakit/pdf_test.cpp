@@ -1,0 +1,205 @@
+#include <cstdlib>
+#include <filesystem>
+#include <random>
+#include <string>
+
+#include <dlfcn.h>
+#include <gtest/gtest.h>
+
+#include "hostkit/morvakit/parse_bytes.h"
+#include "hostkit/morvakit/pdf_builder.h"
+
+#include "support/temporary_directory.h"
+
+namespace {
+
+using Orlec::ParseOutcome;
+using test::helvetica;
+using test::one_page;
+using test::parse_bytes;
+using test::show;
+
+TEST(Pdf, text_of_a_page_is_main_text) {
+  auto const parsed =
+      parse_bytes(one_page(show("First line", 700) + show("Second line", 680)).bytes());
+  EXPECT_EQ(parsed.outcome, ParseOutcome::text);
+  EXPECT_EQ(parsed.main(), "First line\nSecond line");
+}
+
+TEST(Pdf, columns_are_read_one_behind_the_other) {
+  std::string content;
+  for (int line = 0; line < 12; ++line) {
+    auto const y = std::to_string(700 - 14 * line);
+    content += "BT /F1 10 Tf 50 " + y + " Td (left column words here) Tj ET\n";
+    content += "BT /F1 10 Tf 350 " + y + " Td (right column words there) Tj ET\n";
+  }
+  auto const main = parse_bytes(one_page(content).bytes()).main();
+  EXPECT_LT(main.rfind("left"), main.find("right"));
+}
+
+TEST(Pdf, pages_come_in_order) {
+  test::PdfBuilder pdf;
+  pdf.add("<</Type/Catalog/Pages 2 0 R>>");
+  pdf.add("<</Type/Pages/Kids[3 0 R 4 0 R]/Count 2>>");
+  pdf.add(
+      "<</Type/Page/Parent 2 0 R/MediaBox[0 0 600 800]/Contents 6 0 R/Resources<</Font<</F1 5 0 "
+      "R>>>>>>");
+  pdf.add(
+      "<</Type/Page/Parent 2 0 R/MediaBox[0 0 600 800]/Contents 7 0 R/Resources<</Font<</F1 5 0 "
+      "R>>>>>>");
+  pdf.add(helvetica);
+  pdf.add_stream(show("one"));
+  pdf.add_stream(show("two"));
+  EXPECT_EQ(parse_bytes(pdf.bytes()).main(), "one\ntwo");
+}
+
+TEST(Pdf, a_page_without_text_has_no_text) {
+  auto const parsed = parse_bytes(one_page("0 0 100 100 re f\n").bytes());
+  EXPECT_TRUE(parsed.is_ok);
+  EXPECT_EQ(parsed.outcome, ParseOutcome::no_text);
+}
+
+TEST(Pdf, document_information_is_property) {
+  auto pdf = one_page(show("x"));
+  pdf.add("<</Title(A title)/Author<FEFF674E>/Producer(no)>>");
+  EXPECT_EQ(parse_bytes(pdf.bytes("/Info 6 0 R")).kind(Orlec::ParseTextType_property),
+            "title: A title\nauthor: \xe6\x9d\x8e");
+}
+
+TEST(Pdf, what_an_annotation_says_is_a_comment) {
+  auto pdf = one_page(show("x"), helvetica, "", "/Annots[6 0 R]");
+  pdf.add("<</Type/Annot/Subtype/Text/Rect[10 10 20 20]/Contents(A remark)>>");
+  auto const parsed = parse_bytes(pdf.bytes());
+  EXPECT_EQ(parsed.kind(Orlec::ParseTextType_comment), "A remark");
+  EXPECT_EQ(parsed.main(), "x");
+}
+
+TEST(Pdf, values_of_form_fields_are_control_text) {
+  auto pdf = one_page(show("x"), helvetica,
+                      "/AcroForm<</Fields[6 0 R]/DA(/F1 10 Tf)/DR<</Font<</F1 5 0 R>>>>>>",
+                      "/Annots[6 0 R]");
+  pdf.add(
+      "<</Type/Annot/Subtype/Widget/FT/Tx/T(name)/TU(Your name)/V(Li Wei)/Rect[10 10 200 "
+      "30]/DA(/F1 10 Tf)>>");
+  auto const parsed = parse_bytes(pdf.bytes());
+  EXPECT_EQ(parsed.kind(Orlec::ParseTextType_control), "Your name\nLi Wei");
+  EXPECT_EQ(parsed.main(), "x");
+}
+
+TEST(Pdf, the_outline_is_other_text) {
+  auto pdf = one_page(show("x"), helvetica, "/Outlines 6 0 R");
+  pdf.add("<</Type/Outlines/First 7 0 R/Last 7 0 R/Count 1>>");
+  pdf.add("<</Title(Chapter)/Parent 6 0 R/First 8 0 R/Last 8 0 R/Count 1>>");
+  pdf.add("<</Title(Section)/Parent 7 0 R>>");
+  EXPECT_EQ(parse_bytes(pdf.bytes()).kind(Orlec::ParseTextType_other), "Chapter\nSection");
+}
+
+TEST(Pdf, an_outline_that_contains_itself_ends) {
+  auto pdf = one_page(show("x"), helvetica, "/Outlines 6 0 R");
+  pdf.add("<</Type/Outlines/First 7 0 R/Last 7 0 R/Count 1>>");
+  pdf.add("<</Title(Chapter)/Parent 6 0 R/First 7 0 R/Last 7 0 R/Next 7 0 R/Count 1>>");
+  EXPECT_EQ(parse_bytes(pdf.bytes()).outcome, ParseOutcome::text);
+}
+
+TEST(Pdf, a_chinese_font_with_a_predefined_map_and_no_unicode_table_is_read) {
+  if (!std::filesystem::exists("/usr/share/poppler/cidToUnicode/Adobe-GB1")) {
+    GTEST_SKIP() << "the character maps are not installed";
+  }
+  struct Map {
+    char const* name;
+    char const* hex;
+  };
+  for (auto const& map :
+       {Map{"GBK-EUC-H", "D0C5CFA2B0B2C8AB"}, Map{"UniGB-UCS2-H", "4FE1606F5B895168"}}) {
+    auto pdf = one_page("BT /F1 12 Tf 50 700 Td <" + std::string(map.hex) + "> Tj ET",
+                        "<</Type/Font/Subtype/Type0/BaseFont/STSong-Light/Encoding/" +
+                            std::string(map.name) + "/DescendantFonts[6 0 R]>>");
+    pdf.add(
+        "<</Type/Font/Subtype/CIDFontType0/BaseFont/STSong-Light/CIDSystemInfo<</Registry(Adobe)"
+        "/Ordering(GB1)/Supplement 2>>/DW 1000/FontDescriptor 7 0 R>>");
+    pdf.add(
+        "<</Type/FontDescriptor/FontName/STSong-Light/Flags 6/FontBBox[-25 -254 1000 "
+        "880]/ItalicAngle 0"
+        "/Ascent 880/Descent -120/CapHeight 880/StemV 93>>");
+    EXPECT_EQ(parse_bytes(pdf.bytes()).main(), "\xe4\xbf\xa1\xe6\x81\xaf\xe5\xae\x89\xe5\x85\xa8")
+        << map.name;
+  }
+}
+
+TEST(Pdf, ligatures_are_written_out) {
+  auto const* const font =
+      "<</Type/Font/Subtype/Type1/BaseFont/Helvetica/Encoding<</Type/Encoding/Differences[65/"
+      "fi]>>>>";
+  EXPECT_EQ(parse_bytes(one_page(show("Ale"), font).bytes()).main(), "file");
+}
+
+// 40-bit RC4 under the revision 2 handler: with these keys no password that is empty fits.
+TEST(Pdf, a_document_that_needs_a_password_is_encrypted) {
+  auto pdf = one_page(show("x"));
+  std::string const digits(64, '5');
+  pdf.add("<</Filter/Standard/V 1/R 2/O<" + digits + ">/U<" + digits + ">/P -4>>");
+  auto const parsed = parse_bytes(pdf.bytes("/Encrypt 6 0 R/ID[<00><00>]"));
+  EXPECT_EQ(parsed.outcome, ParseOutcome::encrypted);
+  EXPECT_FALSE(parsed.is_ok);
+}
+
+TEST(Pdf, a_document_whose_table_is_lost_is_read) {
+  auto bytes = one_page(show("still here")).bytes();
+  auto const table = bytes.find("xref");
+  bytes.erase(table, bytes.find("trailer") - table);
+  EXPECT_EQ(parse_bytes(bytes).main(), "still here");
+}
+
+TEST(Pdf, a_document_without_pages_is_damaged) {
+  auto const parsed = parse_bytes(
+      "%PDF-1.4\n1 0 obj\n<</Type/Catalog>>\nendobj\ntrailer\n<</Root 1 0 R>>\n%%EOF\n");
+  EXPECT_EQ(parsed.outcome, ParseOutcome::damaged);
+  EXPECT_FALSE(parsed.reason.empty());
+}
+
+TEST(Pdf, a_tree_of_pages_that_contains_itself_ends) {
+  test::PdfBuilder pdf;
+  pdf.add("<</Type/Catalog/Pages 2 0 R>>");
+  pdf.add("<</Type/Pages/Kids[2 0 R 2 0 R]/Count 2000000000>>");
+  EXPECT_EQ(parse_bytes(pdf.bytes()).outcome, ParseOutcome::damaged);
+}
+
+TEST(Pdf, truncations_and_random_changes_are_survived) {
+  auto const bytes = one_page(show("some text here")).bytes();
+  for (std::size_t length = 10; length < bytes.size(); length += 7) {
+    parse_bytes(bytes.substr(0, length));
+  }
+  std::mt19937 random(7);
+  for (int round = 0; round < 300; ++round) {
+    auto changed = bytes;
+    for (int i = 0; i < 5; ++i) {
+      changed[8 + random() % (changed.size() - 8)] = static_cast<char>(random() % 128);
+    }
+    parse_bytes(changed);
+  }
+}
+
+// Runs in a process of its own, started by the test below, with the library in a directory that
+// lacks the component.
+TEST(PdfComponent, DISABLED_is_missing_here) {
+  auto const parsed = parse_bytes(one_page(show("x")).bytes());
+  EXPECT_EQ(parsed.outcome, ParseOutcome::not_supported);
+  EXPECT_NE(parsed.reason.find("not installed"), std::string::npos);
+}
+
+TEST(PdfComponent, that_is_missing_makes_pdf_not_supported) {
+  Dl_info info{};
+  ASSERT_NE(dladdr(reinterpret_cast<void*>(&Orlec::GetParser), &info), 0);
+  test::TemporaryDirectory const directory;
+  auto const library = std::filesystem::canonical(info.dli_fname);
+  std::filesystem::copy_file(library, directory.path() / "libmorvakit.so.3");
+  test::EnvironmentVariable const path(
+      "LD_LIBRARY_PATH", directory.path().string() + ":" + library.parent_path().string());
+  auto const command =
+      "'" + std::filesystem::canonical("/proc/self/exe").string() +
+      "' --gtest_also_run_disabled_tests --gtest_filter=PdfComponent.DISABLED_is_missing_here "
+      "> /dev/null";
+  EXPECT_EQ(std::system(command.c_str()), 0);
+}
+
+}  // namespace
