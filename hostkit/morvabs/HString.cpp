@@ -205,9 +205,9 @@ HString& HString::operator+=(HString const& text) {
   if (!text_) {
     text_ = text.text_;
   } else if (!text.empty()) {
-    // Keeps the text alive where it is this string itself.
-    HString const addition = text;
-    writable_text() += addition.text();
+    // Keeps the addition alive where it is this text itself.
+    auto const addition = text.text_;
+    writable_text() += *addition;
   }
   return *this;
 }

@@ -76,7 +76,7 @@ std::string decode_with(std::string_view encoding, std::string_view bytes, bool 
 
 void add_characters(CharacterSet& set, std::wstring_view characters) {
   for (wchar_t const c : characters) {
-    auto const value = static_cast<std::size_t>(c);
+    auto const value = static_cast<char32_t>(c);
     if (value >= 0x80 && value < set.size()) {
       set.set(value);
     }
@@ -114,7 +114,7 @@ double fit(Candidate const& candidate, Language const& language, std::string_vie
   std::size_t usual = 0;
   std::size_t common = 0;
   for (wchar_t const c : text) {
-    auto const value = static_cast<std::size_t>(c);
+    auto const value = static_cast<char32_t>(c);
     bool const is_symbol =
         (value >= 0x2000 && value < 0x3040) || (value >= 0xFF00 && value < 0xFF60);
     symbols += is_symbol ? 1U : 0U;

@@ -57,12 +57,12 @@ bool needs_escape(std::wstring_view text, std::size_t at, Place const& place) {
 }
 
 std::wstring escape(wchar_t c) {
-  auto value = static_cast<std::uint32_t>(c);
+  auto const value = static_cast<char32_t>(c);
   std::wstring digits;
-  for (; value != 0; value >>= 4U) {
-    digits.insert(digits.begin(), kHexDigits[value & 0xFU]);
+  for (char32_t rest = value; rest != 0; rest >>= 4U) {
+    digits.insert(digits.begin(), kHexDigits[rest & 0xFU]);
   }
-  if (static_cast<std::uint32_t>(c) < 0x80) {
+  if (value < 0x80) {
     digits.insert(0, 2 - digits.size(), L'0');
     return L"%" + digits;
   }

@@ -21,7 +21,7 @@ bool is_absolute(HString const& path) {
 }
 
 HString home_directory() {
-  HString const home = environment_path("HOME");
+  HString home = environment_path("HOME");
   if (home.not_empty()) {
     return home;
   }
