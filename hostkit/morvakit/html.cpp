@@ -126,6 +126,7 @@ class Page {
 
   void start(std::string_view name, Attributes const& attributes) {
     if (++depth_ > context_.limits().i_xml_depth) {
+      flush();
       context_.end(
           Orlec::ParseOutcome::limit_reached,
           "elements nested over " + std::to_string(context_.limits().i_xml_depth) + " deep");
@@ -154,13 +155,12 @@ class Page {
     }
   }
 
-  void finish() {
+  /// Delivers what is gathered; nothing is taken any more once the context has ended.
+  void flush() {
     for (auto* words : {&main_, &control_, &property_, &other_}) {
       words->flush();
     }
   }
-
-  bool keep_going() { return context_.keep_going(); }
 
  private:
   void separate_for(std::string_view name) {
@@ -264,9 +264,9 @@ void read_html(Orlec::Reader const& reader, tessarine::Recognition const& /*reco
                                        HTML_PARSE_NONET | HTML_PARSE_IGNORE_ENC);
   read_decoded(reader, context, encoding, [&](std::string_view utf8, bool last) {
     htmlParseChunk(parser.get(), utf8.data(), static_cast<int>(utf8.size()), last ? 1 : 0);
-    return page.keep_going();
+    page.flush();
+    return context.keep_going();
   });
-  page.finish();
 }
 
 }  // namespace morvakit

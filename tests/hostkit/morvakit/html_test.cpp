@@ -111,7 +111,9 @@ TEST(Html, elements_nested_without_end_reach_the_limit) {
   for (int i = 0; i < 20000; ++i) {
     body += "<div>";
   }
-  EXPECT_EQ(parse_bytes(page("start" + body + "x")).outcome, ParseOutcome::limit_reached);
+  auto const parsed = parse_bytes(page("start" + body + "x"));
+  EXPECT_EQ(parsed.outcome, ParseOutcome::limit_reached);
+  EXPECT_EQ(parsed.main(), "start");
 }
 
 TEST(Html, a_page_without_words_has_no_text) {

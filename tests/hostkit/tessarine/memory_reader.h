@@ -37,7 +37,8 @@ class MemoryReader : public Orlec::Reader {
 inline std::string little(std::uint64_t value, int count) {
   std::string bytes;
   for (int i = 0; i < count; ++i) {
-    bytes += static_cast<char>(value >> (8 * i) & 0xffU);
+    bytes += static_cast<char>(value & 0xffU);
+    value >>= 8U;
   }
   return bytes;
 }
