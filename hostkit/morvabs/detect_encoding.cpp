@@ -243,12 +243,15 @@ bool is_binary(std::string_view bytes) {
 bool is_mostly_utf8(std::string_view bytes) {
   constexpr std::size_t kLeastCutSample = 4096;
   std::size_t const complete = complete_utf8_prefix(bytes);
+  bool const is_valid = is_utf8(bytes.substr(0, complete));
+  if (is_valid && (complete == bytes.size() || bytes.size() >= kLeastCutSample)) {
+    return true;
+  }
   std::wstring const text = from_utf8(bytes.substr(0, complete));
   auto const is_wide = [](wchar_t c) { return c >= 0x80 && c != 0xFFFD; };
   auto const sequences = static_cast<std::size_t>(std::count_if(text.begin(), text.end(), is_wide));
-  bool const is_cut = complete != bytes.size();
-  if (is_utf8(bytes.substr(0, complete))) {
-    return !is_cut || sequences > 0 || bytes.size() >= kLeastCutSample;
+  if (is_valid) {
+    return sequences > 0;
   }
   auto const malformed = static_cast<std::size_t>(std::count(text.begin(), text.end(), L'\xFFFD'));
   return sequences >= 10 * malformed;

@@ -129,6 +129,7 @@ TEST(HFileLog, threads_have_records_of_their_own) {
   HFileLog::ins()->set_sink(
       [](int, HString const&, int, HString const& text) { EXPECT_EQ(text, HString(L"onetwo")); });
   std::vector<std::thread> threads;
+  threads.reserve(4);
   for (int t = 0; t < 4; ++t) {
     threads.emplace_back([] {
       for (int i = 0; i < 500; ++i) {
