@@ -142,7 +142,7 @@ class OdfHandler final : public TaggedHandler<OdfTag> {
  public:
   OdfHandler(TextFlow& flow, OdfPart part, bool is_spreadsheet)
       : TaggedHandler(tags()), flow_(flow), part_(part), is_spreadsheet_(is_spreadsheet) {
-    kinds_.push_back(Orlec::ParseTextType_main);
+    places_.push_back({});
   }
 
   /// Addresses of the objects that stand in the document.
@@ -153,11 +153,11 @@ class OdfHandler final : public TaggedHandler<OdfTag> {
   void close(OdfTag tag) override;
   void text(std::string_view utf8) override;
 
-  ParseTextType kind() const { return kinds_.back(); }
+  ParseTextType kind() const { return places_.back().kind; }
   bool is_shown() const;
   bool open_text(OdfTag tag, XmlAttributes const& attributes);
   bool open_block(OdfTag tag, XmlName const& name, XmlAttributes const& attributes);
-  void begin_kind(ParseTextType kind);
+  void begin_kind(ParseTextType kind, bool characters_count = false);
   void end_kind();
   void blanks(std::string_view count);
   void cell_value(XmlAttributes const& attributes);
@@ -165,6 +165,14 @@ class OdfHandler final : public TaggedHandler<OdfTag> {
   void form_element(XmlAttributes const& attributes);
   void object(XmlAttributes const& attributes);
   void collapsed(std::string_view utf8);
+
+  /// Where text goes, and what stands around it there: a note within a paragraph is a place of its
+  /// own.
+  struct Place {
+    ParseTextType kind = Orlec::ParseTextType_main;
+    int text_depth = 0;  ///< open elements whose characters are text
+    bool after_blank = true;
+  };
 
   struct Cell {
     std::string value;  ///< what is written where the cell holds no paragraph
@@ -174,13 +182,11 @@ class OdfHandler final : public TaggedHandler<OdfTag> {
   TextFlow& flow_;
   OdfPart part_;
   bool is_spreadsheet_;
-  std::vector<ParseTextType> kinds_;
+  std::vector<Place> places_;
   std::vector<Cell> cells_;
   std::vector<std::string> objects_;
   std::unordered_set<std::string> known_objects_;
-  int paragraph_depth_ = 0;  ///< also within other elements whose characters are text
   int master_depth_ = 0;
-  bool after_blank_ = true;
 };
 
 /// Styles hold sample text; only headers, footers and what stands on master pages is the
@@ -189,16 +195,14 @@ bool OdfHandler::is_shown() const {
   return part_ == OdfPart::content || master_depth_ > 0;
 }
 
-void OdfHandler::begin_kind(ParseTextType kind) {
-  kinds_.push_back(kind);
+void OdfHandler::begin_kind(ParseTextType kind, bool characters_count) {
+  places_.push_back({kind, characters_count ? 1 : 0, true});
   flow_.separate(kind, '\n');
-  after_blank_ = true;
 }
 
 void OdfHandler::end_kind() {
   flow_.separate(kind(), '\n');
-  kinds_.pop_back();
-  after_blank_ = false;
+  places_.pop_back();
 }
 
 void OdfHandler::blanks(std::string_view count) {
@@ -206,7 +210,7 @@ void OdfHandler::blanks(std::string_view count) {
   std::size_t number = 1;
   std::from_chars(count.data(), count.data() + count.size(), number);
   flow_.text(kind(), std::string(std::min(number, most), ' '));
-  after_blank_ = true;
+  places_.back().after_blank = true;
 }
 
 /// Some writers store a cell's value and leave out the paragraph that shows it.
@@ -256,29 +260,26 @@ bool OdfHandler::open_text(OdfTag tag, XmlAttributes const& attributes) {
       if (!cells_.empty()) {
         cells_.back().has_paragraph = true;
       }
-      ++paragraph_depth_;
-      after_blank_ = true;
+      ++places_.back().text_depth;
+      places_.back().after_blank = true;
       return true;
     case OdfTag::description:
-      begin_kind(Orlec::ParseTextType_other);
-      ++paragraph_depth_;
-      return true;
     case OdfTag::phonetic:
-      begin_kind(Orlec::ParseTextType_other);
+      begin_kind(Orlec::ParseTextType_other, true);
       return true;
     case OdfTag::formula_text:
-      ++paragraph_depth_;
+      ++places_.back().text_depth;
       return true;
     case OdfTag::blanks:
       blanks(attributes.get("c"));
       return true;
     case OdfTag::tab:
       flow_.text(kind(), "\t");
-      after_blank_ = true;
+      places_.back().after_blank = true;
       return true;
     case OdfTag::line_break:
       flow_.text(kind(), "\n");
-      after_blank_ = true;
+      places_.back().after_blank = true;
       return true;
     default:
       return false;
@@ -318,8 +319,7 @@ bool OdfHandler::open_block(OdfTag tag, XmlName const& name, XmlAttributes const
       begin_kind(Orlec::ParseTextType_hf);
       break;
     case OdfTag::declaration:
-      begin_kind(Orlec::ParseTextType_hf);
-      ++paragraph_depth_;
+      begin_kind(Orlec::ParseTextType_hf, true);
       break;
     case OdfTag::frame:
       return attributes.get("placeholder") != "true" || part_ == OdfPart::content;
@@ -353,17 +353,12 @@ bool OdfHandler::open(OdfTag tag, XmlName const& name, XmlAttributes const& attr
 void OdfHandler::close(OdfTag tag) {
   switch (tag) {
     case OdfTag::paragraph:
-      --paragraph_depth_;
+      --places_.back().text_depth;
       flow_.separate(kind(), '\n');
       break;
     case OdfTag::formula_text:
-      --paragraph_depth_;
+      --places_.back().text_depth;
       flow_.separate(kind(), ' ');
-      break;
-    case OdfTag::description:
-    case OdfTag::declaration:
-      --paragraph_depth_;
-      end_kind();
       break;
     case OdfTag::master_page:
       --master_depth_;
@@ -376,6 +371,8 @@ void OdfHandler::close(OdfTag tag) {
     case OdfTag::speaker_notes:
     case OdfTag::header_footer:
     case OdfTag::phonetic:
+    case OdfTag::description:
+    case OdfTag::declaration:
       end_kind();
       break;
     case OdfTag::text_box:
@@ -398,20 +395,20 @@ void OdfHandler::collapsed(std::string_view utf8) {
     auto const length = static_cast<std::size_t>(word_end - utf8.begin());
     if (length > 0) {
       flow_.text(kind(), utf8.substr(0, length));
-      after_blank_ = false;
+      places_.back().after_blank = false;
       utf8.remove_prefix(length);
       continue;
     }
-    if (!after_blank_) {
+    if (!places_.back().after_blank) {
       flow_.text(kind(), " ");
-      after_blank_ = true;
+      places_.back().after_blank = true;
     }
     utf8.remove_prefix(std::min(utf8.find_first_not_of(" \t\r\n"), utf8.size()));
   }
 }
 
 void OdfHandler::text(std::string_view utf8) {
-  if (paragraph_depth_ > 0 && is_shown()) {
+  if (places_.back().text_depth > 0 && is_shown()) {
     collapsed(utf8);
   }
 }
