@@ -223,7 +223,8 @@ INSTANTIATE_TEST_SUITE_P(
                     L"#a", L"%", L"%41", L"%%41", L"%{", L"%{41}", L"%{}", L"100%", L"%\n4",
                     L"\"quoted\"", L"<<<EOT", L"a\\", L"\xFEFF", L"\x01\x7F", L"\x2028\x85",
                     std::wstring(L"a\0b", 3), std::wstring{wchar_t(0xDC80), wchar_t(0xD800)},
-                    std::wstring{wchar_t(0x110000), wchar_t(0xFFFFFFFF)}, L"中文 😀"));
+                    std::wstring{wchar_t(0x110000), wchar_t(0xFFFFFFFF)}, L"中文 😀"),
+    [](auto const& text) { return "text_" + std::to_string(text.index); });
 
 TEST_F(IniFile, a_file_that_cannot_be_read_is_not_overwritten) {
   std::filesystem::create_directory(directory_.path() / "box.ini");

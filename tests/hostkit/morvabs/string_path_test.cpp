@@ -1,3 +1,6 @@
+#include <ostream>
+#include <string>
+
 #include <gtest/gtest.h>
 
 #include "host/HString.h"
@@ -10,6 +13,10 @@ struct PathParts {
   wchar_t const* name_without_suffix;
   wchar_t const* directory;
 };
+
+void PrintTo(PathParts const& parts, std::ostream* out) {
+  *out << testing::PrintToString(std::wstring(parts.path));
+}
 
 class HStringPath : public testing::TestWithParam<PathParts> {};
 

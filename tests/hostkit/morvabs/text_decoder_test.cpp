@@ -1,5 +1,6 @@
 #include "morvabs/text_decoder.h"
 
+#include <ostream>
 #include <string>
 #include <string_view>
 
@@ -127,6 +128,10 @@ struct MarkedText {
   char const* encoding;
 };
 
+void PrintTo(MarkedText const& text, std::ostream* out) {
+  *out << text.encoding;
+}
+
 class ByteOrderMark : public testing::TestWithParam<MarkedText> {};
 
 TEST_P(ByteOrderMark, decides) {
@@ -196,6 +201,10 @@ struct LegacyText {
   char const* utf8;
 };
 
+void PrintTo(LegacyText const& text, std::ostream* out) {
+  *out << text.name;
+}
+
 class LegacyEncoding : public testing::TestWithParam<LegacyText> {};
 
 TEST_P(LegacyEncoding, is_detected_and_decoded) {
@@ -255,8 +264,7 @@ INSTANTIATE_TEST_SUITE_P(
                    "Καλημέρα κόσμε, αυτό είναι ένα ελληνικό κείμενο με λέξεις."},
         LegacyText{"ShortGb18030", "\xC5\xE4\xD6\xC3\xCB\xB5\xC3\xF7", "配置说明"},
         LegacyText{"ShortLatin", "caf\xE9", "café"},
-        LegacyText{"FullWidthDigits", "\xA3\xB1\xA3\xB9\xA3\xB9\xA3\xB3", "１９９３"}),
-    [](auto const& text) { return std::string(text.param.name); });
+        LegacyText{"FullWidthDigits", "\xA3\xB1\xA3\xB9\xA3\xB9\xA3\xB3", "１９９３"}));
 
 TEST(DecodeText, drops_the_mark) {
   EXPECT_EQ(morvabs::decode_text("\xEF\xBB\xBFtext"), "text");
