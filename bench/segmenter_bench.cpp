@@ -95,7 +95,7 @@ class Counter : public TokenSink {
 
 void map_dictionary(benchmark::State& state) {
   std::string const path = dictionary_path();
-  for (auto _ : state) {
+  while (state.KeepRunning()) {
     Dictionary dictionary;
     benchmark::DoNotOptimize(dictionary.open(path));
     Lexicon const words(dictionary);
@@ -106,7 +106,7 @@ void map_dictionary(benchmark::State& state) {
 void cut_whole(benchmark::State& state, Text const& text) {
   Segmenter segmenter(lexicon());
   Counter counter;
-  for (auto _ : state) segmenter.cut(text.wide, counter);
+  while (state.KeepRunning()) segmenter.cut(text.wide, counter);
   state.SetBytesProcessed(state.iterations() * text.bytes);
   state.counters["tokens"] =
       benchmark::Counter(static_cast<double>(counter.count), benchmark::Counter::kIsRate);
@@ -115,7 +115,7 @@ void cut_whole(benchmark::State& state, Text const& text) {
 void cut_lines(benchmark::State& state, Text const& text) {
   Segmenter segmenter(lexicon());
   Counter counter;
-  for (auto _ : state) {
+  while (state.KeepRunning()) {
     std::wstring_view rest = text.wide;
     while (!rest.empty()) {
       std::size_t const end = std::min(rest.find(L'\n'), rest.size() - 1) + 1;
@@ -129,7 +129,7 @@ void cut_lines(benchmark::State& state, Text const& text) {
 void rank_words(benchmark::State& state, Text const& text) {
   static StopWords const* const stop_words = new StopWords;
   Segmenter segmenter(lexicon());
-  for (auto _ : state) {
+  while (state.KeepRunning()) {
     TextRank text_rank(*stop_words);
     segmenter.cut(text.wide, text_rank);
     benchmark::DoNotOptimize(text_rank.rank(static_cast<std::size_t>(state.range(0))));

@@ -18,8 +18,8 @@ void HStutterDict::set_dict_path(HString const& directory) {
 }
 
 bool HStutterDict::is_exist_dict() const {
-  HString path = mstr_dict_path;
-  if (path.not_empty()) path.dir_fit(true);
-  auto const native = morvabs::to_path(path + HString(morvajieba::dictionary_name));
-  return native && morvajieba::Dictionary::is_usable(*native);
+  auto const directory = morvabs::to_path(mstr_dict_path);
+  return directory && !directory->empty() &&
+         morvajieba::Dictionary::is_usable(
+             morvajieba::join(*directory, morvajieba::dictionary_name));
 }

@@ -5,7 +5,7 @@
 namespace morvajieba {
 
 wchar_t to_lower(wchar_t character) {
-  auto const code = static_cast<std::uint32_t>(character);
+  std::uint32_t const code = code_point(character);
   if (code < 0x80)
     return code - 'A' <= 'Z' - 'A' ? static_cast<wchar_t>(character + 32) : character;
   if (is_han(character)) return character;

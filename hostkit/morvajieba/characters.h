@@ -33,8 +33,13 @@ MORVA_EXPORT extern std::uint8_t const character_pages[][256];
 extern LowerCase const lower_case_mappings[];
 extern std::uint32_t const lower_case_count;
 
+/// A character as its unsigned value; `wchar_t` is signed on some platforms.
+inline std::uint32_t code_point(wchar_t character) {
+  return static_cast<std::uint32_t>(character);
+}
+
 inline bool is_full_width(wchar_t character) {
-  return static_cast<std::uint32_t>(character) - 0xFF01u <= 0xFF5Eu - 0xFF01u;
+  return code_point(character) - 0xFF01u <= 0xFF5Eu - 0xFF01u;
 }
 
 /// The ASCII form of a full-width form; any other character as it is.
@@ -43,12 +48,12 @@ inline wchar_t fold_width(wchar_t character) {
 }
 
 inline bool is_han(wchar_t character) {
-  return static_cast<std::uint32_t>(character) - first_han < han_count;
+  return code_point(character) - first_han < han_count;
 }
 
 /// Any 32-bit value may be asked for; what is no code point is `other`.
 inline CharacterClass classify(wchar_t character) {
-  auto const code = static_cast<std::uint32_t>(character);
+  std::uint32_t const code = code_point(character);
   if (code - first_han < han_count) return CharacterClass::han;
   if (code > 0x10FFFF) return CharacterClass::other;
   return static_cast<CharacterClass>(character_pages[character_page_index[code >> 8]][code & 0xFF]);

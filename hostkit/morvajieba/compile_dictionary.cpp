@@ -108,7 +108,11 @@ class TableReader {
     position_ = text_.find("P={");
     if (position_ == std::string::npos) throw std::runtime_error("no table in " + path);
     position_ += 2;
+  }
+
+  void read() {
     read_dictionary();
+    if (numbers_ == 0) throw std::runtime_error("empty table");
   }
 
  private:
@@ -121,6 +125,7 @@ class TableReader {
         read_dictionary();
       } else {
         receiver_(keys_, read_value());
+        ++numbers_;
       }
       keys_.pop_back();
       if (peek() == ',') ++position_;
@@ -159,7 +164,13 @@ class TableReader {
   Receiver receiver_;
   std::size_t position_ = 0;
   std::vector<char32_t> keys_;
+  std::size_t numbers_ = 0;
 };
+
+void read_table(std::string const& path, TableReader::Receiver receiver) {
+  TableReader reader(path, std::move(receiver));
+  reader.read();
+}
 
 State state_of(char32_t letter) {
   switch (letter) {
@@ -273,6 +284,7 @@ class Numbering {
 void add_frequencies(DictionaryFile& file, std::vector<std::uint64_t> frequencies) {
   frequencies.resize(std::bit_ceil(frequencies.size()), 0);
   std::vector<double> logs;
+  logs.reserve(frequencies.size());
   for (std::uint64_t const frequency : frequencies) {
     logs.push_back(frequency == 0 ? 0.0 : exact_log(static_cast<double>(frequency)));
   }
@@ -322,14 +334,14 @@ std::size_t add_words(DictionaryFile& file, WordList const& list) {
 }
 
 void add_model(DictionaryFile& file, std::string const& directory) {
-  std::vector<double> model(state_count * (state_count + 1), impossible);
+  std::vector<double> model(std::size_t{state_count} * (state_count + 1), impossible);
   std::vector<double> emission(static_cast<std::size_t>(han_count) * state_count, impossible);
-  TableReader(directory + "prob_start.py",
-              [&](auto const& keys, double value) { model.at(state_of(keys.at(0))) = value; });
-  TableReader(directory + "prob_trans.py", [&](auto const& keys, double value) {
+  read_table(directory + "prob_start.py",
+             [&](auto const& keys, double value) { model.at(state_of(keys.at(0))) = value; });
+  read_table(directory + "prob_trans.py", [&](auto const& keys, double value) {
     model.at(state_count * (state_of(keys.at(0)) + 1u) + state_of(keys.at(1))) = value;
   });
-  TableReader(directory + "prob_emit.py", [&](auto const& keys, double value) {
+  read_table(directory + "prob_emit.py", [&](auto const& keys, double value) {
     State const state = state_of(keys.at(0));
     if (!is_han(static_cast<wchar_t>(keys.at(1)))) return;
     emission.at(state_count * (keys.at(1) - first_han) + state) = value;

@@ -69,7 +69,7 @@ bool has_good_sizes(DictionaryHeader const& header) {
          std::has_single_bit(count(section_log_values)) && count(section_log_values) <= 0x10000 &&
          count(section_frequencies) == count(section_log_values) && count(section_tags) <= 0x100 &&
          count(section_emission) == han_count &&
-         count(section_model) == state_count * (state_count + 1);
+         count(section_model) == std::uint64_t{state_count} * (state_count + 1);
 }
 
 bool is_good(DictionaryHeader const& header, std::uint64_t file_bytes) {

@@ -38,7 +38,7 @@ class MORVA_EXPORT Dictionary {
 
   /// Code of a Han, `ascii` or `joiner` character in its ASCII form.
   std::uint16_t code(wchar_t character) const {
-    auto const value = static_cast<std::uint32_t>(character);
+    std::uint32_t const value = code_point(character);
     return codes_[value < 0x80 ? han_count + value : value - first_han];
   }
   /// The child of the node with this base; false, and `node` untouched, where there is none.
@@ -57,7 +57,7 @@ class MORVA_EXPORT Dictionary {
 
   /// Log probability of a Han character in each state.
   double const* emission(wchar_t han) const {
-    return emission_ + state_count * (static_cast<std::uint32_t>(han) - first_han);
+    return emission_ + std::size_t{state_count} * (code_point(han) - first_han);
   }
   double start(State state) const { return model_[state]; }
   double transition(State from, State to) const { return model_[state_count * (from + 1u) + to]; }

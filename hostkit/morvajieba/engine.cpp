@@ -21,10 +21,6 @@ constexpr std::int64_t most_text_bytes = std::int64_t{1} << 30;
 constexpr std::int64_t chunk_bytes = std::int64_t{1} << 20;
 constexpr int piece_characters = 1 << 16;
 
-std::string join(std::string const& directory, char const* name) {
-  return directory.empty() || directory.ends_with('/') ? directory + name : directory + '/' + name;
-}
-
 std::string encoding_of(std::string_view bytes, std::size_t& mark_length) {
   morvabs::DetectedEncoding const found = morvabs::detect_encoding(bytes);
   mark_length = found.mark_length;
@@ -33,6 +29,10 @@ std::string encoding_of(std::string_view bytes, std::size_t& mark_length) {
 }
 
 }  // namespace
+
+std::string join(std::string const& directory, char const* name) {
+  return directory.ends_with('/') ? directory + name : directory + '/' + name;
+}
 
 FileStamp FileStamp::of(std::string const& path) {
   struct stat status {};
@@ -52,7 +52,8 @@ bool Engine::load(std::string const& directory) {
   Stamps const stamps = stamps_of(directory);
   if (directory == directory_ && stamps == stamps_ && lexicon_) return true;
   lexicon_.reset();
-  if (!dictionary_.open(join(directory, dictionary_name))) return false;
+  // An empty path would mean the root directory.
+  if (directory.empty() || !dictionary_.open(join(directory, dictionary_name))) return false;
   lexicon_.emplace(dictionary_);
   stop_words_.emplace();
   std::string content;

@@ -19,6 +19,9 @@ inline constexpr char dictionary_name[] = "morvajieba.dict";
 inline constexpr char user_words_name[] = "user.dict";
 inline constexpr char stop_words_name[] = "stop_words";
 
+/// The path of a file in a directory.
+std::string join(std::string const& directory, char const* name);
+
 /// What tells one state of a file from another.
 struct FileStamp {
   bool exists = false;

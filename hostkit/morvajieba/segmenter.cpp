@@ -217,9 +217,9 @@ void Segmenter::emit_path_without_model(std::wstring_view block) {
 /// Single characters in a row: a word that lost against its characters stays cut, anything else is
 /// unknown.
 void Segmenter::emit_singles(std::wstring_view singles) {
-  if (singles.size() <= 1) {
-    emit_each(singles);
-  } else if (singles.size() <= lexicon_->longest() && lexicon_->find(singles).frequency != 0) {
+  bool const stays_cut = singles.size() <= 1 || (singles.size() <= lexicon_->longest() &&
+                                                 lexicon_->find(singles).frequency != 0);
+  if (stays_cut) {
     emit_each(singles);
   } else {
     emit_unknown(singles);

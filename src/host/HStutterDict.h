@@ -5,9 +5,12 @@
 
 /// Knows where the dictionaries of the segmenter lie: the compiled dictionary "morvajieba.dict",
 /// and beside it, both optional, "user.dict" (own words, jieba's format: word, frequency, tag) and
-/// "stop_words" (one per line, in addition to those built in).
+/// "stop_words" (one per line, in addition to those built in). All of them are to be replaced by
+/// renaming a new file over the old one: the dictionary is mapped while it is used.
 class MORVA_EXPORT HStutterDict {
  public:
+  /// The dictionaries' directory, with or without a separator at its end; empty, which means that
+  /// there are none, until it is set.
   HString mstr_dict_path;
 
   /// The singleton; both names give the same object.

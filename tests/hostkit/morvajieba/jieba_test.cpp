@@ -40,6 +40,7 @@ class JiebaTest : public ::testing::Test {
   }
   static std::vector<std::wstring> texts(std::vector<WordNode> const& words) {
     std::vector<std::wstring> result;
+    result.reserve(words.size());
     for (WordNode const& word : words) result.push_back(wide(word.word));
     return result;
   }
@@ -54,6 +55,7 @@ class JiebaTest : public ::testing::Test {
     std::vector<HString> tokens(2);
     HJieba::pins()->cut(text, tokens);
     std::vector<std::wstring> result;
+    result.reserve(tokens.size());
     for (HString const& token : tokens) result.push_back(wide(token));
     return result;
   }
@@ -87,6 +89,11 @@ TEST_F(HStutterDictTest, knows_that_a_directory_holds_none) {
   EXPECT_FALSE(HStutterDict::pins()->is_exist_dict());
 }
 
+TEST_F(HStutterDictTest, knows_no_dictionary_while_its_path_is_empty) {
+  HStutterDict::pins()->set_dict_path(HString());
+  EXPECT_FALSE(HStutterDict::pins()->is_exist_dict());
+}
+
 TEST_F(HStutterDictTest, takes_a_file_of_another_kind_for_none) {
   directory_.write("morvajieba.dict", std::string(4096, 'x'));
   EXPECT_FALSE(HStutterDict::pins()->is_exist_dict());
@@ -110,6 +117,11 @@ TEST_F(HJiebaTest, loads_a_dictionary) {
 TEST_F(HJiebaTest, does_not_load_where_there_is_none) {
   TemporaryDirectory const empty;
   HStutterDict::pins()->set_dict_path(empty.path());
+  EXPECT_NE(HJieba::pins()->Init(), 0);
+}
+
+TEST_F(HJiebaTest, does_not_load_while_the_path_is_empty) {
+  HStutterDict::pins()->set_dict_path(HString());
   EXPECT_NE(HJieba::pins()->Init(), 0);
 }
 

@@ -218,7 +218,8 @@ TEST_F(UserWords, may_hold_blanks_and_other_alphabets) {
 }
 
 TEST_F(UserWords, pass_over_lines_that_are_no_text) {
-  lexicon_.load_user_words(std::string_view("\xFF\xFE\x00\x01 5 n\n数据防泄漏 5 n\n", 32));
+  using std::literals::operator""sv;
+  lexicon_.load_user_words("\xFF\xFE\x00\x01 5 n\n数据防泄漏 5 n\n"sv);
   EXPECT_THAT(cut(L"数据防泄漏"), ElementsAre(L"数据防泄漏"));
 }
 

@@ -38,7 +38,7 @@ class TemporaryDirectory {
   HString path() const { return morvabs::from_path(path_); }
   /// Writes a file under a new inode, as a program that replaces files does.
   std::string write(std::string_view name, std::string_view content) const {
-    std::string const path = file(name);
+    std::string path = file(name);
     std::ofstream(path + ".new", std::ios::binary) << content;
     std::filesystem::rename(path + ".new", path);
     return path;

@@ -43,6 +43,7 @@ std::vector<RankedWord> rank(std::vector<std::wstring> const& tokens, std::size_
 
 std::vector<std::wstring> words_of(std::vector<RankedWord> const& ranked) {
   std::vector<std::wstring> words;
+  words.reserve(ranked.size());
   for (RankedWord const& word : ranked) words.push_back(word.text);
   return words;
 }
