@@ -48,7 +48,8 @@ TEST(Xml, entities_that_multiply_are_stopped) {
   std::string bytes = "<?xml version=\"1.0\"?><!DOCTYPE a [<!ENTITY e0 \"wordwordword\">";
   for (int i = 1; i < 30; ++i) {
     auto const inner = "&e" + std::to_string(i - 1) + ";";
-    bytes += "<!ENTITY e" + std::to_string(i) + " \"" + inner + inner + inner + inner + "\">";
+    bytes.append("<!ENTITY e").append(std::to_string(i)).append(" \"");
+    bytes.append(inner).append(inner).append(inner).append(inner).append("\">");
   }
   auto const parsed = parse_bytes(bytes + "]><a>&e29;</a>");
   EXPECT_NE(parsed.outcome, ParseOutcome::text);
