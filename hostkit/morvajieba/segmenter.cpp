@@ -295,7 +295,8 @@ void Segmenter::find_states(std::wstring_view han) {
   }
   State state = now[state_single] >= now[state_end] ? state_single : state_end;
   for (std::size_t i = han.size(); i-- > 1;) {
-    bool const takes_later = (states_[i] >> state & 1u) != 0;
+    unsigned const choices = states_[i];
+    bool const takes_later = (choices >> state & 1u) != 0;
     states_[i] = state;
     state = takes_later ? later_before[state] : earlier_before[state];
   }
