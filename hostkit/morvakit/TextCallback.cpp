@@ -87,6 +87,7 @@ struct TextLineCallback::State {
   std::int64_t others_room = 0;  ///< characters of all other kinds together
   std::string stop_reason;
 
+  Kind& kind(ParseTextType type) { return kinds[static_cast<std::size_t>(type)]; }
   bool write_main(std::string_view utf8);
 };
 
@@ -139,7 +140,7 @@ bool TextLineCallback::OnText(ParseTextType type, std::string_view utf8) {
   if (is_main && state_->output) {
     return state_->write_main(utf8);
   }
-  auto& kind = state_->kinds[type];
+  auto& kind = state_->kind(type);
   kind.exists = kind.exists || !utf8.empty();
   auto& room = is_main ? state_->main_room : state_->others_room;
   make_room(kind.text.text_, state_->limits.i_memory_chars);
@@ -152,7 +153,7 @@ bool TextLineCallback::OnText(ParseTextType type, std::string_view utf8) {
 }
 
 bool TextLineCallback::OnEnd(bool keep) {
-  auto& main = state_->kinds[ParseTextType_main];
+  auto& main = state_->kind(ParseTextType_main);
   main.exists = main.exists || keep;
   bool written = true;
   if (state_->output && keep) {
@@ -171,10 +172,10 @@ HString TextLineCallback::GetStopReason() const {
 }
 
 ParseText* TextLineCallback::GetTextByType(ParseTextType type) const {
-  if (!is_kind(type) || !state_->kinds[type].exists) {
+  if (!is_kind(type) || !state_->kind(type).exists) {
     return nullptr;
   }
-  return &state_->kinds[type].text;
+  return &state_->kind(type).text;
 }
 
 }  // namespace Orlec

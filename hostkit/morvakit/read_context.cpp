@@ -43,7 +43,7 @@ bool ReadContext::text(Orlec::ParseTextType type, std::string_view utf8) {
   if (utf8.empty()) {
     return true;
   }
-  last_character_[type] = utf8.back();
+  last_character_[static_cast<std::size_t>(type)] = utf8.back();
   has_main_text_ = has_main_text_ || type == Orlec::ParseTextType_main;
   if (callback_ == nullptr || callback_->OnText(type, utf8)) {
     return true;
@@ -57,7 +57,7 @@ bool ReadContext::text(Orlec::ParseTextType type, std::string_view utf8) {
 }
 
 bool ReadContext::separate(Orlec::ParseTextType type, char separator) {
-  char const last = last_character_[type];
+  char const last = last_character_[static_cast<std::size_t>(type)];
   if (last == '\0' || separation(last) >= separation(separator)) {
     return !ended_;
   }

@@ -17,7 +17,9 @@ class TextFlow {
   ReadContext& context() { return context_; }
 
   void text(Orlec::ParseTextType type, std::string_view utf8);
-  void separate(Orlec::ParseTextType type, char separator) { pending_[type] = separator; }
+  void separate(Orlec::ParseTextType type, char separator) {
+    pending_[static_cast<std::size_t>(type)] = separator;
+  }
   /// A line of its own.
   void line(Orlec::ParseTextType type, std::string_view utf8);
 
