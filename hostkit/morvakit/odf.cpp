@@ -215,11 +215,12 @@ void OdfHandler::blanks(std::string_view count) {
 
 /// Some writers store a cell's value and leave out the paragraph that shows it.
 void OdfHandler::cell_value(XmlAttributes const& attributes) {
+  constexpr std::size_t longest_value = std::size_t{32} << 10;
   Cell cell;
   for (auto const* const name :
        {"string-value", "date-value", "time-value", "boolean-value", "value"}) {
     if (cell.value.empty()) {
-      cell.value = attributes.get(name);
+      cell.value = attributes.get(name).substr(0, longest_value);
     }
   }
   cells_.push_back(std::move(cell));
@@ -248,7 +249,9 @@ void OdfHandler::object(XmlAttributes const& attributes) {
   } else if (address.substr(0, 1) == "#") {
     address.remove_prefix(1);
   }
-  if (!address.empty() && objects_.size() < most && known_objects_.emplace(address).second) {
+  bool const is_new =
+      !address.empty() && objects_.size() < most && known_objects_.emplace(address).second;
+  if (is_new && flow_.context().charge_memory(2 * address.size())) {
     objects_.emplace_back(address);
   }
 }

@@ -65,8 +65,9 @@ std::string resolve(std::string_view source, std::string_view target) {
 
 class RelationshipHandler final : public XmlHandler {
  public:
-  RelationshipHandler(std::string_view source, std::vector<Relationship>& found)
-      : source_(source), found_(found) {}
+  RelationshipHandler(ReadContext& context, std::string_view source,
+                      std::vector<Relationship>& found)
+      : context_(context), source_(source), found_(found) {}
 
  private:
   void start(XmlName const& name, XmlAttributes const& attributes) override {
@@ -75,6 +76,10 @@ class RelationshipHandler final : public XmlHandler {
     }
     bool const external = attributes.get("TargetMode") == "External";
     auto const target = attributes.get("Target");
+    if (!context_.charge_memory(sizeof(Relationship) + attributes.get("Id").size() + target.size() +
+                                source_.size())) {
+      return;
+    }
     found_.push_back({std::string(attributes.get("Id")),
                       std::string(last_piece(attributes.get("Type"))),
                       external ? std::string(target) : resolve(source_, target), external});
@@ -82,6 +87,7 @@ class RelationshipHandler final : public XmlHandler {
   void end(XmlName const& /*name*/) override {}
   void characters(std::string_view /*utf8*/) override {}
 
+  ReadContext& context_;
   std::string_view source_;
   std::vector<Relationship>& found_;
 };
@@ -119,7 +125,7 @@ std::vector<Relationship> OpenPackage::relationships(std::string_view part) {
   auto const name =
       std::string(part.substr(0, cut)) + "_rels/" + std::string(part.substr(cut)) + ".rels";
   std::vector<Relationship> found;
-  RelationshipHandler handler(part, found);
+  RelationshipHandler handler(context_, part, found);
   parse_part(container_, context_, name, handler);
   return found;
 }
@@ -141,14 +147,15 @@ void OpenPackage::parse_once(std::string const& part, XmlHandler& handler, PartF
   }
 }
 
-Relationship const* find_relationship(std::vector<Relationship> const& relationships,
-                                      std::string_view id) {
+RelationshipsById::RelationshipsById(std::vector<Relationship> const& relationships) {
   for (auto const& relationship : relationships) {
-    if (relationship.id == id) {
-      return &relationship;
-    }
+    by_id_.emplace(relationship.id, &relationship);
   }
-  return nullptr;
+}
+
+Relationship const* RelationshipsById::find(std::string_view id) const {
+  auto const found = by_id_.find(id);
+  return found == by_id_.end() ? nullptr : found->second;
 }
 
 std::string_view relation_id(XmlAttributes const& attributes, std::string_view local) {

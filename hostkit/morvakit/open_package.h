@@ -2,6 +2,7 @@
 
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <unordered_set>
 #include <vector>
 
@@ -65,9 +66,17 @@ class OpenPackage {
   std::unordered_set<std::string> parsed_;
 };
 
-/// The relationship of that id; null when there is none.
-Relationship const* find_relationship(std::vector<Relationship> const& relationships,
-                                      std::string_view id);
+/// Finds relationships by their id. They stay the caller's and have to outlive it.
+class RelationshipsById {
+ public:
+  explicit RelationshipsById(std::vector<Relationship> const& relationships);
+  /// The first relationship of that id; null when there is none.
+  Relationship const* find(std::string_view id) const;
+
+ private:
+  std::unordered_map<std::string_view, Relationship const*> by_id_;
+};
+
 /// The relationship id among an element's attributes.
 std::string_view relation_id(XmlAttributes const& attributes, std::string_view local = "id");
 

@@ -12,17 +12,22 @@ namespace {
 /// Collects the slides' relationship ids in the order of the show.
 class SlideListHandler final : public XmlHandler {
  public:
+  explicit SlideListHandler(ReadContext& context) : context_(context) {}
+
   std::vector<std::string> const& ids() const { return ids_; }
 
  private:
   void start(XmlName const& name, XmlAttributes const& attributes) override {
-    if (name.local == "sldId" && slide_space.is(name.space)) {
-      ids_.emplace_back(relation_id(attributes));
+    auto const id = relation_id(attributes);
+    if (name.local == "sldId" && slide_space.is(name.space) &&
+        context_.charge_memory(sizeof(std::string) + id.size())) {
+      ids_.emplace_back(id);
     }
   }
   void end(XmlName const& /*name*/) override {}
   void characters(std::string_view /*utf8*/) override {}
 
+  ReadContext& context_;
   std::vector<std::string> ids_;
 };
 
@@ -85,11 +90,12 @@ void read_pptx(Orlec::Reader const& reader, tessarine::Recognition const& /*reco
     return;
   }
   TextFlow flow(context);
-  SlideListHandler list;
+  SlideListHandler list(context);
   package.parse_once(presentation, list);
   auto const relationships = package.relationships(presentation);
+  RelationshipsById const by_id(relationships);
   for (auto const& id : list.ids()) {
-    auto const* const slide = find_relationship(relationships, id);
+    auto const* const slide = by_id.find(id);
     if (slide != nullptr && !slide->external && !package.was_parsed(slide->target)) {
       read_slide(package, slide->target, flow);
     }

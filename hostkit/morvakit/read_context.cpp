@@ -88,6 +88,13 @@ bool ReadContext::charge_expansion(std::int64_t packed, std::int64_t unpacked, s
   return !ended_;
 }
 
+bool ReadContext::charge_memory(std::size_t bytes) {
+  constexpr std::size_t most = std::size_t{256} << 20;
+  kept_ += bytes;
+  return kept_ <= most || end(Orlec::ParseOutcome::limit_reached,
+                              "lists of parts and styles over " + std::to_string(most) + " bytes");
+}
+
 bool ReadContext::end(Orlec::ParseOutcome outcome, std::string_view reason) {
   if (!ended_) {
     ended_ = true;

@@ -32,6 +32,10 @@ class ReadContext {
   /// far, `added` of them new. False, with the parse ended, when a bound is passed.
   bool charge_expansion(std::int64_t packed, std::int64_t unpacked, std::int64_t added);
 
+  /// Counts bytes that a reader keeps in memory of a list whose length the file decides. False,
+  /// with the parse ended, when all lists together are over their bound.
+  bool charge_memory(std::size_t bytes);
+
   /// Ends the parse with an outcome and a reason; the first call counts. Always returns false.
   bool end(Orlec::ParseOutcome outcome, std::string_view reason);
   /// Remembers a fault that does not stop the reading: the outcome, unless the parse ends with
@@ -51,6 +55,7 @@ class ReadContext {
   Clock::time_point deadline_;
   std::uint32_t calls_ = 0;
   std::int64_t expanded_ = 0;
+  std::size_t kept_ = 0;
   bool has_main_text_ = false;
   char last_character_[16] = {};
   bool ended_ = false;

@@ -64,7 +64,8 @@ struct Workbook {
 
 class WorkbookHandler final : public XmlHandler {
  public:
-  explicit WorkbookHandler(Workbook& workbook) : workbook_(workbook) {}
+  WorkbookHandler(ReadContext& context, Workbook& workbook)
+      : context_(context), workbook_(workbook) {}
 
  private:
   void start(XmlName const& name, XmlAttributes const& attributes) override {
@@ -72,8 +73,11 @@ class WorkbookHandler final : public XmlHandler {
       return;
     }
     if (name.local == "sheet") {
-      workbook_.sheets.push_back(
-          {std::string(attributes.get("name")), std::string(relation_id(attributes))});
+      Workbook::Sheet sheet{std::string(attributes.get("name")),
+                            std::string(relation_id(attributes))};
+      if (context_.charge_memory(sizeof sheet + sheet.name.size() + sheet.relation.size())) {
+        workbook_.sheets.push_back(std::move(sheet));
+      }
     } else if (name.local == "workbookPr") {
       auto const value = attributes.get("date1904");
       workbook_.from_1904 = value == "1" || value == "true";
@@ -82,16 +86,22 @@ class WorkbookHandler final : public XmlHandler {
   void end(XmlName const& /*name*/) override {}
   void characters(std::string_view /*utf8*/) override {}
 
+  ReadContext& context_;
   Workbook& workbook_;
 };
 
 /// Finds out what the cell styles make of numbers.
 class StyleHandler final : public XmlHandler {
  public:
-  explicit StyleHandler(Workbook& workbook) : workbook_(workbook) {}
+  StyleHandler(ReadContext& context, Workbook& workbook) : context_(context), workbook_(workbook) {}
 
  private:
   void start(XmlName const& name, XmlAttributes const& attributes) override {
+    constexpr std::size_t about_one_entry = 64;
+    bool const is_format = name.local == "numFmt" || name.local == "xf";
+    if (is_format && !context_.charge_memory(about_one_entry)) {
+      return;
+    }
     if (name.local == "numFmt") {
       custom_[to_number(attributes.get("numFmtId"), -1)] =
           kind_of_format(attributes.get("formatCode"));
@@ -109,6 +119,7 @@ class StyleHandler final : public XmlHandler {
   }
   void characters(std::string_view /*utf8*/) override {}
 
+  ReadContext& context_;
   Workbook& workbook_;
   std::unordered_map<int, NumberKind> custom_;
   bool in_cell_styles_ = false;
@@ -386,7 +397,7 @@ void read_workbook_parts(OpenPackage& package, std::vector<Relationship> const& 
                          Workbook& workbook, SharedStrings& strings) {
   for (auto const& relationship : relationships) {
     if (relationship.type == "styles") {
-      StyleHandler handler(workbook);
+      StyleHandler handler(package.context(), workbook);
       package.parse_once(relationship.target, handler);
     } else if (relationship.type == "sharedStrings") {
       if (auto const index = package.container().find(relationship.target)) {
@@ -412,14 +423,15 @@ void read_xlsx(Orlec::Reader const& reader, tessarine::Recognition const& /*reco
   }
   TextFlow flow(context);
   Workbook workbook;
-  WorkbookHandler handler(workbook);
+  WorkbookHandler handler(context, workbook);
   package.parse_once(part, handler);
   auto const relationships = package.relationships(part);
   SharedStrings strings(context);
   read_workbook_parts(package, relationships, workbook, strings);
+  RelationshipsById const by_id(relationships);
   for (auto const& sheet : workbook.sheets) {
     flow.line(Orlec::ParseTextType_main, sheet.name);
-    auto const* const target = find_relationship(relationships, sheet.relation);
+    auto const* const target = by_id.find(sheet.relation);
     if (target != nullptr && !target->external && !package.was_parsed(target->target)) {
       SheetHandler cells(flow, workbook, strings);
       package.parse_once(target->target, cells);

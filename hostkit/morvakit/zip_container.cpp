@@ -119,36 +119,52 @@ std::uint64_t little_endian(unsigned char const* bytes, int count) {
   return value;
 }
 
-/// The largest number of entries that a 64-bit end record claims, 0 without one. The ZIP library
-/// makes room for as many as are claimed, so that the claim has to be checked first.
-std::uint64_t claimed_entries(Orlec::Reader const& reader) {
-  constexpr std::int64_t longest_tail = 65535 + 22 + 20;
-  constexpr std::array<unsigned char, 4> locator_mark{'P', 'K', 6, 7};
+/// What the end of a container says about its directory.
+struct DirectoryClaim {
+  std::uint64_t entries = 0;
+  std::uint64_t bytes = 0;
+};
+
+constexpr std::size_t end_size = 22;
+constexpr std::size_t locator_size = 20;
+constexpr std::size_t large_end_size = 56;
+
+/// The record behind a locator, which takes the end record's place where its fields are too small.
+void add_large_claim(Orlec::Reader const& reader, std::uint64_t offset, DirectoryClaim& claim) {
+  std::array<unsigned char, large_end_size> record{};
+  constexpr auto size = static_cast<std::int64_t>(large_end_size);
+  if (offset < static_cast<std::uint64_t>(reader.GetSize()) &&
+      reader.ReadAt(static_cast<std::int64_t>(offset), record.data(), size) == size) {
+    claim.entries = std::max({claim.entries, little_endian(record.data() + 24, 8),
+                              little_endian(record.data() + 32, 8)});
+    claim.bytes = std::max(claim.bytes, little_endian(record.data() + 40, 8));
+  }
+}
+
+/// The largest directory that any end record in the container's last bytes claims. The ZIP library
+/// makes room for what is claimed, so that the claim has to be checked first.
+DirectoryClaim find_claim(Orlec::Reader const& reader) {
+  constexpr std::int64_t longest_tail = 65535 + end_size + locator_size;
   auto const size = reader.GetSize();
   auto const start = std::max<std::int64_t>(0, size - longest_tail);
   std::vector<unsigned char> tail(static_cast<std::size_t>(size - start));
   auto const got = reader.ReadAt(start, tail.data(), size - start);
-  if (got <= 0) {
-    return 0;
-  }
-  tail.resize(static_cast<std::size_t>(got));
-  std::uint64_t most = 0;
-  auto at = tail.cbegin();
-  while ((at = std::search(at, tail.cend(), locator_mark.begin(), locator_mark.end())) !=
-         tail.cend()) {
-    if (tail.cend() - at >= 20) {
-      auto const offset = little_endian(&*at + 8, 8);
-      std::array<unsigned char, 56> record{};
-      if (offset < static_cast<std::uint64_t>(size) &&
-          reader.ReadAt(static_cast<std::int64_t>(offset), record.data(), record.size()) ==
-              static_cast<std::int64_t>(record.size())) {
-        most = std::max(
-            {most, little_endian(record.data() + 24, 8), little_endian(record.data() + 32, 8)});
-      }
+  tail.resize(static_cast<std::size_t>(std::max<std::int64_t>(got, 0)));
+  DirectoryClaim claim;
+  for (std::size_t at = 0; at + locator_size <= tail.size(); ++at) {
+    auto const* const here = tail.data() + at;
+    if (here[0] != 'P' || here[1] != 'K') {
+      continue;
     }
-    ++at;
+    if (here[2] == 6 && here[3] == 7) {
+      add_large_claim(reader, little_endian(here + 8, 8), claim);
+    } else if (here[2] == 5 && here[3] == 6) {
+      constexpr std::uint64_t stands_elsewhere = 0xFFFFFFFF;
+      auto const bytes = little_endian(here + 12, 4);
+      claim.bytes = std::max(claim.bytes, bytes == stands_elsewhere ? 0 : bytes);
+    }
   }
-  return most;
+  return claim;
 }
 
 }  // namespace
@@ -235,8 +251,15 @@ ZipContainer::ZipContainer(Orlec::Reader const& reader, ReadContext& context)
     context.end(ParseOutcome::limit_reached,
                 "a container of over " + std::to_string(most) + " entries");
   };
-  if (claimed_entries(reader) > most) {
+  constexpr std::uint64_t largest_directory = std::uint64_t{64} << 20;
+  auto const claim = find_claim(reader);
+  if (claim.entries > most) {
     refuse();
+    return;
+  }
+  if (claim.bytes > largest_directory) {
+    context.end(ParseOutcome::limit_reached,
+                "a ZIP directory over " + std::to_string(largest_directory) + " bytes");
     return;
   }
   if (!archive_->open(context)) {
