@@ -216,3 +216,11 @@ TEST(Encodings, a_part_that_claims_utf16_and_is_utf8_is_read) {
   part.replace(part.find("UTF-8"), 5, "UTF-16");
   EXPECT_EQ(test::parse_bytes(word_with_body_part(part, {})).main(), "é");
 }
+
+TEST(Hostile, a_directory_that_claims_to_be_huge_is_not_read) {
+  auto bytes = OfficeDocument::word(run("x")).bytes();
+  bytes.replace(bytes.size() - 10, 4, test::little(std::uint64_t{100} << 20, 4));
+  auto const parsed = test::parse_bytes(bytes);
+  EXPECT_TRUE(!parsed.has_parser || parsed.outcome == ParseOutcome::limit_reached ||
+              parsed.outcome == ParseOutcome::damaged);
+}
