@@ -1,6 +1,7 @@
 #include "morvakit/pdf_component.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <exception>
 #include <memory>
 #include <mutex>
@@ -110,6 +111,60 @@ std::string without_ligatures(std::string_view utf8) {
   return text;
 }
 
+/// Gathers the text of a page, and knows when a page asks for more than a page can want.
+class PageDevice final : public TextOutputDev {
+ public:
+  /// In reading order, finding columns and lines takes time that grows with the square of their
+  /// number; in the order of the file it takes none.
+  PageDevice(TextOutputFunc output, void* target, PdfSink& sink, bool is_reading_order)
+      : TextOutputDev(output, target, false, 0.0, !is_reading_order),
+        sink_(sink),
+        character_limit_(is_reading_order ? ordered_limit : unordered_limit) {
+    setTextEOL(eolUnix);
+    setTextPageBreaks(false);
+  }
+
+  bool is_crowded() const { return characters_ > character_limit_; }
+  bool stop_wanted() { return is_crowded() || depth_ > saved_state_limit || !sink_.keep_going(); }
+
+  void drawChar(GfxState* state, double x, double y, double dx, double dy, double origin_x,
+                double origin_y, CharCode code, int bytes, Unicode const* characters,
+                int count) override {
+    if (++characters_ <= character_limit_) {
+      TextOutputDev::drawChar(state, x, y, dx, dy, origin_x, origin_y, code, bytes, characters,
+                              count);
+    }
+  }
+  /// Forms may contain forms, so that few bytes ask for endless work: said to be drawn by this
+  /// device, which draws nothing, they end at once when it is to stop.
+  bool useDrawForm() override { return ++forms_ > form_limit || stop_wanted(); }
+  void saveState(GfxState* state) override {
+    ++depth_;
+    TextOutputDev::saveState(state);
+  }
+  void restoreState(GfxState* state) override {
+    --depth_;
+    TextOutputDev::restoreState(state);
+  }
+  void endPage() override {
+    if (!is_crowded() || character_limit_ == unordered_limit) {
+      TextOutputDev::endPage();
+    }
+  }
+
+ private:
+  static constexpr std::int64_t ordered_limit = 60000;
+  static constexpr std::int64_t unordered_limit = 2000000;
+  static constexpr std::int64_t saved_state_limit = 10000;
+  static constexpr std::int64_t form_limit = 100000;
+
+  PdfSink& sink_;
+  std::int64_t character_limit_;
+  std::int64_t characters_ = 0;
+  std::int64_t depth_ = 0;
+  std::int64_t forms_ = 0;
+};
+
 class DocumentText {
  public:
   DocumentText(PDFDoc& document, PdfSink& sink) : document_(document), sink_(sink) {}
@@ -155,9 +210,7 @@ class DocumentText {
     }
   }
 
-  static bool stop_wanted(void* self) {
-    return !static_cast<DocumentText*>(self)->sink_.keep_going();
-  }
+  static bool stop_wanted(void* device) { return static_cast<PageDevice*>(device)->stop_wanted(); }
 
   /// What the annotations say is told on its own; drawn as well, it would stand in the main text
   /// too.
@@ -172,26 +225,34 @@ class DocumentText {
     document.page_text_.append(text, static_cast<std::size_t>(length));
   }
 
+  /// Fills the text of the page; true when it has more characters than the order of reading allows.
+  bool draw(int number, bool in_reading_order) {
+    constexpr double resolution = 72.0;
+    page_text_.clear();
+    PageDevice device(take_output, this, sink_, in_reading_order);
+    document_.displayPage(&device, number, resolution, resolution, 0, true, false, false,
+                          stop_wanted, &device, is_part_of_page, this);
+    return device.is_crowded();
+  }
+
   void read_page(int number) {
     auto* const page = document_.getPage(number);
     if (page == nullptr) {
       return;
     }
     has_page_ = true;
-    page_text_.clear();
-    {
-      TextOutputDev output(take_output, this, false, 0.0, false);
-      output.setTextEOL(eolUnix);
-      output.setTextPageBreaks(false);
-      constexpr double resolution = 72.0;
-      document_.displayPage(&output, number, resolution, resolution, 0, true, false, false,
-                            stop_wanted, this, is_part_of_page, this);
+    auto is_crowded = draw(number, true);
+    if (is_crowded) {
+      is_crowded = draw(number, false);
     }
     auto text = without_ligatures(page_text_);
     text.resize(text.find_last_not_of(" \n\t") + 1);
     if (!text.empty()) {
       has_main_text_ = true;
       add_line(Orlec::ParseTextType_main, text);
+    }
+    if (is_crowded) {
+      sink_.end(Orlec::ParseOutcome::limit_reached, "a page has too many characters");
     }
     read_annotations(*page);
     read_fields(*page);

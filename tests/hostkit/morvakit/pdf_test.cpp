@@ -164,6 +164,44 @@ TEST(Pdf, a_tree_of_pages_that_contains_itself_ends) {
   EXPECT_EQ(parse_bytes(pdf.bytes()).outcome, ParseOutcome::damaged);
 }
 
+TEST(Pdf, a_page_crowded_with_words_is_read_in_the_order_of_the_file) {
+  std::string content;
+  for (int i = 0; i < 30000; ++i) {
+    content += show("word", 700 - i % 600);
+  }
+  auto const parsed = parse_bytes(one_page(content).bytes());
+  EXPECT_EQ(parsed.outcome, ParseOutcome::text);
+  EXPECT_GT(parsed.main().size(), 100000U);
+}
+
+TEST(Pdf, states_saved_without_end_are_stopped) {
+  auto content = show("before");
+  for (int i = 0; i < 200000; ++i) {
+    content += "q ";
+  }
+  EXPECT_EQ(parse_bytes(one_page(content).bytes()).main(), "before");
+}
+
+TEST(Pdf, forms_that_multiply_are_stopped) {
+  auto const form = [](int next) {
+    return "/Type/XObject/Subtype/Form/BBox[0 0 9 9]/Resources<</XObject<</X " +
+           std::to_string(next) + " 0 R>>>>";
+  };
+  test::PdfBuilder crowded;
+  crowded.add("<</Type/Catalog/Pages 2 0 R>>");
+  crowded.add("<</Type/Pages/Kids[3 0 R]/Count 1>>");
+  crowded.add(
+      "<</Type/Page/Parent 2 0 R/MediaBox[0 0 600 800]/Contents 4 0 R/Resources<</Font<</F1 5 0 R>>"
+      "/XObject<</X 6 0 R>>>>>>");
+  crowded.add_stream(show("before") + "/X Do");
+  crowded.add(helvetica);
+  for (int next = 7; next < 22; ++next) {
+    crowded.add_stream("/X Do /X Do /X Do /X Do /X Do /X Do /X Do /X Do", form(next));
+  }
+  crowded.add_stream("q Q", "/Type/XObject/Subtype/Form/BBox[0 0 9 9]");
+  EXPECT_EQ(parse_bytes(crowded.bytes()).main(), "before");
+}
+
 TEST(Pdf, truncations_and_random_changes_are_survived) {
   auto const bytes = one_page(show("some text here")).bytes();
   for (std::size_t length = 10; length < bytes.size(); length += 7) {
