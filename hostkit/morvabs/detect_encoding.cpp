@@ -202,10 +202,32 @@ double ordinary_share(std::wstring_view text) {
     bool const is_letter = (c >= 0xA0 && c < 0x700) || (c >= 0xE00 && c < 0xE80);
     bool const is_east_asian =
         (c >= 0x3000 && c < 0x3100) || (c >= 0x4E00 && c < 0xA000) || (c >= 0xAC00 && c < 0xD7A4);
-    bool const is_symbol = (c >= 0x2000 && c < 0x2070) || (c >= 0xFF00 && c < 0xFFF0) || c > 0xFFFF;
+    bool const is_symbol =
+        (c >= 0x2000 && c < 0x2070) || (c >= 0xFF00 && c < 0xFFF0) || (c >= 0x1F000 && c < 0x30000);
     score += is_ascii ? 2 : (is_letter || is_east_asian || is_symbol ? 1 : 0);
   }
   return text.empty() ? 0 : static_cast<double>(score) / static_cast<double>(text.size());
+}
+
+/// Whether the zero bytes of what was read as UTF-16 come from the characters that they come from
+/// in text: ASCII and Latin, and the few frequent ones at the beginning of a row of 256.
+bool has_textual_zeros(std::wstring_view text) {
+  constexpr wchar_t ideographic_space = 0x3000;
+  constexpr wchar_t ideograph_one = 0x4E00;
+  std::size_t zeros = 0;
+  std::size_t textual = 0;
+  for (wchar_t const c : text) {
+    bool const is_latin = c < 0x100;
+    zeros += is_latin || c % 0x100 == 0 ? 1U : 0U;
+    textual += is_latin || c == ideographic_space || c == ideograph_one ? 1U : 0U;
+  }
+  return textual * 10 >= zeros * 9;
+}
+
+/// Whether at least half of the text are characters below U+10000, as in any language.
+bool is_of_first_plane(std::wstring_view text) {
+  auto const count = std::count_if(text.begin(), text.end(), [](wchar_t c) { return c < 0x10000; });
+  return static_cast<std::size_t>(count) * 2 >= text.size();
 }
 
 /// Text of wide units without a mark: only its zero bytes give it away.
@@ -218,7 +240,9 @@ std::optional<std::string> find_wide_units(std::string_view bytes) {
     std::wstring const text = from_utf8(decode_with(encoding, whole_units, false));
     bool const is_malformed = text.find(L'\xFFFD') != std::wstring::npos;
     bool const has_null = text.find(L'\0') != std::wstring::npos;
-    double const share = is_malformed || has_null ? 0 : ordinary_share(text);
+    bool const is_text = !is_malformed && !has_null &&
+                         (unit == 4 ? is_of_first_plane(text) : has_textual_zeros(text));
+    double const share = is_text ? ordinary_share(text) : 0;
     if (share > best_share) {
       best_share = share;
       best = encoding;

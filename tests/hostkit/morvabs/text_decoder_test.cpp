@@ -172,6 +172,20 @@ TEST(DetectEncoding, ascii_in_utf16_is_not_taken_for_utf8) {
   EXPECT_EQ(morvabs::detect_encoding(utf16le(u"plain text")).name, "UTF-16LE");
 }
 
+TEST(DetectEncoding, small_numbers_are_no_wide_text) {
+  for (std::string const& bytes :
+       {std::string("\0\1\2\xFF", 4), std::string("\0\1\2\3", 4),
+        std::string("\0\1\2\3\4\5\6\7", 8), std::string("\1\0\2\0\3\0", 6),
+        std::string("\0\0\0\1\0\0\0\2", 8)}) {
+    EXPECT_EQ(morvabs::detect_encoding(bytes).name, "");
+  }
+}
+
+TEST(DetectEncoding, chinese_text_in_wide_units_is_recognised) {
+  std::u16string const text = u"第一章　总则\n第一条　为了规范合同的签订和履行，制定本办法。\n";
+  EXPECT_EQ(morvabs::detect_encoding(utf16le(text)).name, "UTF-16LE");
+}
+
 TEST(DetectEncoding, bytes_of_a_binary_file_are_no_text) {
   std::string binary;
   for (int i = 0; i < 2000; ++i) {
