@@ -15,7 +15,7 @@
 
 #include <benchmark/benchmark.h>
 
-#include "morvabs/utf8.h"
+#include "host/utf8.h"
 #include "morvajieba/dictionary.h"
 #include "morvajieba/lexicon.h"
 #include "morvajieba/segmenter.h"
@@ -142,17 +142,17 @@ void rank_words(benchmark::State& state, Text const& text) {
 int main(int argc, char** argv) {
   benchmark::Initialize(&argc, argv);
   static std::vector<Text> const texts = load_texts();
-  benchmark::RegisterBenchmark("map_dictionary", map_dictionary)->Unit(benchmark::kMicrosecond);
+  benchmark::RegisterBenchmark("map_dictionary", map_dictionary)->Unit(benchmark::microsecond);
   for (Text const& text : texts) {
     auto const name = [&text](char const* what) { return what + ("/" + text.name); };
     benchmark::RegisterBenchmark(name("cut_whole").c_str(), cut_whole, text)
-        ->Unit(benchmark::kMillisecond);
+        ->Unit(benchmark::millisecond);
     benchmark::RegisterBenchmark(name("cut_lines").c_str(), cut_lines, text)
-        ->Unit(benchmark::kMillisecond);
+        ->Unit(benchmark::millisecond);
     benchmark::RegisterBenchmark(name("text_rank").c_str(), rank_words, text)
         ->Arg(100)
         ->Arg(100000)
-        ->Unit(benchmark::kMillisecond);
+        ->Unit(benchmark::millisecond);
   }
   benchmark::RunSpecifiedBenchmarks();
   return 0;

@@ -8,12 +8,12 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 
+#include "host/native_path.h"
 #include "morvabs/file_access.h"
-#include "morvabs/path.h"
 
 namespace {
 
-constexpr int kDeepest = 128;
+constexpr int deepest = 128;
 
 struct FoundEntry {
   HDirSnapEntry entry;
@@ -106,7 +106,7 @@ bool HDirSnap::report_directory(HString const& path, int depth) {
     if ((entry.mb_dir || with_files_) && callback_->on_snap_file(entry) != 0) {
       return false;
     }
-    bool const is_entered = mb_recursive && entry.mb_dir && !is_link && depth < kDeepest;
+    bool const is_entered = mb_recursive && entry.mb_dir && !is_link && depth < deepest;
     if (is_entered && !report_directory(entry.str_path, depth + 1)) {
       return false;
     }

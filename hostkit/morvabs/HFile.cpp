@@ -12,16 +12,16 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "host/native_path.h"
+#include "host/utf8.h"
 #include "morvabs/atomic_file.h"
 #include "morvabs/file_access.h"
-#include "morvabs/path.h"
 #include "morvabs/text_decoder.h"
-#include "morvabs/utf8.h"
 
 namespace {
 
-constexpr std::int64_t kLargestText = std::int64_t{1} << 30;
-constexpr std::size_t kChunkSize = std::size_t{1} << 16;
+constexpr std::int64_t largest_text = std::int64_t{1} << 30;
+constexpr std::size_t chunk_size = std::size_t{1} << 16;
 
 std::optional<struct stat> status_of(HString const& path) {
   auto const bytes = morvabs::to_path(path);
@@ -37,7 +37,7 @@ bool copy_content(std::string const& path, morvabs::AtomicFile& target) {
   if (file.error != 0) {
     return file.error == ENOENT;
   }
-  std::vector<char> chunk(kChunkSize);
+  std::vector<char> chunk(chunk_size);
   std::int64_t left = file.size;
   while (left > 0) {
     auto const wanted = std::min(left, static_cast<std::int64_t>(chunk.size()));
@@ -98,9 +98,9 @@ bool HFile::touch(HString const& path) {
   if (directory.not_empty() && !make_dir(directory)) {
     return false;
   }
-  constexpr mode_t kMode = 0666;
+  constexpr mode_t readable_by_umask = 0666;
   int const flags = O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC;
-  morvabs::FileDescriptor const file(::open(bytes->c_str(), flags, kMode));
+  morvabs::FileDescriptor const file(::open(bytes->c_str(), flags, readable_by_umask));
   // Another process may have been faster.
   return file.is_open() || IsFileExist(path);
 }
@@ -113,7 +113,7 @@ long long HFile::GetFileLen(HString const& path) {
 bool HFile::GetFileContentAny(HString const& path, HString& text) {
   auto const bytes = morvabs::to_path(path);
   std::string content;
-  bool const is_read = bytes && morvabs::read_file(*bytes, content, kLargestText);
+  bool const is_read = bytes && morvabs::read_file(*bytes, content, largest_text);
   text = HString::from_text(morvabs::decode_wide_text(content));
   return is_read;
 }

@@ -9,29 +9,29 @@
 #include <string_view>
 #include <utility>
 
+#include "host/utf8.h"
 #include "morvabs/log_output.h"
-#include "morvabs/utf8.h"
 
 namespace {
 
-constexpr int kLowestLevel = 0;
-constexpr int kHighestLevel = 4;
-constexpr int kDefaultLevel = 1;
+constexpr int lowest_level = 0;
+constexpr int highest_level = 4;
+constexpr int default_level = 1;
 
 int level_from_environment() {
   char const* const value = std::getenv("MORVA_LOG_LEVEL");
   std::string_view const text = value == nullptr ? "" : value;
-  int level = kDefaultLevel;
+  int level = default_level;
   auto const [end, error] = std::from_chars(text.data(), text.data() + text.size(), level);
   bool const is_level = error == std::errc() && end == text.data() + text.size() &&
-                        level >= kLowestLevel && level <= kHighestLevel;
-  return is_level ? level : kDefaultLevel;
+                        level >= lowest_level && level <= highest_level;
+  return is_level ? level : default_level;
 }
 
 /// The open records of one thread.
 struct RecordRing {
-  static constexpr std::size_t kSize = 16;
-  std::array<HStringForLog, kSize> records;
+  static constexpr std::size_t size = 16;
+  std::array<HStringForLog, size> records;
   std::size_t next = 0;
 
   RecordRing() { current = this; }
@@ -131,9 +131,9 @@ HStringForLog& HFileLog::get(int level, wchar_t const* file_tag, int line) {
     return *silent;
   }
   HStringForLog& record = ring->records[ring->next];
-  ring->next = (ring->next + 1) % RecordRing::kSize;
+  ring->next = (ring->next + 1) % RecordRing::size;
   record.str_text.clear();
-  record.mb_on = mb_enable && level > kLowestLevel && level <= mi_level;
+  record.mb_on = mb_enable && level > lowest_level && level <= mi_level;
   record.level_ = level;
   record.line_ = line;
   record.tag_ = record.mb_on ? HString(file_tag) : HString();

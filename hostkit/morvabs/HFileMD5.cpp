@@ -3,9 +3,9 @@
 #include <cstdint>
 #include <vector>
 
+#include "host/native_path.h"
 #include "morvabs/file_access.h"
 #include "morvabs/md5.h"
-#include "morvabs/path.h"
 
 bool HFileMD5::get_file_md5(HString const& path, HString& md5) {
   // The path and the result may be one object.

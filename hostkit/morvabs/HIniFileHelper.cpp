@@ -8,19 +8,19 @@
 #include <utility>
 
 #include "host/HFile.h"
+#include "host/native_path.h"
 #include "morvabs/atomic_file.h"
 #include "morvabs/ini_text.h"
-#include "morvabs/path.h"
 #include "morvabs/text_decoder.h"
 
 namespace {
 
-constexpr std::int64_t kLargestFile = std::int64_t{64} << 20;
+constexpr std::int64_t largest_file = std::int64_t{64} << 20;
 
 std::optional<morvabs::IniDocument> load(HString const& path) {
   auto const bytes = morvabs::to_path(path);
   std::string content;
-  if (!bytes || !morvabs::read_file(*bytes, content, kLargestFile)) {
+  if (!bytes || !morvabs::read_file(*bytes, content, largest_file)) {
     return std::nullopt;
   }
   return morvabs::parse_ini(morvabs::decode_text(content));

@@ -2,7 +2,7 @@
 
 #include <cstdio>
 
-#include "morvabs/utf8.h"
+#include "host/utf8.h"
 
 HStdOutStream* HStdOutStream::ins() {
   static HStdOutStream stream;

@@ -11,15 +11,15 @@
 #include <utility>
 
 #include "host/HStdOutStream.h"
+#include "host/utf8.h"
 #include "morvabs/md5.h"
-#include "morvabs/utf8.h"
 #include "morvabs/uuid.h"
 
 namespace {
 
-constexpr wchar_t kReplacement = 0xFFFD;
-constexpr wchar_t kListSeparator = L'|';
-constexpr std::size_t kLongestInputLine = std::size_t{1} << 20;
+constexpr wchar_t replacement_character = 0xFFFD;
+constexpr wchar_t list_separator = L'|';
+constexpr std::size_t longest_input_line = std::size_t{1} << 20;
 
 bool is_blank(wchar_t c) {
   return c == L' ' || (c >= L'\t' && c <= L'\r');
@@ -131,7 +131,7 @@ std::string read_input_line() {
   std::string line;
   int c = std::getc(stdin);
   while (c != EOF && c != '\n') {
-    if (line.size() < kLongestInputLine) {
+    if (line.size() < longest_input_line) {
       line.push_back(static_cast<char>(c));
     }
     c = std::getc(stdin);
@@ -170,7 +170,7 @@ HString::HString(char const* text) {
 
 HString::HString(char character)
     : HString(static_cast<unsigned char>(character) < 0x80 ? static_cast<wchar_t>(character)
-                                                           : kReplacement) {}
+                                                           : replacement_character) {}
 
 HString::HString(wchar_t character) : text_(std::make_shared<std::wstring>(1, character)) {}
 
@@ -188,7 +188,7 @@ HString::HString(std::vector<HString> const& elements) {
   std::wstring joined;
   for (HString const& element : elements) {
     if (&element != elements.data()) {
-      joined += kListSeparator;
+      joined += list_separator;
     }
     joined += element.text();
   }
@@ -292,9 +292,9 @@ double HString::to_double() const {
 }
 
 long long HString::to_int64_0x() const {
-  constexpr std::size_t kMostDigits = 16;
+  constexpr std::size_t most_digits = 16;
   std::wstring_view const number = trimmed(text());
-  if (number.size() > kMostDigits || !is_text_of(number, is_hex_digit)) {
+  if (number.size() > most_digits || !is_text_of(number, is_hex_digit)) {
     return 0;
   }
   return static_cast<long long>(parse_number<unsigned long long>(number, 16));

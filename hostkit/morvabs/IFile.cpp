@@ -5,8 +5,8 @@
 
 #include <unistd.h>
 
+#include "host/native_path.h"
 #include "morvabs/file_access.h"
-#include "morvabs/path.h"
 
 namespace Orlec {
 

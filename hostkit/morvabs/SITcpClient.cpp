@@ -15,14 +15,14 @@
 #include <asio/ip/tcp.hpp>
 #include <netdb.h>
 
-#include "morvabs/utf8.h"
+#include "host/utf8.h"
 
 namespace {
 
 using Clock = std::chrono::steady_clock;
 using Endpoint = asio::ip::tcp::endpoint;
 
-constexpr std::chrono::milliseconds kTimeout(3000);
+constexpr std::chrono::milliseconds timeout(3000);
 
 struct Addresses {
   std::vector<Endpoint> endpoints;
@@ -142,7 +142,7 @@ int SITcpClient::connect(bool /*reserved*/) {
   if (!is_host || mi_port < 1 || mi_port > 0xFFFF) {
     return EINVAL;
   }
-  auto const deadline = Clock::now() + kTimeout;
+  auto const deadline = Clock::now() + timeout;
   Addresses const found = find_addresses(host, static_cast<unsigned short>(mi_port), deadline);
   int error = found.error;
   try {

@@ -18,8 +18,8 @@ namespace morvabs {
 
 namespace {
 
-constexpr std::size_t kBufferSize = std::size_t{1} << 16;
-constexpr mode_t kPermissions = 07777;
+constexpr std::size_t buffer_size = std::size_t{1} << 16;
+constexpr mode_t all_permissions = 07777;
 
 std::string directory_of(std::string const& path) {
   std::size_t const slash = path.rfind('/');
@@ -80,7 +80,7 @@ bool AtomicFile::open(Access access) {
   // Only root can give a file away, and for everybody else the owner is the same anyway. A change
   // of owner clears bits of the mode, so the mode comes last.
   bool const same_owner = ::fchown(descriptor_, old.st_uid, old.st_gid) == 0;
-  mode_t const kept = same_owner ? kPermissions : 0777;
+  mode_t const kept = same_owner ? all_permissions : 0777;
   return ::fchmod(descriptor_, old.st_mode & kept) == 0 || fail(errno);
 }
 
@@ -89,10 +89,10 @@ bool AtomicFile::write(std::string_view bytes) {
     return fail(EBADF);
   }
   while (!bytes.empty()) {
-    std::size_t const taken = std::min(bytes.size(), kBufferSize - buffer_.size());
+    std::size_t const taken = std::min(bytes.size(), buffer_size - buffer_.size());
     buffer_.append(bytes.substr(0, taken));
     bytes.remove_prefix(taken);
-    if (buffer_.size() == kBufferSize && !flush()) {
+    if (buffer_.size() == buffer_size && !flush()) {
       return false;
     }
   }

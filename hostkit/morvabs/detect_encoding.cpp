@@ -6,20 +6,20 @@
 
 #include <uchardet.h>
 
+#include "host/utf8.h"
 #include "morvabs/text_decoder.h"
-#include "morvabs/utf8.h"
 
 namespace morvabs {
 
 namespace {
 
-constexpr std::size_t kSampleSize = std::size_t{1} << 20;
+constexpr std::size_t sample_size = std::size_t{1} << 20;
 /// Enough to tell the encodings of one language apart with certainty.
-constexpr std::size_t kMeasuredSize = std::size_t{1} << 16;
+constexpr std::size_t measured_size = std::size_t{1} << 16;
 
 /// How well a text of nothing but full-width digits and punctuation fits.
-constexpr double kSymbolsOnly = 0.05;
-constexpr std::size_t kLongText = 20;
+constexpr double symbols_only = 0.05;
+constexpr std::size_t long_text = 20;
 
 using CharacterSet = std::bitset<0x10000>;
 
@@ -29,7 +29,7 @@ struct Mark {
 };
 
 // The longer marks first: that of UTF-16 begins that of UTF-32.
-constexpr Mark kMarks[] = {
+constexpr Mark byte_order_marks[] = {
     {{"\xFF\xFE\x00\x00", 4}, "UTF-32LE"}, {{"\x00\x00\xFE\xFF", 4}, "UTF-32BE"},
     {{"\x84\x31\x95\x33", 4}, "GB18030"},  {{"\xEF\xBB\xBF", 3}, "UTF-8"},
     {{"\xFF\xFE", 2}, "UTF-16LE"},         {{"\xFE\xFF", 2}, "UTF-16BE"},
@@ -45,27 +45,27 @@ struct Candidate {
   wchar_t const* common;
 };
 
-constexpr wchar_t kChinese[] =
+constexpr wchar_t chinese[] =
     L"的一是不了在人有我他这这中大来上国个到说们为子和你地出道也时年得就那要下以生会自着去之过家学"
     L"对可里后小"
     L"么心多天而能好都然没日于起还发成事只作当想看文无开手十用主行方又如前所本见经头面公同三己老从"
     L"动两长"
     L"這個來國說們為時會著過學對裡裏後麼沒於還發當無開經頭動兩長與業產電機關現問題們書車門間東";
-constexpr wchar_t kJapanese[] =
+constexpr wchar_t japanese[] =
     L"ぁあいうえおかがきぎくけげこごさざしじすずせそただちっつてでとどなにねのはばひびふへべほまみ"
     L"むめもやゆよ"
     L"らりるれろわをんアイウエオカキクケコサシスセソタチツテトナニネノハヒフヘホマミムメモヤユヨラ"
     L"リルレロワンー"
     L"日本人年大月見行一出";
-constexpr wchar_t kKorean[] =
+constexpr wchar_t korean[] =
     L"이다는을의에가고하한지로사은를도기시인대서자리아일나스정들어부그해으게수전있면보라주니상원제"
     L"만장여"
     L"과안것요조선유공성소구동우민신국경연화와비문내위적무교회";
 
-constexpr Candidate kCandidates[] = {
-    {"GB18030", 0xB0, 0xD7, kChinese},    {"Big5", 0xA4, 0xC6, kChinese},
-    {"Shift_JIS", 0x82, 0x97, kJapanese}, {"EUC-JP", 0xA4, 0xCF, kJapanese},
-    {"EUC-KR", 0xB0, 0xC8, kKorean},
+constexpr Candidate candidates[] = {
+    {"GB18030", 0xB0, 0xD7, chinese},    {"Big5", 0xA4, 0xC6, chinese},
+    {"Shift_JIS", 0x82, 0x97, japanese}, {"EUC-JP", 0xA4, 0xCF, japanese},
+    {"EUC-KR", 0xB0, 0xC8, korean},
 };
 
 std::string decode_with(std::string_view encoding, std::string_view bytes, bool last) {
@@ -129,14 +129,14 @@ double fit(Candidate const& candidate, Language const& language, std::string_vie
     }
   }
   if (total == 0) {
-    return symbols >= 4 ? kSymbolsOnly : 0;
+    return symbols >= 4 ? symbols_only : 0;
   }
   // A few bytes may be damaged; in a text of another encoding far more do not fit.
   if (malformed * 50 > total || usual * 5 < total * 3) {
     return 0;
   }
   // No longer text does without the words that hold a language together.
-  if (total >= kLongText && common * 20 < total) {
+  if (total >= long_text && common * 20 < total) {
     return 0;
   }
   auto const share = [total](std::size_t count) {
@@ -149,22 +149,22 @@ double fit(Candidate const& candidate, Language const& language, std::string_vie
 std::string_view telling_part(std::string_view bytes) {
   auto const first = std::find_if(bytes.begin(), bytes.end(),
                                   [](char c) { return static_cast<unsigned char>(c) >= 0x80; });
-  return bytes.substr(static_cast<std::size_t>(first - bytes.begin()), kMeasuredSize);
+  return bytes.substr(static_cast<std::size_t>(first - bytes.begin()), measured_size);
 }
 
 std::optional<std::string> find_double_byte(std::string_view bytes) {
   static auto const* const languages = [] {
-    auto* const made = new std::array<Language, std::size(kCandidates)>;
-    std::transform(std::begin(kCandidates), std::end(kCandidates), made->begin(), make_language);
+    auto* const made = new std::array<Language, std::size(candidates)>;
+    std::transform(std::begin(candidates), std::end(candidates), made->begin(), make_language);
     return made;
   }();
   std::optional<std::string> best;
   double best_fit = 0;
-  for (std::size_t i = 0; i < std::size(kCandidates); ++i) {
-    double const found = fit(kCandidates[i], (*languages)[i], bytes);
+  for (std::size_t i = 0; i < std::size(candidates); ++i) {
+    double const found = fit(candidates[i], (*languages)[i], bytes);
     if (found > best_fit) {
       best_fit = found;
-      best = kCandidates[i].encoding;
+      best = candidates[i].encoding;
     }
   }
   return best;
@@ -265,10 +265,10 @@ bool is_binary(std::string_view bytes) {
 /// UTF-8, also with a sequence cut at the end or with some damage. Text in another encoding may
 /// hold sequences that look well-formed, but never many times as many as others.
 bool is_mostly_utf8(std::string_view bytes) {
-  constexpr std::size_t kLeastCutSample = 4096;
+  constexpr std::size_t least_cut_sample = 4096;
   std::size_t const complete = complete_utf8_prefix(bytes);
   bool const is_valid = is_utf8(bytes.substr(0, complete));
-  if (is_valid && (complete == bytes.size() || bytes.size() >= kLeastCutSample)) {
+  if (is_valid && (complete == bytes.size() || bytes.size() >= least_cut_sample)) {
     return true;
   }
   std::wstring const text = from_utf8(bytes.substr(0, complete));
@@ -282,7 +282,7 @@ bool is_mostly_utf8(std::string_view bytes) {
 }
 
 DetectedEncoding find_mark(std::string_view bytes) {
-  for (Mark const& mark : kMarks) {
+  for (Mark const& mark : byte_order_marks) {
     if (bytes.starts_with(mark.bytes)) {
       return {mark.encoding, mark.bytes.size()};
     }
@@ -292,14 +292,14 @@ DetectedEncoding find_mark(std::string_view bytes) {
 
 /// The encoding of a whole text, which is not UTF-8 all through and has no mark.
 std::string find_other(std::string_view bytes) {
-  std::string_view const sample = bytes.substr(0, kSampleSize);
+  std::string_view const sample = bytes.substr(0, sample_size);
   std::string name = detect_encoding(sample).name;
   if (name.empty()) {
     return find_legacy(sample);
   }
   std::size_t const valid = valid_utf8_prefix(bytes);
   bool const is_ascii_so_far = name == "UTF-8" && telling_part(bytes.substr(0, valid)).empty();
-  return is_ascii_so_far ? find_legacy(bytes.substr(valid, kSampleSize)) : name;
+  return is_ascii_so_far ? find_legacy(bytes.substr(valid, sample_size)) : name;
 }
 
 DetectedEncoding find_whole(std::string_view bytes) {
@@ -309,7 +309,7 @@ DetectedEncoding find_whole(std::string_view bytes) {
   }
   bool const has_null = bytes.find('\0') != std::string_view::npos;
   if (has_null) {
-    if (auto wide = find_wide_units(bytes.substr(0, kMeasuredSize))) {
+    if (auto wide = find_wide_units(bytes.substr(0, measured_size))) {
       return {*wide, 0};
     }
   }
@@ -324,7 +324,7 @@ DetectedEncoding detect_encoding(std::string_view sample) {
     return found;
   }
   if (sample.find('\0') != std::string_view::npos) {
-    return {find_wide_units(sample.substr(0, kMeasuredSize)).value_or(std::string()), 0};
+    return {find_wide_units(sample.substr(0, measured_size)).value_or(std::string()), 0};
   }
   if (is_binary(sample)) {
     return {};
@@ -348,7 +348,7 @@ std::wstring decode_wide_text(std::string_view bytes) {
   std::string utf8;
   bool last = false;
   while (!last) {
-    std::string_view const piece = bytes.substr(0, kSampleSize);
+    std::string_view const piece = bytes.substr(0, sample_size);
     bytes.remove_prefix(piece.size());
     last = bytes.empty();
     utf8.clear();

@@ -6,7 +6,7 @@
 
 #include <SimpleIni.h>
 
-#include "morvabs/utf8.h"
+#include "host/utf8.h"
 
 namespace morvabs {
 
@@ -16,8 +16,8 @@ using Parser = CSimpleIniCaseA;
 
 /// A section behind everything else, which takes the comment at the end of the text. No encoded
 /// name holds a control character.
-constexpr std::string_view kEndSection = "\x01";
-constexpr std::wstring_view kEmptyName = L"%{}";
+constexpr std::string_view end_section = "\x01";
+constexpr std::wstring_view empty_name = L"%{}";
 
 /// What else is encoded in each place, beside control characters and blanks at the ends.
 struct Place {
@@ -25,14 +25,14 @@ struct Place {
   std::wstring_view special_first;  ///< as the first character
 };
 
-constexpr Place kSectionName = {L"]", L""};
-constexpr Place kKey = {L"=", L"[;#\xFEFF"};
-constexpr Place kValue = {L"", L""};
+constexpr Place in_section_name = {L"]", L""};
+constexpr Place in_key = {L"=", L"[;#\xFEFF"};
+constexpr Place in_value = {L"", L""};
 
-constexpr std::wstring_view kHexDigits = L"0123456789ABCDEFabcdef";
+constexpr std::wstring_view hex_digits = L"0123456789ABCDEFabcdef";
 
 bool is_hex_digit(wchar_t c) {
-  return kHexDigits.find(c) != std::wstring_view::npos;
+  return hex_digits.find(c) != std::wstring_view::npos;
 }
 
 bool starts_escape(std::wstring_view text) {
@@ -60,7 +60,7 @@ std::wstring escape(wchar_t c) {
   auto const value = static_cast<char32_t>(c);
   std::wstring digits;
   for (char32_t rest = value; rest != 0; rest >>= 4U) {
-    digits.insert(digits.begin(), kHexDigits[rest & 0xFU]);
+    digits.insert(digits.begin(), hex_digits[rest & 0xFU]);
   }
   if (value < 0x80) {
     digits.insert(0, 2 - digits.size(), L'0');
@@ -83,7 +83,7 @@ std::string encode(HString const& text, Place const& place) {
 }
 
 std::string encode_name(HString const& name, Place const& place) {
-  return name.empty() ? to_utf8(kEmptyName) : encode(name, place);
+  return name.empty() ? to_utf8(empty_name) : encode(name, place);
 }
 
 /// Length of the escape at the front, with what it stands for appended; 0 where there is none.
@@ -94,8 +94,8 @@ std::size_t decode_escape(std::wstring_view text, std::wstring& decoded) {
   bool const is_braced = text[1] == L'{';
   std::size_t const start = is_braced ? 2 : 1;
   std::size_t const end = is_braced ? text.find(L'}') : 3;
-  constexpr std::size_t kMostDigits = 8;
-  if (end == std::wstring_view::npos || end - start > kMostDigits) {
+  constexpr std::size_t most_digits = 8;
+  if (end == std::wstring_view::npos || end - start > most_digits) {
     return 0;
   }
   std::string const digits(text.begin() + static_cast<std::ptrdiff_t>(start),
@@ -164,12 +164,12 @@ void append_section(std::string& out, HIniSection const& section) {
   out += out.empty() ? "" : "\n";
   append_comment(out, section.str_comment);
   if (!is_nameless_front) {
-    out.append("[").append(encode_name(section.str_name, kSectionName)).append("]\n");
+    out.append("[").append(encode_name(section.str_name, in_section_name)).append("]\n");
   }
   for (HIniKey const& key : section.vt_key) {
     append_comment(out, key.str_comment);
-    out.append(encode_name(key.str_key, kKey)).append(" = ");
-    out.append(encode(key.str_value, kValue)).append("\n");
+    out.append(encode_name(key.str_key, in_key)).append(" = ");
+    out.append(encode(key.str_value, in_value)).append("\n");
   }
 }
 
@@ -180,7 +180,7 @@ IniDocument parse_ini(std::string_view utf8) {
   std::string text = "\n";
   text += utf8;
   std::erase(text, '\0');
-  text.append("\n[").append(kEndSection).append("]\n");
+  text.append("\n[").append(end_section).append("]\n");
   Parser parser(true, false, false);
   IniDocument document;
   if (parser.LoadData(text) < 0) {
@@ -190,7 +190,7 @@ IniDocument parse_ini(std::string_view utf8) {
   parser.GetAllSections(sections);
   sections.sort(Parser::Entry::LoadOrder());
   for (Parser::Entry const& entry : sections) {
-    if (entry.pItem == kEndSection) {
+    if (entry.pItem == end_section) {
       document.trailing_comment = comment_text(entry.pComment);
     } else {
       document.sections.push_back(read_section(parser, entry));

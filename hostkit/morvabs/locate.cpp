@@ -10,7 +10,7 @@
 #include "host/HAppUUID.h"
 #include "host/HEnvironment.h"
 #include "host/HInsLocateMgr.h"
-#include "morvabs/path.h"
+#include "host/native_path.h"
 
 namespace morvabs {
 

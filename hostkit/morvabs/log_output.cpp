@@ -6,8 +6,8 @@
 #include <spdlog/sinks/basic_file_sink.h>
 #include <spdlog/sinks/stdout_sinks.h>
 
+#include "host/native_path.h"
 #include "morvabs/locate.h"
-#include "morvabs/path.h"
 
 namespace morvabs {
 

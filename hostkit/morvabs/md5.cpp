@@ -26,11 +26,11 @@ void Md5::update(char const* bytes, std::size_t size) {
 std::array<wchar_t, 32> Md5::digits() {
   std::array<unsigned char, MD5_DIGEST_LENGTH> digest{};
   MD5Final(digest.data(), context_in(state_));
-  constexpr wchar_t kDigits[] = L"0123456789ABCDEF";
+  constexpr wchar_t hex_digits[] = L"0123456789ABCDEF";
   std::array<wchar_t, 32> text{};
   for (std::size_t i = 0; i < digest.size(); ++i) {
-    text[2 * i] = kDigits[digest[i] >> 4U];
-    text[2 * i + 1] = kDigits[digest[i] & 0xFU];
+    text[2 * i] = hex_digits[digest[i] >> 4U];
+    text[2 * i + 1] = hex_digits[digest[i] & 0xFU];
   }
   return text;
 }

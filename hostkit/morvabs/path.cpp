@@ -1,6 +1,5 @@
-#include "morvabs/path.h"
-
-#include "morvabs/utf8.h"
+#include "host/native_path.h"
+#include "host/utf8.h"
 
 namespace morvabs {
 

@@ -11,8 +11,8 @@
 long long get_process_use_memory_total(unsigned int process_id) {
   std::string const process = process_id == 0 ? "self" : std::to_string(process_id);
   std::string pages;
-  constexpr std::int64_t kLongestLine = 4096;
-  if (!morvabs::read_file("/proc/" + process + "/statm", pages, kLongestLine)) {
+  constexpr std::int64_t longest_line = 4096;
+  if (!morvabs::read_file("/proc/" + process + "/statm", pages, longest_line)) {
     return 0;
   }
   // The second number is the resident size.

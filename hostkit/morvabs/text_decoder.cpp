@@ -7,13 +7,13 @@
 #include <unicode/ucnv.h>
 #include <unicode/ucnv_cb.h>
 
-#include "morvabs/utf8.h"
+#include "host/utf8.h"
 
 namespace morvabs {
 
 namespace {
 
-constexpr char const* kFallback = "windows-1252";
+constexpr char const* fallback = "windows-1252";
 
 /// Letters and digits in lower case: "GB_2312-80" and "gb231280" are one name.
 std::string plain_name(std::string_view name) {
@@ -29,14 +29,14 @@ std::string plain_name(std::string_view name) {
 }
 
 std::string wider_name(std::string_view name) {
-  static constexpr std::pair<std::string_view, char const*> kWider[] = {
+  static constexpr std::pair<std::string_view, char const*> wider[] = {
       {"gb2312", "gb18030"},      {"gb231280", "gb18030"},     {"xgb2312", "gb18030"},
       {"gbk", "gb18030"},         {"xgbk", "gb18030"},         {"cp936", "gb18030"},
       {"ms936", "gb18030"},       {"windows936", "gb18030"},   {"euccn", "gb18030"},
       {"csgb2312", "gb18030"},    {"isoir58", "gb18030"},      {"chinese", "gb18030"},
-      {"iso88591", kFallback},    {"latin1", kFallback},       {"l1", kFallback},
-      {"usascii", kFallback},     {"ascii", kFallback},        {"cp1252", kFallback},
-      {"ansi", kFallback},        {"shiftjis", "windows-31j"}, {"sjis", "windows-31j"},
+      {"iso88591", fallback},     {"latin1", fallback},        {"l1", fallback},
+      {"usascii", fallback},      {"ascii", fallback},         {"cp1252", fallback},
+      {"ansi", fallback},         {"shiftjis", "windows-31j"}, {"sjis", "windows-31j"},
       {"xsjis", "windows-31j"},   {"cp932", "windows-31j"},    {"ms932", "windows-31j"},
       {"mskanji", "windows-31j"}, {"euckr", "windows-949"},    {"ksc56011987", "windows-949"},
       {"ksc5601", "windows-949"}, {"cp949", "windows-949"},    {"uhc", "windows-949"},
@@ -45,9 +45,9 @@ std::string wider_name(std::string_view name) {
   };
   std::string const plain = plain_name(name);
   auto const* const found =
-      std::find_if(std::begin(kWider), std::end(kWider),
+      std::find_if(std::begin(wider), std::end(wider),
                    [&plain](auto const& entry) { return entry.first == plain; });
-  return found == std::end(kWider) ? std::string(name) : found->second;
+  return found == std::end(wider) ? std::string(name) : found->second;
 }
 
 /// The package's own rule writes U+001A for some malformed bytes.
@@ -113,7 +113,7 @@ TextDecoder::TextDecoder(std::string_view encoding) : converter_(std::make_uniqu
   converter_->handle = open_converter(name);
   if (!converter_->handle) {
     converter_->is_known = false;
-    converter_->handle = open_converter(kFallback);
+    converter_->handle = open_converter(fallback);
   }
 }
 

@@ -1,4 +1,4 @@
-#include "morvabs/utf8.h"
+#include "host/utf8.h"
 
 #include <cstdint>
 #include <cstring>
@@ -7,7 +7,7 @@ namespace morvabs {
 
 namespace {
 
-constexpr char32_t kReplacement = 0xFFFD;
+constexpr char32_t replacement_character = 0xFFFD;
 
 bool is_scalar(char32_t value) {
   return value < 0xD800 || (value > 0xDFFF && value <= 0x10FFFF);
@@ -105,7 +105,7 @@ std::size_t skip_ascii(std::string_view bytes, std::size_t at) {
 }  // namespace
 
 std::size_t encode_utf8(char32_t value, char* out) {
-  char32_t const c = is_scalar(value) ? value : kReplacement;
+  char32_t const c = is_scalar(value) ? value : replacement_character;
   auto const tail = [c](unsigned shift) {
     return static_cast<char>(0x80U | ((c >> shift) & 0x3FU));
   };
@@ -162,8 +162,9 @@ void append_wide(std::wstring& out, std::string_view utf8, InvalidByte invalid) 
         out.push_back(static_cast<wchar_t>(value_of(utf8, at, length)));
         at += length;
       } else {
-        out.push_back(static_cast<wchar_t>(
-            invalid == InvalidByte::replaced ? kReplacement : 0xDC00U + byte_at(utf8, at)));
+        out.push_back(static_cast<wchar_t>(invalid == InvalidByte::replaced
+                                               ? replacement_character
+                                               : 0xDC00U + byte_at(utf8, at)));
         ++at;
       }
     }

@@ -4,7 +4,7 @@
 
 #include "host/HStutterDict.h"
 #include "host/native_path.h"
-#include "morvabs/utf8.h"
+#include "host/utf8.h"
 #include "morvajieba/engine.h"
 #include "morvajieba/text_rank.h"
 

@@ -5,9 +5,9 @@
 #include <sys/stat.h>
 
 #include "host/Orlec/IFile.h"
+#include "host/utf8.h"
 #include "morvabs/atomic_file.h"
 #include "morvabs/text_decoder.h"
-#include "morvabs/utf8.h"
 #include "morvajieba/text_feeder.h"
 
 namespace morvajieba {

@@ -4,7 +4,7 @@
 #include <charconv>
 #include <system_error>
 
-#include "morvabs/utf8.h"
+#include "host/utf8.h"
 #include "morvajieba/exact_log.h"
 #include "morvajieba/segmenter.h"
 

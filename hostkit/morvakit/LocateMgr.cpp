@@ -6,8 +6,8 @@
 
 #include <dlfcn.h>
 
+#include "host/native_path.h"
 #include "morvabs/locate.h"
-#include "morvabs/path.h"
 
 namespace Orlec {
 

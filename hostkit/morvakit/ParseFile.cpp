@@ -5,7 +5,7 @@
 #include <string>
 
 #include "host/Orlec/Global.h"
-#include "morvabs/utf8.h"
+#include "host/utf8.h"
 #include "morvakit/formats.h"
 #include "morvakit/read_context.h"
 

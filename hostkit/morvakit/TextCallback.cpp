@@ -7,9 +7,9 @@
 
 #include "host/Orlec/Global.h"
 #include "host/Orlec/ParseLimits.h"
+#include "host/native_path.h"
+#include "host/utf8.h"
 #include "morvabs/atomic_file.h"
-#include "morvabs/path.h"
-#include "morvabs/utf8.h"
 
 namespace Orlec {
 

@@ -2,7 +2,7 @@
 #include <string>
 #include <vector>
 
-#include "morvabs/utf8.h"
+#include "host/utf8.h"
 #include "morvakit/drawing_text.h"
 #include "morvakit/formats.h"
 #include "morvakit/open_package.h"

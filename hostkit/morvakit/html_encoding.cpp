@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-#include "morvabs/utf8.h"
+#include "host/utf8.h"
 #include "morvakit/text_source.h"
 
 namespace morvakit {

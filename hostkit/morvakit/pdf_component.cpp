@@ -21,7 +21,7 @@
 #include <UTF.h>
 
 #include "host/export.h"
-#include "morvabs/utf8.h"
+#include "host/utf8.h"
 
 namespace morvakit {
 

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "morvabs/utf8.h"
+#include "host/utf8.h"
 
 namespace morvakit {
 

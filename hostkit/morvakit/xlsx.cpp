@@ -4,7 +4,7 @@
 #include <unordered_map>
 #include <vector>
 
-#include "morvabs/utf8.h"
+#include "host/utf8.h"
 #include "morvakit/drawing_text.h"
 #include "morvakit/formats.h"
 #include "morvakit/number_format.h"

@@ -10,7 +10,7 @@
 
 namespace {
 
-constexpr std::int64_t kLargestFile = std::int64_t{64} << 20;
+constexpr std::int64_t largest_file = std::int64_t{64} << 20;
 
 /// Without white space, in which the texts of two programs may differ.
 std::string squeezed(std::string text) {
@@ -30,9 +30,9 @@ TEST(CorpusEncoding, texts_of_many_encodings_decode_as_they_should) {
     std::string bytes;
     std::string expected;
     std::string const name = file.path().filename();
-    if (!morvabs::read_file(file.path(), bytes, kLargestFile) ||
+    if (!morvabs::read_file(file.path(), bytes, largest_file) ||
         !morvabs::read_file(root / "reference" / "txt" / (name + ".ref.txt"), expected,
-                            kLargestFile)) {
+                            largest_file)) {
       continue;
     }
     ++compared;

@@ -8,7 +8,7 @@
 
 #include "host/HDirSnap.h"
 #include "host/Orlec/IFile.h"
-#include "morvabs/path.h"
+#include "host/native_path.h"
 
 #include "support/temporary_directory.h"
 

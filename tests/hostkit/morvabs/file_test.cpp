@@ -5,7 +5,7 @@
 #include <sys/stat.h>
 
 #include "host/HFile.h"
-#include "morvabs/path.h"
+#include "host/native_path.h"
 
 #include "support/temporary_directory.h"
 

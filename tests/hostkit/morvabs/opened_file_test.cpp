@@ -6,7 +6,7 @@
 #include <sys/stat.h>
 
 #include "host/Orlec/IFile.h"
-#include "morvabs/path.h"
+#include "host/native_path.h"
 
 #include "support/temporary_directory.h"
 

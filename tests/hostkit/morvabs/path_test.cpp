@@ -1,8 +1,8 @@
-#include "morvabs/path.h"
-
 #include <string>
 
 #include <gtest/gtest.h>
+
+#include "host/native_path.h"
 
 namespace {
 

@@ -6,7 +6,7 @@
 
 #include <gtest/gtest.h>
 
-#include "morvabs/utf8.h"
+#include "host/utf8.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "morvabs/utf8.h"
+#include "host/utf8.h"
 
 #include <string>
 

@@ -6,8 +6,8 @@
 
 #include "host/HJieba.h"
 #include "host/HStutterDict.h"
+#include "host/utf8.h"
 #include "hostkit/morvajieba/support.h"
-#include "morvabs/utf8.h"
 
 namespace {
 

@@ -11,7 +11,7 @@
 #include "host/HJieba.h"
 #include "host/HStutterDict.h"
 #include "host/native_path.h"
-#include "morvabs/utf8.h"
+#include "host/utf8.h"
 
 int main(int argc, char** argv) {
   if (argc != 2) {

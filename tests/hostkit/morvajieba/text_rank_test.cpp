@@ -5,8 +5,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "host/utf8.h"
 #include "hostkit/morvajieba/support.h"
-#include "morvabs/utf8.h"
 
 #include "reference/textrank.h"
 

@@ -7,8 +7,8 @@
 
 #include "host/Orlec/ParseFile.h"
 #include "host/Orlec/TextCallback.h"
+#include "host/utf8.h"
 #include "hostkit/tessarine/memory_reader.h"
-#include "morvabs/utf8.h"
 
 namespace test {
 

@@ -1,3 +1,0 @@
-#pragma once
-
-#include "host/native_path.h"

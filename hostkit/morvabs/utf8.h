@@ -1,3 +1,0 @@
-#pragma once
-
-#include "host/utf8.h"
