@@ -55,7 +55,7 @@ void simhash(benchmark::State& state) {
   }
   state.SetItemsProcessed(state.iterations() * state.range(0));
 }
-BENCHMARK(simhash)->Arg(100)->Arg(20000)->Unit(benchmark::microsecond);
+BENCHMARK(simhash)->Arg(100)->Arg(20000)->Unit(benchmark::kMicrosecond);
 
 void simhash_plain(benchmark::State& state) {
   auto const words = some_words(static_cast<int>(state.range(0)));
@@ -64,7 +64,7 @@ void simhash_plain(benchmark::State& state) {
   }
   state.SetItemsProcessed(state.iterations() * state.range(0));
 }
-BENCHMARK(simhash_plain)->Arg(100)->Arg(20000)->Unit(benchmark::microsecond);
+BENCHMARK(simhash_plain)->Arg(100)->Arg(20000)->Unit(benchmark::kMicrosecond);
 
 void similarity(benchmark::State& state) {
   HString const a = some_digits(static_cast<int>(state.range(0)), 1);

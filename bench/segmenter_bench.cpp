@@ -142,17 +142,17 @@ void rank_words(benchmark::State& state, Text const& text) {
 int main(int argc, char** argv) {
   benchmark::Initialize(&argc, argv);
   static std::vector<Text> const texts = load_texts();
-  benchmark::RegisterBenchmark("map_dictionary", map_dictionary)->Unit(benchmark::microsecond);
+  benchmark::RegisterBenchmark("map_dictionary", map_dictionary)->Unit(benchmark::kMicrosecond);
   for (Text const& text : texts) {
     auto const name = [&text](char const* what) { return what + ("/" + text.name); };
     benchmark::RegisterBenchmark(name("cut_whole").c_str(), cut_whole, text)
-        ->Unit(benchmark::millisecond);
+        ->Unit(benchmark::kMillisecond);
     benchmark::RegisterBenchmark(name("cut_lines").c_str(), cut_lines, text)
-        ->Unit(benchmark::millisecond);
+        ->Unit(benchmark::kMillisecond);
     benchmark::RegisterBenchmark(name("text_rank").c_str(), rank_words, text)
         ->Arg(100)
         ->Arg(100000)
-        ->Unit(benchmark::millisecond);
+        ->Unit(benchmark::kMillisecond);
   }
   benchmark::RunSpecifiedBenchmarks();
   return 0;
