@@ -5,6 +5,7 @@
 #include <exception>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 
 #include <Annot.h>
@@ -22,6 +23,8 @@
 
 #include "host/export.h"
 #include "host/utf8.h"
+
+#include "tessarine/pdf_component_loader.h"
 
 namespace morvakit {
 
@@ -339,13 +342,36 @@ class DocumentText {
   bool has_page_ = false;
 };
 
+/// A document that was opened without a password, as far as it could be.
+class OpenedDocument {
+ public:
+  explicit OpenedDocument(Orlec::Reader const& reader) {
+    initialize();
+    document_ = std::make_unique<PDFDoc>(
+        new ReaderStream(reader, 0, false, reader.GetSize(), Object(objNull)),
+        std::optional<GooString>{}, std::optional<GooString>{}, nullptr,
+        [this] { is_rebuilt_ = true; });
+  }
+  OpenedDocument(OpenedDocument const&) = delete;
+  OpenedDocument& operator=(OpenedDocument const&) = delete;
+
+  PDFDoc& document() { return *document_; }
+  bool needs_password() const {
+    return !document_->isOk() && document_->getErrorCode() == errEncrypted;
+  }
+  /// The cross-reference table is broken; what was found without it takes its place.
+  bool is_rebuilt() const { return is_rebuilt_; }
+
+ private:
+  bool is_rebuilt_ = false;
+  std::unique_ptr<PDFDoc> document_;
+};
+
 void read_document(Orlec::Reader const& reader, PdfSink& sink) {
-  initialize();
-  bool is_rebuilt = false;
-  PDFDoc document(new ReaderStream(reader, 0, false, reader.GetSize(), Object(objNull)), {}, {},
-                  nullptr, [&is_rebuilt] { is_rebuilt = true; });
+  OpenedDocument opened(reader);
+  auto& document = opened.document();
   if (!document.isOk()) {
-    if (document.getErrorCode() == errEncrypted) {
+    if (opened.needs_password()) {
       sink.end(Orlec::ParseOutcome::encrypted, "a password is needed to open the document");
     } else {
       sink.end(Orlec::ParseOutcome::damaged, document.getErrorCode() == errBadCatalog
@@ -358,7 +384,7 @@ void read_document(Orlec::Reader const& reader, PdfSink& sink) {
   text.read();
   if (!text.has_page()) {
     sink.end(Orlec::ParseOutcome::damaged, "no page can be read");
-  } else if (is_rebuilt && !text.has_main_text()) {
+  } else if (opened.is_rebuilt() && !text.has_main_text()) {
     sink.end(Orlec::ParseOutcome::damaged,
              "the cross-reference table is broken and no text was found without it");
   }
@@ -376,5 +402,13 @@ extern "C" MORVA_EXPORT void morvakit_read_pdf(Orlec::Reader const& reader,
     // A size or a position in the file that makes no sense comes out of the library as an
     // exception.
     sink.end(Orlec::ParseOutcome::damaged, "the structure of the document makes no sense");
+  }
+}
+
+extern "C" MORVA_EXPORT bool morvakit_pdf_needs_password(Orlec::Reader const& reader) {
+  try {
+    return morvakit::OpenedDocument(reader).needs_password();
+  } catch (std::exception const&) {
+    return false;
   }
 }

@@ -25,10 +25,9 @@ class PdfSink {
   ~PdfSink() = default;
 };
 
-/// The one function that the component offers, under `read_pdf_symbol`.
+/// Offered by the component under `read_pdf_symbol`: reads a document into the sink.
 using ReadPdfFunction = void (*)(Orlec::Reader const& reader, PdfSink& sink);
 
 inline constexpr char const* read_pdf_symbol = "morvakit_read_pdf";
-inline constexpr char const* pdf_component_file = "libmorvakit-pdf.so";
 
 }  // namespace morvakit

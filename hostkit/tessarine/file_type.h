@@ -67,7 +67,7 @@ struct Recognition {
 /// Recognises a document by its content. Its name is used for nothing but to tell apart kinds of
 /// plain text (CSV, Markdown, source code; a single message or a mailbox) and of encrypted Office
 /// packages, which show nothing else. A container that is cut short is recognised by what is left
-/// of it. Reads a few hundred KiB, and the directory of a container.
+/// of it. Reads a few hundred KiB, and the directory of a container; of a PDF up to 4 MiB.
 MORVA_EXPORT Recognition recognize(Orlec::Reader const& reader);
 
 }  // namespace tessarine

@@ -6,6 +6,7 @@
 #include "tessarine/file_type.h"
 #include "tessarine/mail_types.h"
 #include "tessarine/ole_types.h"
+#include "tessarine/pdf_encryption.h"
 #include "tessarine/signatures.h"
 #include "tessarine/text_types.h"
 #include "tessarine/zip_types.h"
@@ -79,7 +80,7 @@ Recognition recognize(Orlec::Reader const& reader) {
     return recognize_ole(reader);
   }
   if (is_pdf(reader, head)) {
-    return {FileType::pdf, "pdf"};
+    return {FileType::pdf, "pdf", pdf_needs_password(reader)};
   }
   if (is_rtf(head)) {
     return {FileType::rtf, "rtf"};

@@ -1,13 +1,16 @@
 #include <cstdlib>
 #include <filesystem>
+#include <memory>
 #include <random>
 #include <string>
 
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 
+#include "host/HTessarineResult.h"
 #include "hostkit/morvakit/parse_bytes.h"
 #include "hostkit/morvakit/pdf_builder.h"
+#include "hostkit/tessarine/pdf_protection.h"
 
 #include "support/temporary_directory.h"
 
@@ -133,14 +136,45 @@ TEST(Pdf, ligatures_are_written_out) {
   EXPECT_EQ(parse_bytes(one_page(show("Ale"), font).bytes()).main(), "file");
 }
 
-// 40-bit RC4 under the revision 2 handler: with these keys no password that is empty fits.
+std::string protected_page(std::string const& user_password) {
+  test::PdfProtection const protection(user_password, "owner");
+  auto pdf = one_page(protection.encrypted(4, show("protected")));
+  auto const handler = pdf.add(protection.dictionary());
+  return pdf.bytes(test::PdfProtection::trailer_entries(handler));
+}
+
 TEST(Pdf, a_document_that_needs_a_password_is_encrypted) {
-  auto pdf = one_page(show("x"));
-  std::string const digits(64, '5');
-  pdf.add("<</Filter/Standard/V 1/R 2/O<" + digits + ">/U<" + digits + ">/P -4>>");
-  auto const parsed = parse_bytes(pdf.bytes("/Encrypt 6 0 R/ID[<00><00>]"));
+  auto const parsed = parse_bytes(protected_page("secret"));
   EXPECT_EQ(parsed.outcome, ParseOutcome::encrypted);
   EXPECT_FALSE(parsed.is_ok);
+}
+
+TEST(Pdf, a_document_that_only_its_owner_protected_is_read) {
+  EXPECT_EQ(parse_bytes(protected_page("")).main(), "protected");
+}
+
+TEST(Pdf, encryption_is_recognised_where_reading_finds_it) {
+  char const* const corpus = std::getenv("MORVA_CORPUS");
+  if (corpus == nullptr) {
+    GTEST_SKIP() << "MORVA_CORPUS is not set";
+  }
+  for (auto const* const folder : {"encrypted", "pdf"}) {
+    for (auto const& entry : std::filesystem::directory_iterator(std::filesystem::path(corpus) /
+                                                                 "documents" / folder)) {
+      if (entry.path().extension() != ".pdf") {
+        continue;
+      }
+      HString const path(entry.path().c_str());
+      HTessarineResult recognised;
+      HTessarine::recognize(path, recognised);
+      Orlec::IFile file(path, false);
+      std::unique_ptr<Orlec::ParseFile> const parser(Orlec::GetParser(&file, false));
+      ASSERT_NE(parser, nullptr);
+      parser->InitFile();
+      EXPECT_EQ(recognised.b_encrypt, parser->GetOutcome() == ParseOutcome::encrypted)
+          << entry.path();
+    }
+  }
 }
 
 TEST(Pdf, a_document_whose_table_is_lost_is_read) {
@@ -217,27 +251,39 @@ TEST(Pdf, truncations_and_random_changes_are_survived) {
   }
 }
 
-// Runs in a process of its own, started by the test below, with the library in a directory that
-// lacks the component.
-TEST(PdfComponent, DISABLED_is_missing_here) {
+// These run in a process of their own, started by the test below, with the library that loads the
+// component in a directory that lacks it.
+TEST(PdfComponent, DISABLED_is_missing_for_the_reader) {
   auto const parsed = parse_bytes(one_page(show("x")).bytes());
   EXPECT_EQ(parsed.outcome, ParseOutcome::not_supported);
   EXPECT_NE(parsed.reason.find("not installed"), std::string::npos);
 }
 
-TEST(PdfComponent, that_is_missing_makes_pdf_not_supported) {
-  Dl_info info{};
-  ASSERT_NE(dladdr(reinterpret_cast<void*>(&Orlec::GetParser), &info), 0);
+TEST(PdfComponent, DISABLED_is_missing_for_recognition) {
   test::TemporaryDirectory const directory;
-  auto const library = std::filesystem::canonical(info.dli_fname);
-  std::filesystem::copy_file(library, directory.path() / "libmorvakit.so.3");
+  HTessarineResult result;
+  EXPECT_TRUE(HTessarine::recognize(directory.write("document", protected_page("secret")), result));
+  EXPECT_FALSE(result.b_encrypt);
+}
+
+class MissingPdfComponent : public testing::TestWithParam<char const*> {};
+
+TEST_P(MissingPdfComponent, is_told_and_survived) {
+  Dl_info info{};
+  ASSERT_NE(dladdr(reinterpret_cast<void*>(&HTessarine::recognize), &info), 0);
+  test::TemporaryDirectory const directory;
+  std::filesystem::path const library = info.dli_fname;
+  std::filesystem::copy_file(library, directory.path() / library.filename());
   test::EnvironmentVariable const path(
       "LD_LIBRARY_PATH", directory.path().string() + ":" + library.parent_path().string());
-  auto const command =
-      "'" + std::filesystem::canonical("/proc/self/exe").string() +
-      "' --gtest_also_run_disabled_tests --gtest_filter=PdfComponent.DISABLED_is_missing_here "
-      "> /dev/null";
+  auto const command = "'" + std::filesystem::canonical("/proc/self/exe").string() +
+                       "' --gtest_also_run_disabled_tests --gtest_filter=PdfComponent." +
+                       GetParam() + " > /dev/null";
   EXPECT_EQ(std::system(command.c_str()), 0);
 }
+
+INSTANTIATE_TEST_SUITE_P(Pdf, MissingPdfComponent,
+                         testing::Values("DISABLED_is_missing_for_the_reader",
+                                         "DISABLED_is_missing_for_recognition"));
 
 }  // namespace
