@@ -7,6 +7,8 @@
 #include <mutex>
 #include <optional>
 #include <string>
+#include <unordered_set>
+#include <utility>
 
 #include <Annot.h>
 #include <Catalog.h>
@@ -307,12 +309,33 @@ class DocumentText {
       if (!text->isPassword()) {
         add_line(Orlec::ParseTextType_control, to_text(text->getContent()));
       }
-    } else if (auto const* const choice = dynamic_cast<FormWidgetChoice*>(&widget);
-               choice != nullptr) {
-      for (int i = 0; i < choice->getNumChoices() && going_ && sink_.keep_going(); ++i) {
-        add_line(Orlec::ParseTextType_control, to_text(choice->getChoice(i)));
+    } else if (auto* const choice = dynamic_cast<FormWidgetChoice*>(&widget); choice != nullptr) {
+      read_choice(*choice);
+    }
+  }
+
+  /// The options as a user reads them, then what is stored and drawn besides: a value typed in, or
+  /// the one that an option stands for.
+  void read_choice(FormWidgetChoice& choice) {
+    std::unordered_set<std::string> options;
+    for (int i = 0; i < choice.getNumChoices() && going_ && sink_.keep_going(); ++i) {
+      auto option = to_text(choice.getChoice(i));
+      add_line(Orlec::ParseTextType_control, option);
+      options.insert(std::move(option));
+    }
+    auto const add_value = [&](Object const& value) {
+      auto text = value.isString() ? to_text(value.getString()) : std::string{};
+      if (options.count(text) == 0) {
+        add_line(Orlec::ParseTextType_control, text);
       }
-      add_line(Orlec::ParseTextType_control, to_text(choice->getEditChoice()));
+    };
+    auto const stored = Form::fieldLookup(choice.getField()->getObj()->getDict(), "V");
+    add_value(stored);
+    for (int i = 0; stored.isArray() && i < stored.arrayGetLength(); ++i) {
+      if (!going_ || !sink_.keep_going()) {
+        return;
+      }
+      add_value(stored.arrayGet(i));
     }
   }
 

@@ -89,6 +89,29 @@ TEST(Pdf, values_of_form_fields_are_control_text) {
   EXPECT_EQ(parsed.main(), "x");
 }
 
+std::string choice_text(std::string const& entries) {
+  auto pdf = one_page(show("x"), helvetica, "/AcroForm<</Fields[6 0 R]>>", "/Annots[6 0 R]");
+  pdf.add("<</Type/Annot/Subtype/Widget/FT/Ch/T(list)/Rect[10 10 200 30]" + entries + ">>");
+  return parse_bytes(pdf.bytes()).kind(Orlec::ParseTextType_control);
+}
+
+TEST(Pdf, a_chosen_option_is_told_once) {
+  EXPECT_EQ(choice_text("/Ff 131072/Opt[(red)(green)]/V(green)"), "red\ngreen");
+}
+
+TEST(Pdf, a_stored_value_that_is_no_option_is_control_text) {
+  EXPECT_EQ(choice_text("/Ff 131072/Opt[(red)(green)]/V(blue)"), "red\ngreen\nblue");
+}
+
+TEST(Pdf, a_stored_value_that_an_option_stands_for_is_control_text) {
+  EXPECT_EQ(choice_text("/Ff 131072/Opt[[(44)(red)][(46)(green)]]/V(46)"), "red\ngreen\n46");
+}
+
+TEST(Pdf, several_stored_values_are_control_text) {
+  EXPECT_EQ(choice_text("/Ff 2097152/Opt[(red)(green)]/V[(red)(blue)(pink)]"),
+            "red\ngreen\nblue\npink");
+}
+
 TEST(Pdf, the_outline_is_other_text) {
   auto pdf = one_page(show("x"), helvetica, "/Outlines 6 0 R");
   pdf.add("<</Type/Outlines/First 7 0 R/Last 7 0 R/Count 1>>");
