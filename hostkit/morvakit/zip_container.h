@@ -2,13 +2,16 @@
 
 #include <cstdint>
 #include <functional>
-#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <unordered_map>
+#include <vector>
 
 #include "host/Orlec/IFile.h"
 #include "morvakit/read_context.h"
+
+#include "tessarine/zip_archive.h"
 
 namespace morvakit {
 
@@ -18,7 +21,6 @@ class ZipContainer {
  public:
   /// Reads the directory. Ends the context where there is none or it has too many entries.
   ZipContainer(Orlec::Reader const& reader, ReadContext& context);
-  ~ZipContainer();
   ZipContainer(ZipContainer const&) = delete;
   ZipContainer& operator=(ZipContainer const&) = delete;
 
@@ -41,10 +43,14 @@ class ZipContainer {
   bool read(std::uint64_t index, Consumer const& consumer);
 
  private:
-  struct Archive;
+  void list();
 
   ReadContext& context_;
-  std::unique_ptr<Archive> archive_;
+  tessarine::ZipArchive archive_;
+  std::vector<std::string> names_;
+  std::vector<bool> is_doubled_;
+  std::unordered_map<std::string_view, std::uint64_t> exact_;
+  std::unordered_map<std::string, std::uint64_t> loose_;
 };
 
 }  // namespace morvakit

@@ -42,6 +42,13 @@ std::uint32_t little32(std::string_view bytes, std::size_t offset) {
   return std::uint32_t{little16(bytes, offset)} | std::uint32_t{little16(bytes, offset + 2)} << 16U;
 }
 
+std::uint64_t little64(std::string_view bytes, std::size_t offset) {
+  if (offset > bytes.size() || bytes.size() - offset < 8) {
+    return 0;
+  }
+  return std::uint64_t{little32(bytes, offset)} | std::uint64_t{little32(bytes, offset + 4)} << 32U;
+}
+
 std::string ascii_lower(std::string_view text) {
   std::string lower(text);
   std::transform(lower.begin(), lower.end(), lower.begin(), [](char character) {

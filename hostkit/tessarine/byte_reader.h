@@ -14,6 +14,7 @@ std::string read_piece(Orlec::Reader const& reader, std::int64_t offset, std::in
 /// Little-endian integers of a piece; 0 where the piece is too short.
 std::uint16_t little16(std::string_view bytes, std::size_t offset);
 std::uint32_t little32(std::string_view bytes, std::size_t offset);
+std::uint64_t little64(std::string_view bytes, std::size_t offset);
 
 /// The text with the ASCII letters in lower case.
 std::string ascii_lower(std::string_view text);
