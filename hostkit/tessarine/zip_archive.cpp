@@ -168,7 +168,7 @@ std::string zip_name_key(std::string_view name) {
 
 struct ZipPart::Stream {
   struct Close {
-    void operator()(zip_file_t* file) const { zip_fclose(file); }
+    void operator()(zip_file_t* opened) const { zip_fclose(opened); }
   };
   std::unique_ptr<zip_file_t, Close> file;
 };
