@@ -21,6 +21,9 @@ class ContextSink final : public PdfSink {
   void end(Orlec::ParseOutcome outcome, std::string_view reason) override {
     context_.end(outcome, reason);
   }
+  void note(Orlec::ParseOutcome outcome, std::string_view reason) override {
+    context_.note(outcome, reason);
+  }
 
  private:
   ReadContext& context_;

@@ -25,6 +25,7 @@
 
 #include "host/export.h"
 #include "host/utf8.h"
+#include "morvakit/pdf_text.h"
 
 #include "tessarine/pdf_component_loader.h"
 
@@ -95,27 +96,6 @@ std::string to_text(GooString const* string) {
   return morvabs::to_utf8(wide);
 }
 
-/// Words are searched and compared by their letters, so that a typesetter's ligature is written
-/// out.
-std::string without_ligatures(std::string_view utf8) {
-  constexpr std::string_view ligatures[] = {"ff", "fi", "fl", "ffi", "ffl", "st", "st"};
-  std::string text;
-  text.reserve(utf8.size());
-  for (std::size_t i = 0; i < utf8.size(); ++i) {
-    auto const last = i + 2 < utf8.size() ? static_cast<unsigned char>(utf8[i + 2]) : 0U;
-    if (utf8[i] == '\xef' && utf8[i + 1 < utf8.size() ? i + 1 : i] == '\xac' && last >= 0x80 &&
-        last <= 0x86) {
-      text += ligatures[last - 0x80];
-      i += 2;
-      continue;
-    }
-    auto const is_control =
-        static_cast<unsigned char>(utf8[i]) < ' ' && utf8[i] != '\n' && utf8[i] != '\t';
-    text += is_control ? ' ' : utf8[i];
-  }
-  return text;
-}
-
 /// Gathers the text of a page, and knows when a page asks for more than a page can want.
 class PageDevice final : public TextOutputDev {
  public:
@@ -130,7 +110,9 @@ class PageDevice final : public TextOutputDev {
   }
 
   bool is_crowded() const { return characters_ > character_limit_; }
-  bool stop_wanted() { return is_crowded() || depth_ > saved_state_limit || !sink_.keep_going(); }
+  /// Whether the rest of the page was left out, as drawing it would take no end.
+  bool is_cut() const { return is_cut_; }
+  bool stop_wanted() { return is_crowded() || is_cut() || !sink_.keep_going(); }
 
   void drawChar(GfxState* state, double x, double y, double dx, double dy, double origin_x,
                 double origin_y, CharCode code, int bytes, Unicode const* characters,
@@ -142,9 +124,12 @@ class PageDevice final : public TextOutputDev {
   }
   /// Forms may contain forms, so that few bytes ask for endless work: said to be drawn by this
   /// device, which draws nothing, they end at once when it is to stop.
-  bool useDrawForm() override { return ++forms_ > form_limit || stop_wanted(); }
+  bool useDrawForm() override {
+    is_cut_ = is_cut_ || ++forms_ > form_limit;
+    return stop_wanted();
+  }
   void saveState(GfxState* state) override {
-    ++depth_;
+    is_cut_ = is_cut_ || ++depth_ > saved_state_limit;
     TextOutputDev::saveState(state);
   }
   void restoreState(GfxState* state) override {
@@ -168,6 +153,7 @@ class PageDevice final : public TextOutputDev {
   std::int64_t characters_ = 0;
   std::int64_t depth_ = 0;
   std::int64_t forms_ = 0;
+  bool is_cut_ = false;
 };
 
 class DocumentText {
@@ -237,6 +223,9 @@ class DocumentText {
     PageDevice device(take_output, this, sink_, in_reading_order);
     document_.displayPage(&device, number, resolution, resolution, 0, true, false, false,
                           stop_wanted, &device, is_part_of_page, this);
+    if (device.is_cut()) {
+      sink_.note(Orlec::ParseOutcome::limit_reached, "a page has too many forms or saved states");
+    }
     return device.is_crowded();
   }
 
@@ -250,7 +239,7 @@ class DocumentText {
     if (is_crowded) {
       is_crowded = draw(number, false);
     }
-    auto text = without_ligatures(page_text_);
+    auto text = join_han_lines(without_ligatures(page_text_));
     text.resize(text.find_last_not_of(" \n\t") + 1);
     if (!text.empty()) {
       has_main_text_ = true;

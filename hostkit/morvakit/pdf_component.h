@@ -15,11 +15,12 @@ class PdfSink {
   PdfSink(PdfSink const&) = delete;
   PdfSink& operator=(PdfSink const&) = delete;
 
-  /// Each false when reading is to stop; see `ReadContext`.
+  /// As those of `ReadContext`.
   virtual bool text(Orlec::ParseTextType type, std::string_view utf8) = 0;
   virtual bool separate(Orlec::ParseTextType type, char separator) = 0;
   virtual bool keep_going() = 0;
   virtual void end(Orlec::ParseOutcome outcome, std::string_view reason) = 0;
+  virtual void note(Orlec::ParseOutcome outcome, std::string_view reason) = 0;
 
  protected:
   ~PdfSink() = default;

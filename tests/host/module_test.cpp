@@ -1,7 +1,10 @@
 #include <gtest/gtest.h>
 
+#include "box/HFileClusterBoxIni.h"
+#include "cluster/cluster_type.h"
 #include "dna/HFileDNA.h"
 #include "host/HClusterEnvironment.h"
+#include "host/Orlec/LocateMgr.h"
 #include "host/PrintMoudleVersion.h"
 
 namespace {
@@ -31,6 +34,13 @@ TEST(Module, no_server_is_known) {
   EXPECT_FALSE(HClusterEnvironment::get_server_ip_port(server, port));
   EXPECT_EQ(server, HString(L"server"));
   EXPECT_EQ(port, 443);
+}
+
+TEST(Module, the_update_selector_of_k_means_is_1_at_load) { EXPECT_EQ(gi_K_ClusterType, 1); }
+
+TEST(Module, the_index_of_boxes_lies_in_the_directory_of_boxes) {
+  EXPECT_EQ(HFileClusterBoxIni::mstr_box_ini,
+            Orlec::LocateMgr::pins()->get_box_path(true) + L"box.ini");
 }
 
 TEST(Module, the_dna_length_is_32_at_load) {

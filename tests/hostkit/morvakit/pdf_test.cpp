@@ -256,7 +256,9 @@ TEST(Pdf, forms_that_multiply_are_stopped) {
     crowded.add_stream("/X Do /X Do /X Do /X Do /X Do /X Do /X Do /X Do", form(next));
   }
   crowded.add_stream("q Q", "/Type/XObject/Subtype/Form/BBox[0 0 9 9]");
-  EXPECT_EQ(parse_bytes(crowded.bytes()).main(), "before");
+  auto const parsed = parse_bytes(crowded.bytes());
+  EXPECT_EQ(parsed.main(), "before");
+  EXPECT_EQ(parsed.outcome, ParseOutcome::limit_reached);
 }
 
 TEST(Pdf, truncations_and_random_changes_are_survived) {
