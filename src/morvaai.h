@@ -2,6 +2,8 @@
 
 /// Everything that the library and its host interfaces offer.
 
+#include "box/HFileClusterBoxIni.h"
+#include "cluster/cluster_type.h"
 #include "dna/HFileDNA.h"
 #include "dna/HFileMatchDNA.h"
 #include "dna/HFileSimHash.h"

@@ -23,28 +23,28 @@ class MORVA_EXPORT HString {
   /// Leaves `other` empty.
   HString(HString&& other) noexcept;
   /// Text up to the terminator; a null pointer gives the empty text.
-  HString(wchar_t const* text);  // NOLINT(google-explicit-constructor)
+  HString(wchar_t const* text);
   /// `length` characters of a buffer that need not be terminated; a length below 1 or a null
   /// pointer gives the empty text.
   HString(wchar_t const* text, int length);
   /// UTF-8, widened; each byte that is no part of a well-formed sequence becomes U+FFFD. A null
   /// pointer gives the empty text.
-  HString(char const* text);  // NOLINT(google-explicit-constructor)
+  HString(char const* text);
   /// One character; a byte above 0x7F becomes U+FFFD.
-  HString(char character);     // NOLINT(google-explicit-constructor)
-  HString(wchar_t character);  // NOLINT(google-explicit-constructor)
+  HString(char character);   
+  HString(wchar_t character);
   /// Decimal text. The second argument is reserved and is to be false.
-  explicit HString(int value, bool reserved);
-  explicit HString(long long value, bool reserved);
-  explicit HString(unsigned long value);
+  HString(int value, bool reserved);
+  HString(long long value, bool reserved);
+  HString(unsigned long value);
   /// The shortest decimal text that `to_double` reads back as the same value. Infinities and NaN
   /// are written "inf", "-inf", "nan", "-nan"; `to_double` does not read those.
-  explicit HString(double value);
+  HString(double value);
   /// "true" or "false".
-  explicit HString(bool value);
+  HString(bool value);
   /// The elements joined by "|". `get_vt_str_by_sep` with "|" gives them back as long as none of
   /// them holds the bar itself and the list is not the one empty element.
-  explicit HString(std::vector<HString> const& elements);
+  HString(std::vector<HString> const& elements);
   virtual ~HString();
 
   HString& operator=(HString const& other);

@@ -21,7 +21,7 @@ class MORVA_EXPORT HPointN {
   long long n = 0;
 
   HPointN();
-  explicit HPointN(std::vector<double> const& data);
+  HPointN(std::vector<double> const& data);
   HPointN(HString const& label, std::vector<double> const& data);
   HPointN(HPointN const& other);
   HPointN(HPointN&& other) noexcept;

@@ -20,7 +20,8 @@ FileReport report_dna(HString const& path, DnaOptions const& options) {
   int count = 0;
   if (!HFileDNA::get_file_dna(document.parser(), dna, &count,
                               options.wide ? wide_length : narrow_length)) {
-    return no_words(path, options.json);
+    return HStutterDict::pins()->is_exist_dict() ? no_words(path, options.json)
+                                                  : no_dictionary(path, options.json);
   }
   if (options.json) {
     nlohmann::ordered_json object;

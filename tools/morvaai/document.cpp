@@ -59,7 +59,7 @@ FileReport no_dictionary(HString const& path, bool json) {
 }
 
 FileReport no_words(HString const& path, bool json) {
-  return failure_report(path, json, "no_words", "there are no words in its text");
+  return failure_report(path, json, "no words", "there are no words in its text");
 }
 
 HString Document::text(Orlec::ParseTextType type) const {

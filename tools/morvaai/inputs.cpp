@@ -45,6 +45,10 @@ std::vector<HString> expand_inputs(std::vector<std::string> const& arguments) {
       continue;
     }
     for (std::string line; std::getline(std::cin, line);) {
+      // A list may come from a system that ends its lines in two characters.
+      if (line.ends_with('\r') && !HFile::IsFileExist(morvabs::from_path(line))) {
+        line.pop_back();
+      }
       if (!line.empty()) {
         add_path(files, line);
       }

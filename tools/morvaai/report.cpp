@@ -87,6 +87,7 @@ int run_on_files(RunOptions const& options, std::function<FileReport(HString con
   HJieba::pins()->Init();
   Progress const progress(files.size());
   int status = all_done;
+  bool is_written = true;
   auto const done = [&](std::size_t index, WorkerPool::Outcome const& outcome) {
     FileReport const report =
         outcome.result
@@ -100,7 +101,8 @@ int run_on_files(RunOptions const& options, std::function<FileReport(HString con
                    report.problem.c_str());
       status = some_failed;
     }
-    if (!write_output(report.output)) {
+    if (is_written && !write_output(report.output)) {
+      is_written = false;
       status = some_failed;
     }
     progress.show(index + 1, files[index]);

@@ -1,0 +1,3 @@
+#include "cluster/cluster_type.h"
+
+int gi_K_ClusterType = 1;
