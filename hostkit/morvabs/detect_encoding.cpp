@@ -105,9 +105,14 @@ Language make_language(Candidate const& candidate) {
   return language;
 }
 
-/// How well a text fits a candidate, 0 where it does not at all.
-double fit(Candidate const& candidate, Language const& language, std::string_view bytes) {
-  std::wstring const text = from_utf8(decode_with(candidate.encoding, bytes, false));
+/// A control character that has nothing to do with the layout of a text.
+bool is_control(wchar_t c) {
+  bool const is_layout = (c >= L'\t' && c <= L'\r') || c == 0x1B;
+  return (c >= 0 && c < 0x20 && !is_layout) || c == 0x7F;
+}
+
+/// How well a text fits a language, 0 where it does not at all.
+double fit(Language const& language, std::wstring_view text) {
   std::size_t symbols = 0;
   std::size_t total = 0;
   std::size_t malformed = 0;
@@ -152,22 +157,54 @@ std::string_view telling_part(std::string_view bytes) {
   return bytes.substr(static_cast<std::size_t>(first - bytes.begin()), measured_size);
 }
 
-std::optional<std::string> find_double_byte(std::string_view bytes) {
+using Languages = std::array<Language, std::size(candidates)>;
+
+/// The languages of the candidates, in their order.
+Languages const& all_languages() {
   static auto const* const languages = [] {
-    auto* const made = new std::array<Language, std::size(candidates)>;
+    auto* const made = new Languages;
     std::transform(std::begin(candidates), std::end(candidates), made->begin(), make_language);
     return made;
   }();
-  std::optional<std::string> best;
-  double best_fit = 0;
-  for (std::size_t i = 0; i < std::size(candidates); ++i) {
-    double const found = fit(candidates[i], (*languages)[i], bytes);
-    if (found > best_fit) {
-      best_fit = found;
-      best = candidates[i].encoding;
+  return *languages;
+}
+
+/// An encoding, and how well a text fits it; no encoding fits less than 0.
+struct Fit {
+  char const* encoding = nullptr;
+  double degree = 0;
+
+  void improve(char const* other, double other_degree) {
+    if (other_degree > degree) {
+      encoding = other;
+      degree = other_degree;
     }
   }
+};
+
+Fit find_double_byte(std::string_view bytes) {
+  Fit best;
+  for (std::size_t i = 0; i < std::size(candidates); ++i) {
+    std::wstring const text = from_utf8(decode_with(candidates[i].encoding, bytes, false));
+    best.improve(candidates[i].encoding, fit(all_languages()[i], text));
+  }
   return best;
+}
+
+/// UTF-16 without a mark by its East Asian characters: the wrong order of bytes, or bytes that are
+/// something else, give characters from all over the plane, few of which are in use.
+Fit find_east_asian_units(std::string_view bytes) {
+  Fit best;
+  for (char const* const encoding : {"UTF-16LE", "UTF-16BE"}) {
+    std::wstring const text = from_utf8(decode_with(encoding, bytes, false));
+    if (std::any_of(text.begin(), text.end(), is_control)) {
+      continue;
+    }
+    for (Language const& language : all_languages()) {
+      best.improve(encoding, fit(language, text));
+    }
+  }
+  return best.degree > symbols_only ? best : Fit();
 }
 
 bool fits_without_fault(std::string_view encoding, std::string_view bytes) {
@@ -189,8 +226,8 @@ std::string find_by_statistics(std::string_view bytes) {
 
 std::string find_legacy(std::string_view bytes) {
   std::string_view const telling = telling_part(bytes);
-  auto const found = find_double_byte(telling);
-  return found ? *found : find_by_statistics(telling);
+  Fit const found = find_double_byte(telling);
+  return found.encoding == nullptr ? find_by_statistics(telling) : found.encoding;
 }
 
 /// Share of the characters that ordinary text is made of, counting ASCII twice: the characters that
@@ -251,15 +288,16 @@ std::optional<std::string> find_wide_units(std::string_view bytes) {
   return best;
 }
 
+/// Bytes that are no text at all. A few NULs may stand in what is valid UTF-8 otherwise.
 bool is_binary(std::string_view bytes) {
-  auto const is_control = [](char c) {
-    auto const value = static_cast<unsigned char>(c);
-    bool const is_layout = (value >= '\t' && value <= '\r') || value == 0x1B;
-    return (value < 0x20 && !is_layout) || value == 0x7F;
-  };
-  auto const count = std::count_if(bytes.begin(), bytes.end(), is_control);
-  bool const has_null = bytes.find('\0') != std::string_view::npos;
-  return has_null || static_cast<std::size_t>(count) > 2 + bytes.size() / 100;
+  auto const controls = std::count_if(bytes.begin(), bytes.end(), [](char c) {
+    return is_control(static_cast<wchar_t>(static_cast<unsigned char>(c)));
+  });
+  auto const nulls = std::count(bytes.begin(), bytes.end(), '\0');
+  bool const has_stray_nulls = nulls > 0 && static_cast<std::size_t>(nulls) * 100 <= bytes.size() &&
+                               is_utf8(bytes.substr(0, complete_utf8_prefix(bytes)));
+  return (nulls > 0 && !has_stray_nulls) ||
+         static_cast<std::size_t>(controls) > 2 + bytes.size() / 100;
 }
 
 /// UTF-8, also with a sequence cut at the end or with some damage. Text in another encoding may
@@ -290,6 +328,26 @@ DetectedEncoding find_mark(std::string_view bytes) {
   return {};
 }
 
+/// UTF-16 or UTF-32 without a mark.
+std::optional<std::string> find_wide(std::string_view bytes) {
+  std::string_view const part = bytes.substr(0, measured_size);
+  auto const nulls = static_cast<std::size_t>(std::count(part.begin(), part.end(), '\0'));
+  bool const is_whole = bytes.size() <= measured_size;
+  if (is_whole && bytes.size() % 2 != 0) {
+    return std::nullopt;
+  }
+  if (nulls * 4 < part.size() && is_utf8(part.substr(0, complete_utf8_prefix(part)))) {
+    return std::nullopt;
+  }
+  if (auto const by_zeros = nulls > 0 ? find_wide_units(part) : std::nullopt) {
+    return by_zeros;
+  }
+  Fit const found = find_east_asian_units(part);
+  bool const is_better =
+      found.encoding != nullptr && found.degree > find_double_byte(telling_part(part)).degree;
+  return is_better ? std::optional<std::string>(found.encoding) : std::nullopt;
+}
+
 /// The encoding of a whole text, which is not UTF-8 all through and has no mark.
 std::string find_other(std::string_view bytes) {
   std::string_view const sample = bytes.substr(0, sample_size);
@@ -307,11 +365,8 @@ DetectedEncoding find_whole(std::string_view bytes) {
   if (found.mark_length > 0) {
     return found;
   }
-  bool const has_null = bytes.find('\0') != std::string_view::npos;
-  if (has_null) {
-    if (auto wide = find_wide_units(bytes.substr(0, measured_size))) {
-      return {*wide, 0};
-    }
+  if (auto const wide = find_wide(bytes)) {
+    return {*wide, 0};
   }
   return {is_utf8(bytes) ? "UTF-8" : find_other(bytes), 0};
 }
@@ -323,8 +378,8 @@ DetectedEncoding detect_encoding(std::string_view sample) {
   if (found.mark_length > 0) {
     return found;
   }
-  if (sample.find('\0') != std::string_view::npos) {
-    return {find_wide_units(sample.substr(0, measured_size)).value_or(std::string()), 0};
+  if (auto const wide = find_wide(sample)) {
+    return {*wide, 0};
   }
   if (is_binary(sample)) {
     return {};

@@ -16,7 +16,7 @@ MORVA_EXPORT std::string zip_name_key(std::string_view name);
 
 /// How far the directory of a ZIP is believed.
 struct ZipBounds {
-  std::uint64_t entries = 100000;
+  std::uint64_t entries = 20000;
   /// Of all directories together that the end of the file offers.
   std::uint64_t directory_bytes = std::uint64_t{64} << 20;
 };

@@ -7,7 +7,7 @@
 namespace tessarine {
 namespace {
 
-constexpr std::uint64_t entry_limit = 100000;
+constexpr std::uint64_t entry_limit = 20000;
 // What is searched, in all, for the next header behind entries that do not tell their length.
 constexpr std::int64_t header_search_limit = std::int64_t{1} << 20;
 

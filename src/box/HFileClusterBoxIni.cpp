@@ -2,4 +2,5 @@
 
 #include "host/Orlec/LocateMgr.h"
 
-HString HFileClusterBoxIni::mstr_box_ini = Orlec::LocateMgr::pins()->get_box_path(true) + L"box.ini";
+HString HFileClusterBoxIni::mstr_box_ini =
+    Orlec::LocateMgr::pins()->get_box_path(true) + L"box.ini";

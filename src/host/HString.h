@@ -31,7 +31,7 @@ class MORVA_EXPORT HString {
   /// pointer gives the empty text.
   HString(char const* text);
   /// One character; a byte above 0x7F becomes U+FFFD.
-  HString(char character);   
+  HString(char character);
   HString(wchar_t character);
   /// Decimal text. The second argument is reserved and is to be false.
   HString(int value, bool reserved);

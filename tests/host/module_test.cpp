@@ -36,7 +36,9 @@ TEST(Module, no_server_is_known) {
   EXPECT_EQ(port, 443);
 }
 
-TEST(Module, the_update_selector_of_k_means_is_1_at_load) { EXPECT_EQ(gi_K_ClusterType, 1); }
+TEST(Module, the_update_selector_of_k_means_is_1_at_load) {
+  EXPECT_EQ(gi_K_ClusterType, 1);
+}
 
 TEST(Module, the_index_of_boxes_lies_in_the_directory_of_boxes) {
   EXPECT_EQ(HFileClusterBoxIni::mstr_box_ini,

@@ -21,7 +21,7 @@ FileReport report_dna(HString const& path, DnaOptions const& options) {
   if (!HFileDNA::get_file_dna(document.parser(), dna, &count,
                               options.wide ? wide_length : narrow_length)) {
     return HStutterDict::pins()->is_exist_dict() ? no_words(path, options.json)
-                                                  : no_dictionary(path, options.json);
+                                                 : no_dictionary(path, options.json);
   }
   if (options.json) {
     nlohmann::ordered_json object;

@@ -14,7 +14,7 @@ struct ParseLimits {
   /// Unpacked size of one part of a container over its packed size; counts from 64 MiB on.
   std::int64_t i_expansion_ratio = 250;
   /// Entries in one container.
-  std::int64_t i_entries = 100000;
+  std::int64_t i_entries = 20000;
   /// Depth of nested elements in XML and HTML.
   std::int64_t i_xml_depth = 1000;
   /// Characters of main text that are kept in memory, and the same again for all other kinds

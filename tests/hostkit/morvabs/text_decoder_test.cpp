@@ -182,8 +182,23 @@ TEST(DetectEncoding, small_numbers_are_no_wide_text) {
 }
 
 TEST(DetectEncoding, chinese_text_in_wide_units_is_recognised) {
-  std::u16string const text = u"第一章　总则\n第一条　为了规范合同的签订和履行，制定本办法。\n";
-  EXPECT_EQ(morvabs::detect_encoding(utf16le(text)).name, "UTF-16LE");
+  for (std::u16string const text :
+       {u"第一章　总则\n第一条　为了规范合同的签订和履行，制定本办法。\n",
+        u"软件开发合同\n甲方委托乙方开发文档管理系统\n", u"最近需要开会讨论开发工作",
+        u"乙方保证交付的软件不侵犯任何第三方的知识产权"}) {
+    EXPECT_EQ(morvabs::detect_encoding(utf16le(text)).name, "UTF-16LE");
+    EXPECT_EQ(morvabs::detect_encoding(swapped(utf16le(text))).name, "UTF-16BE");
+    EXPECT_EQ(morvabs::decode_text(utf16le(text)),
+              morvabs::decode_text("\xFF\xFE" + utf16le(text)));
+  }
+}
+
+TEST(DetectEncoding, a_null_in_valid_utf8_does_not_make_it_wide) {
+  EXPECT_EQ(morvabs::decode_text(std::string("a\0b", 3)), std::string("a\0b", 3));
+  EXPECT_EQ(morvabs::decode_text(std::string("abc\0def ghi\n", 12)),
+            std::string("abc\0def ghi\n", 12));
+  std::string const text = std::string(200, 'x') + '\0' + std::string(200, 'y');
+  EXPECT_EQ(morvabs::detect_encoding(text).name, "UTF-8");
 }
 
 TEST(DetectEncoding, bytes_of_a_binary_file_are_no_text) {
