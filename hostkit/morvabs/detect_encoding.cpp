@@ -339,7 +339,7 @@ std::optional<std::string> find_wide(std::string_view bytes) {
   if (nulls * 4 < part.size() && is_utf8(part.substr(0, complete_utf8_prefix(part)))) {
     return std::nullopt;
   }
-  if (auto const by_zeros = nulls > 0 ? find_wide_units(part) : std::nullopt) {
+  if (auto by_zeros = nulls > 0 ? find_wide_units(part) : std::nullopt) {
     return by_zeros;
   }
   Fit const found = find_east_asian_units(part);
