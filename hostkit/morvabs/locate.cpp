@@ -3,7 +3,11 @@
 #include <array>
 #include <climits>
 #include <cstdlib>
+#include <filesystem>
+#include <string>
+#include <system_error>
 
+#include <dlfcn.h>
 #include <pwd.h>
 #include <unistd.h>
 
@@ -32,6 +36,26 @@ HString home_directory() {
   return found == nullptr || found->pw_dir == nullptr ? HString(L"/") : from_path(found->pw_dir);
 }
 
+std::string find_data_directory() {
+  Dl_info info{};
+  static char const anchor = 0;  // any object of this library
+  if (dladdr(&anchor, &info) == 0 || info.dli_fname == nullptr) {
+    return {};
+  }
+  std::filesystem::path const library = info.dli_fname;
+  std::error_code error;
+  // Made absolute at once: the loader may know the library by a path from the working directory.
+  auto const directory =
+      std::filesystem::absolute(library.parent_path() / MORVA_DATA_FROM_LIB, error);
+  return error ? std::string() : directory.lexically_normal().string();
+}
+
+/// The library stays where it was loaded from, so that one look is enough.
+std::string const& data_directory() {
+  static std::string const* const directory = new std::string(find_data_directory());
+  return *directory;
+}
+
 }  // namespace
 
 HString environment_path(char const* variable) {
@@ -45,6 +69,11 @@ HString user_data_directory() {
     data_home = home_directory().dir_fit(true) + L".local/share";
   }
   return data_home.dir_fit(true) + L"morvaai";
+}
+
+HString dictionary_directory() {
+  HString const set = environment_path("MORVA_DICT_PATH");
+  return set.empty() ? from_path(data_directory() + "/dict") : set;
 }
 
 HString executable_directory() {

@@ -1,8 +1,11 @@
 #include "host/HStutterDict.h"
 
 #include "host/native_path.h"
+#include "morvabs/locate.h"
 #include "morvajieba/dictionary.h"
 #include "morvajieba/engine.h"
+
+HStutterDict::HStutterDict() : mstr_dict_path(morvabs::dictionary_directory()) {}
 
 HStutterDict* HStutterDict::ins() {
   return pins();

@@ -9,8 +9,8 @@
 /// renaming a new file over the old one: the dictionary is mapped while it is used.
 class MORVA_EXPORT HStutterDict {
  public:
-  /// The dictionaries' directory, with or without a separator at its end; empty, which means that
-  /// there are none, until it is set.
+  /// The dictionaries' directory, with or without a separator at its end; until it is set, the one
+  /// that `Orlec::LocateMgr` gives. Empty means that there are none.
   HString mstr_dict_path;
 
   /// The singleton; both names give the same object.
@@ -22,5 +22,5 @@ class MORVA_EXPORT HStutterDict {
   bool is_exist_dict() const;
 
  private:
-  HStutterDict() = default;
+  HStutterDict();
 };

@@ -4,6 +4,8 @@
 #include "cluster/cluster_type.h"
 #include "dna/HFileDNA.h"
 #include "host/HClusterEnvironment.h"
+#include "host/HJieba.h"
+#include "host/HStutterDict.h"
 #include "host/Orlec/LocateMgr.h"
 #include "host/PrintMoudleVersion.h"
 
@@ -34,6 +36,11 @@ TEST(Module, no_server_is_known) {
   EXPECT_FALSE(HClusterEnvironment::get_server_ip_port(server, port));
   EXPECT_EQ(server, HString(L"server"));
   EXPECT_EQ(port, 443);
+}
+
+TEST(Module, the_segmenter_starts_without_a_path_set) {
+  EXPECT_EQ(HStutterDict::pins()->mstr_dict_path, Orlec::LocateMgr::pins()->get_dict_path(false));
+  EXPECT_EQ(HJieba::pins()->Init(), 0);
 }
 
 TEST(Module, the_update_selector_of_k_means_is_1_at_load) {
