@@ -294,7 +294,8 @@ bool is_binary(std::string_view bytes) {
     return is_control(static_cast<wchar_t>(static_cast<unsigned char>(c)));
   });
   auto const nulls = std::count(bytes.begin(), bytes.end(), '\0');
-  bool const has_stray_nulls = nulls > 0 && static_cast<std::size_t>(nulls) * 100 <= bytes.size() &&
+  bool const has_stray_nulls = nulls > 0 &&
+                               static_cast<std::size_t>(controls) * 10 <= bytes.size() &&
                                is_utf8(bytes.substr(0, complete_utf8_prefix(bytes)));
   return (nulls > 0 && !has_stray_nulls) ||
          static_cast<std::size_t>(controls) > 2 + bytes.size() / 100;
