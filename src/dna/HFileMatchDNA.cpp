@@ -1,6 +1,8 @@
 #include "dna/HFileMatchDNA.h"
 
 #include <bit>
+#include <cstddef>
+#include <string>
 
 #include "dna/HFileSimHash.h"
 
@@ -8,15 +10,16 @@ HFileMatchDNA::HFileMatchDNA() = default;
 HFileMatchDNA::~HFileMatchDNA() = default;
 
 double HFileMatchDNA::get_dna_similarity(HString const& a, HString const& b) {
-  int const length = a.length();
-  if (length == 0 || b.length() != length) {
+  std::wstring const first = a.get_ws();
+  std::wstring const second = b.get_ws();
+  if (first.empty() || second.size() != first.size()) {
     return 0.0;
   }
-  long long const bits = 4LL * length;
-  long long agreeing = bits;
-  for (int i = 0; i < length; ++i) {
-    int const differing = HFileSimHash::hex2dec(a[i]) ^ HFileSimHash::hex2dec(b[i]);
-    agreeing -= std::popcount(static_cast<unsigned int>(differing));
+  std::size_t const bits = 4 * first.size();
+  std::size_t agreeing = bits;
+  for (std::size_t i = 0; i < first.size(); ++i) {
+    int const differing = HFileSimHash::hex2dec(first[i]) ^ HFileSimHash::hex2dec(second[i]);
+    agreeing -= static_cast<std::size_t>(std::popcount(static_cast<unsigned int>(differing)));
   }
   return static_cast<double>(agreeing) / static_cast<double>(bits) * 100.0;
 }

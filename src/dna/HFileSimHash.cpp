@@ -27,8 +27,8 @@ std::vector<Vote> hash_words(std::map<HString, double> const& words) {
   for (auto const& [word, weight] : words) {
     HString const hash = word.get_md5_std_format(reserved);
     Vote& vote = votes.emplace_back(Vote{{}, weight});
-    for (int i = 0; i < hash.length(); ++i) {
-      vote.digits.push_back(static_cast<char>(HFileSimHash::hex2dec(hash[i])));
+    for (wchar_t const digit : hash.get_ws()) {
+      vote.digits.push_back(static_cast<char>(HFileSimHash::hex2dec(digit)));
     }
   }
   return votes;
@@ -98,10 +98,9 @@ void HFileSimHash::simhashDNA(std::map<HString, double> const& words, HString& o
 }
 
 void HFileSimHash::simhashTobinary(HString const& hex, std::vector<int>& bits) {
-  int const length = hex.length();
-  bits.reserve(bits.size() + static_cast<std::size_t>(length) * bits_per_digit);
-  for (int c = 0; c < length; ++c) {
-    int const digit = hex2dec(hex[c]);
+  bits.reserve(bits.size() + hex.size() * bits_per_digit);
+  for (wchar_t const character : hex.get_ws()) {
+    int const digit = hex2dec(character);
     for (int i = 0; i < bits_per_digit; ++i) {
       bits.push_back((8 >> i) & digit);
     }
