@@ -84,7 +84,9 @@ TEST(WordMerge, keeps_the_other_fields_of_the_first_appearance) {
 
 TEST(WordMerge, nodes_that_were_there_before_keep_their_weight_and_swallow_their_word) {
   List merged{word(L"old", 0.6)};
-  EXPECT_EQ(HFileWordNode::get_vt_word_node({{word(L"old", 0.1), word(L"new", 0.3)}}, merged), 2U);
+  EXPECT_EQ(HFileWordNode::get_vt_word_node(
+                {{word(L"old", 0.1), word(L"new", 0.3)}, {word(L"old", 0.2)}}, merged),
+            2U);
   EXPECT_EQ(merged[0].weight, 0.6);
   EXPECT_EQ(merged[1].weight, 0.3);
 }
