@@ -1,0 +1,63 @@
+#pragma once
+
+#include <vector>
+
+#include "cluster/HClusterBase.h"
+#include "host/export.h"
+#include "numeric/HPointN.h"
+
+/// Density clustering: points with enough neighbours (kernel points) form groups with the kernel
+/// points behind them, groups that share a point merge, and border points join the first group that
+/// holds a neighbour. Noise points are in no cluster.
+///
+/// After Ester, Kriegel, Sander, Xu, "A density-based algorithm for discovering clusters", KDD
+/// 1996, with a construction of its own: a group that has absorbed group j goes on with the groups
+/// from its own position + 2, and groups are never compared with those before them. Parts of a
+/// chain can therefore stay apart and a kernel point can stand in two clusters. Neighbourhood is a
+/// distance strictly below eps, or a cosine similarity strictly above a threshold. Nothing is
+/// logged.
+class MORVA_EXPORT HClusterDBScan : public HClusterBase {
+ public:
+  /// Neighbourhood by similarity instead of distance.
+  bool mb_use_similarity = false;
+  bool mb_mark_kernel = false;
+  bool mb_mark_border = false;
+  bool mb_mark_noise = false;
+  /// Ascending.
+  std::vector<int> vt_kernel;
+  std::vector<int> vt_border;
+  std::vector<int> vt_noise;
+  double md_eps = 0.0;
+  double md_similarity = 0.0;
+  /// Neighbours, the point itself included, that make a kernel point.
+  int mi_min_points = 0;
+
+  HClusterDBScan();
+  ~HClusterDBScan();
+
+  void set_eps(double const& eps);
+  /// Leaves `mb_use_similarity` as it is.
+  void set_similarity(double const& similarity);
+  void set_min_ponits(int const& min_points);
+  /// These three leave their argument as it was; the lists are members.
+  void get_vt_kernel(std::vector<int>& out);
+  void get_vt_border(std::vector<int>& out);
+  void get_vt_noise(std::vector<int>& out);
+  using HClusterBase::cluster;
+  int get_cluster_type() const override;
+  /// True when there is a cluster. Memory: one bit for each pair of points.
+  bool cluster() override;
+  bool is_less_than_eps(HPointN const& a, HPointN const& b) const;
+  bool is_greater_than_similarity(HPointN const& a, HPointN const& b) const;
+  bool is_in_range(HPointN const& a, HPointN const& b) const;
+  bool is_in_vt_point(int const& index, std::vector<int> const& list) const;
+  /// Whether an element of `b` is in `a`.
+  bool is_intersect_between_vt(std::vector<int> const& a, std::vector<int> const& b) const;
+  /// `out` becomes the union, each element once, ascending. `out` may be `a` or `b`.
+  void union_both_vt(std::vector<int> const& a, std::vector<int> const& b,
+                     std::vector<int>& out) const;
+  /// Fill the three lists, in this order. A second call of the first does nothing.
+  void mark_kernel_point();
+  void mark_border_point();
+  void mark_noise_point();
+};
