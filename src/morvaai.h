@@ -2,11 +2,21 @@
 
 /// Everything that the library and its host interfaces offer.
 
+#include "box/HClusterResultBase.h"
+#include "box/HClusterResultDBScanNode.h"
+#include "box/HClusterResultFeatureNode.h"
+#include "box/HClusterResultKMeansNode.h"
+#include "box/HClusterResultMgr.h"
+#include "box/HClusterResultNode.h"
 #include "box/HFileClusterBoxIni.h"
 #include "cluster/cluster_type.h"
+#include "console/HClusterDirSnapCallback.h"
+#include "console/HClusterFileExtractor.h"
+#include "console/HClusterTest.h"
 #include "dna/HFileDNA.h"
 #include "dna/HFileMatchDNA.h"
 #include "dna/HFileSimHash.h"
+#include "features/HClusterFileData.h"
 #include "features/HClusterFileParser.h"
 #include "features/HFeatureNode.h"
 #include "features/HFileFeature.h"

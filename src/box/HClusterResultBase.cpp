@@ -1,0 +1,3 @@
+#include "box/HClusterResultBase.h"
+
+HClusterResultBase::HClusterResultBase() = default;

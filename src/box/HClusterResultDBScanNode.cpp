@@ -1,0 +1,3 @@
+#include "box/HClusterResultDBScanNode.h"
+
+HClusterResultDBScanNode::HClusterResultDBScanNode() = default;

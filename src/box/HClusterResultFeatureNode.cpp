@@ -1,0 +1,3 @@
+#include "box/HClusterResultFeatureNode.h"
+
+HClusterResultFeatureNode::HClusterResultFeatureNode() = default;

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <vector>
+
+#include "host/HString.h"
+#include "host/export.h"
+
+/// One member file of a class.
+class MORVA_EXPORT HClusterResultFeatureNode {
+ public:
+  /// Both as in the file's `HFeatureNode`.
+  HString str_file_id;
+  HString str_file_name;
+  /// The coordinates of the file's point, one for each word of the vocabulary.
+  std::vector<double> vt_data;
+
+  HClusterResultFeatureNode();
+};

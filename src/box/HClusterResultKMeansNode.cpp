@@ -1,0 +1,3 @@
+#include "box/HClusterResultKMeansNode.h"
+
+HClusterResultKMeansNode::HClusterResultKMeansNode() = default;

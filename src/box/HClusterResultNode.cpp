@@ -1,0 +1,3 @@
+#include "box/HClusterResultNode.h"
+
+HClusterResultNode::HClusterResultNode() = default;
