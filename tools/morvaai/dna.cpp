@@ -39,7 +39,7 @@ FileReport report_dna(HString const& path, DnaOptions const& options) {
 }  // namespace
 
 int run_dna(DnaOptions const& options) {
-  return run_on_files(options, [&](HString const& path) { return report_dna(path, options); });
+  return print_on_files(options, [&](HString const& path) { return report_dna(path, options); });
 }
 
 }  // namespace tool

@@ -48,7 +48,8 @@ FileReport report_features(HString const& path, FeaturesOptions const& options) 
 }  // namespace
 
 int run_features(FeaturesOptions const& options) {
-  return run_on_files(options, [&](HString const& path) { return report_features(path, options); });
+  return print_on_files(options,
+                        [&](HString const& path) { return report_features(path, options); });
 }
 
 }  // namespace tool

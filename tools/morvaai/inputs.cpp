@@ -27,15 +27,22 @@ void add_path(std::vector<HString>& files, std::string const& argument) {
     files.push_back(path);
     return;
   }
-  FileCollector collector(files);
-  HDirSnap walk;
-  walk.mb_recursive = true;
-  walk.set_callback(&collector, true);
-  walk.set_file(path);
-  walk.snap();
+  std::vector<HString> const found = files_in(path, true);
+  files.insert(files.end(), found.begin(), found.end());
 }
 
 }  // namespace
+
+std::vector<HString> files_in(HString const& folder, bool is_recursive) {
+  std::vector<HString> files;
+  FileCollector collector(files);
+  HDirSnap walk;
+  walk.mb_recursive = is_recursive;
+  walk.set_callback(&collector, true);
+  walk.set_file(folder);
+  walk.snap();
+  return files;
+}
 
 std::vector<HString> expand_inputs(std::vector<std::string> const& arguments) {
   std::vector<HString> files;

@@ -5,9 +5,9 @@
 #include <cstring>
 
 #include <nlohmann/json.hpp>
-#include <unistd.h>
 
 #include "inputs.h"
+#include "progress.h"
 #include "worker_pool.h"
 
 namespace tool {
@@ -23,29 +23,6 @@ FileReport unpack(std::string const& packed) {
   std::size_t const size = std::stoull(packed.substr(0, colon));
   return {packed.substr(colon + 1, size), packed.substr(colon + 1 + size)};
 }
-
-// A line on a terminal that is overwritten by the next one.
-class Progress {
- public:
-  explicit Progress(std::size_t count)
-      : count_(count), shown_(count > 1 && isatty(STDERR_FILENO) == 1) {}
-
-  void show(std::size_t finished, HString const& path) const {
-    if (shown_) {
-      std::fprintf(stderr, "\r\033[K[%zu/%zu] %.60s", finished, count_,
-                   printable(path.get_short_name()).c_str());
-    }
-  }
-  void clear() const {
-    if (shown_) {
-      std::fputs("\r\033[K", stderr);
-    }
-  }
-
- private:
-  std::size_t count_;
-  bool shown_;
-};
 
 }  // namespace
 
@@ -80,35 +57,30 @@ bool write_output(std::string const& text) {
   return false;
 }
 
-int run_on_files(RunOptions const& options, std::function<FileReport(HString const&)> const& work) {
-  std::vector<HString> const files = expand_inputs(options.inputs);
+int run_on_files(std::vector<HString> const& files, std::size_t jobs,
+                 std::function<FileReport(HString const&)> const& work,
+                 std::function<bool(std::size_t, FileReport)> const& take) {
   // Mapped before the workers are forked, so that all share it.
   HStutterDict::pins()->set_dict_path(Orlec::LocateMgr::pins()->get_dict_path(false));
   HJieba::pins()->Init();
   Progress const progress(files.size());
   int status = all_done;
-  bool is_written = true;
   auto const done = [&](std::size_t index, WorkerPool::Outcome const& outcome) {
-    FileReport const report =
-        outcome.result
-            ? unpack(*outcome.result)
-            : FileReport{options.json ? json_failure(files[index], "failed", outcome.failure)
-                                      : std::string(),
-                         outcome.failure};
+    FileReport report =
+        outcome.result ? unpack(*outcome.result) : FileReport{std::string(), outcome.failure};
     progress.clear();
     if (!report.problem.empty()) {
       std::fprintf(stderr, "morvaai: %s: %s\n", printable(files[index]).c_str(),
                    report.problem.c_str());
       status = some_failed;
     }
-    if (is_written && !write_output(report.output)) {
-      is_written = false;
+    if (!take(index, std::move(report))) {
       status = some_failed;
     }
     progress.show(index + 1, files[index]);
   };
   WorkerPool pool;
-  pool.jobs = options.jobs;
+  pool.jobs = jobs;
   bool const ran = pool.run(
       files.size(), [&](std::size_t i) { return pack(work(files[i])); }, done);
   progress.clear();
@@ -117,6 +89,19 @@ int run_on_files(RunOptions const& options, std::function<FileReport(HString con
     return some_failed;
   }
   return status;
+}
+
+int print_on_files(RunOptions const& options,
+                   std::function<FileReport(HString const&)> const& work) {
+  std::vector<HString> const files = expand_inputs(options.inputs);
+  bool is_written = true;
+  return run_on_files(files, options.jobs, work, [&](std::size_t index, FileReport report) {
+    if (options.json && report.output.empty()) {
+      report.output = json_failure(files[index], "failed", report.problem);
+    }
+    is_written = is_written && write_output(report.output);
+    return is_written;
+  });
 }
 
 }  // namespace tool

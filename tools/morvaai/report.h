@@ -12,9 +12,9 @@ namespace tool {
 /// Exit status of the program.
 enum Status : int { all_done = 0, some_failed = 1, wrong_use = 2 };
 
-/// What a command has to say about one file.
+/// What a command makes of one file.
 struct FileReport {
-  /// For standard output, line ends included.
+  /// The result; where it goes to standard output, with its line ends.
   std::string output;
   /// One line for standard error, without the file's name; empty when all went well.
   std::string problem;
@@ -27,9 +27,17 @@ struct RunOptions {
   bool json = false;
 };
 
-/// Runs `work` on every file of the inputs in worker processes, prints the reports in order of the
-/// inputs and progress on a terminal, and returns the exit status.
-int run_on_files(RunOptions const& options, std::function<FileReport(HString const&)> const& work);
+/// Runs `work` on every file in worker processes, with progress on a terminal, and hands the
+/// reports to `take` in order of the files. Prints the problems; a file whose worker ended early
+/// has no output. Returns the exit status: all done when there was no problem and `take` never
+/// refused.
+int run_on_files(std::vector<HString> const& files, std::size_t jobs,
+                 std::function<FileReport(HString const&)> const& work,
+                 std::function<bool(std::size_t, FileReport)> const& take);
+
+/// Runs `work` on every file of the inputs in that way and prints the outputs.
+int print_on_files(RunOptions const& options,
+                   std::function<FileReport(HString const&)> const& work);
 
 /// UTF-8 of the text as it may stand in a line on a terminal: control characters become U+FFFD.
 std::string printable(HString const& text);
