@@ -183,7 +183,6 @@ HString HClusterResultMgr::get_class_feature(std::vector<HString> const& vt_word
   return SortedWords(vt_words, vt_point, vt_member).listing();
 }
 
-// NOLINTNEXTLINE(readability-non-const-parameter): the interface takes it by plain reference.
 bool HClusterResultMgr::get_cluster_base_result(HClusterResultBase* node, int const& index,
                                                 std::vector<HString>& vt_words,
                                                 std::vector<HPointN> const& vt_point,
