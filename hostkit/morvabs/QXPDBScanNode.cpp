@@ -1,0 +1,3 @@
+#include "host/QXPDBScanNode.h"
+
+QXPDBScanNode::QXPDBScanNode() = default;

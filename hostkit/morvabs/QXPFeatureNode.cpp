@@ -1,0 +1,3 @@
+#include "host/QXPFeatureNode.h"
+
+QXPFeatureNode::QXPFeatureNode() = default;

@@ -1,0 +1,3 @@
+#include "host/QXPKMeansNode.h"
+
+QXPKMeansNode::QXPKMeansNode() = default;
