@@ -68,6 +68,7 @@ HIniFileHelper::~HIniFileHelper() = default;
 
 void HIniFileHelper::setFile(HString const& path) {
   path_ = path;
+  is_unread_ = false;
 }
 
 bool HIniFileHelper::read_string(HString const& section, HString const& key, HString& value) const {
@@ -103,6 +104,7 @@ bool HIniFileHelper::write_string(HString const& section, HString const& key,
 bool HIniFileHelper::read_all() {
   auto document = load(path_);
   bool const is_read = document.has_value();
+  is_unread_ = !is_read && HFile::IsFileExist(path_);
   morvabs::IniDocument found = std::move(document).value_or(morvabs::IniDocument());
   vt_section = std::move(found.sections);
   trailing_comment_ = found.trailing_comment;
@@ -110,5 +112,5 @@ bool HIniFileHelper::read_all() {
 }
 
 bool HIniFileHelper::write_all() {
-  return store(path_, {vt_section, trailing_comment_});
+  return !is_unread_ && store(path_, {vt_section, trailing_comment_});
 }

@@ -45,10 +45,12 @@ class MORVA_EXPORT HIniFileHelper {
   bool write_string(HString const& section, HString const& key, HString const& value);
   /// Loads the whole file into the section list; a file that cannot be read gives an empty list.
   bool read_all();
-  /// Replaces the file by the section list. False, with the file untouched, on failure.
+  /// Replaces the file by the section list. False, with the file untouched, on failure, and where
+  /// the last `read_all` could not read what is there, so that it is not lost.
   bool write_all();
 
  private:
   HString path_;
   HString trailing_comment_;  // the comment lines behind the last key
+  bool is_unread_ = false;    // there is a file that `read_all` could not read
 };

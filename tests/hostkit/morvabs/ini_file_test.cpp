@@ -1,3 +1,4 @@
+#include <cstdint>
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -230,6 +231,17 @@ TEST_F(IniFile, a_file_that_cannot_be_read_is_not_overwritten) {
   std::filesystem::create_directory(directory_.path() / "box.ini");
   EXPECT_FALSE(write(L"box", L"MD5", L"1"));
   EXPECT_TRUE(std::filesystem::is_directory(directory_.path() / "box.ini"));
+}
+
+TEST_F(IniFile, a_file_that_read_all_could_not_read_is_not_overwritten) {
+  put("[box]\nMD5 = 1\n");
+  auto const path = directory_.path() / "box.ini";
+  constexpr std::uintmax_t too_large = (std::uintmax_t{64} << 20U) + 1;
+  std::filesystem::resize_file(path, too_large);
+  HIniFileHelper whole = helper();
+  EXPECT_FALSE(whole.read_all());
+  EXPECT_FALSE(whole.write_all());
+  EXPECT_EQ(std::filesystem::file_size(path), too_large);
 }
 
 TEST_F(IniFile, writing_where_there_is_no_directory_fails) {

@@ -1,44 +1,18 @@
 #include <array>
 #include <cerrno>
 #include <memory>
-#include <stdexcept>
 
-#include <arpa/inet.h>
 #include <gtest/gtest.h>
-#include <netinet/in.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
 #include "host/SITcpClient.h"
 
+#include "support/local_server.h"
+
 namespace {
 
-/// A socket on a free port of this machine, listening unless told otherwise.
-class Server {
- public:
-  explicit Server(bool listening = true) : socket_(socket(AF_INET, SOCK_STREAM, 0)) {
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    socklen_t length = sizeof address;
-    if (bind(socket_, reinterpret_cast<sockaddr*>(&address), length) != 0 ||
-        getsockname(socket_, reinterpret_cast<sockaddr*>(&address), &length) != 0 ||
-        (listening && listen(socket_, 4) != 0)) {
-      throw std::runtime_error("no server");
-    }
-    port_ = ntohs(address.sin_port);
-  }
-  ~Server() { close(socket_); }
-  Server(Server const&) = delete;
-  Server& operator=(Server const&) = delete;
-
-  int port() const { return port_; }
-  int accept_one() const { return accept(socket_, nullptr, nullptr); }
-
- private:
-  int socket_;
-  int port_ = 0;
-};
+using Server = test::LocalServer;
 
 int connect_to(HString const& server, int port) {
   SITcpClient client;

@@ -1,0 +1,3 @@
+#include "box/HClusterOut.h"
+
+HClusterOut::HClusterOut() = default;
