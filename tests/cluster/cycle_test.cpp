@@ -91,6 +91,6 @@ TEST_P(Cycles, random_sets_end) {
 }
 
 INSTANTIATE_TEST_SUITE_P(KMeans, Cycles, testing::Values(0, 1),
-                         [](auto const& info) { return info.param == 0 ? "means" : "medians"; });
+                         [](auto const& rule) { return rule.param == 0 ? "means" : "medians"; });
 
 }  // namespace

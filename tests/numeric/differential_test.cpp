@@ -25,7 +25,7 @@ Members random_members(Matrix const& points, reference::RandomMatrix& random) {
 }
 
 TEST(HClusterDistance, pair_measures_have_the_bits_of_the_plain_form) {
-  for_random_points(120, 1'000'000, [](Matrix const& rows, reference::RandomMatrix& /*random*/) {
+  for_random_points(500, 1'000'000, [](Matrix const& rows, reference::RandomMatrix& /*random*/) {
     std::vector<HPointN> const points = reference::to_points(rows);
     EXPECT_PRED2([](double a, double b) { return is_same(a, b); },
                  HClusterDistance::get_avg_distance(points), reference::mean_distance(rows));
@@ -47,7 +47,7 @@ TEST(HClusterDistance, pair_measures_have_the_bits_of_the_plain_form) {
 }
 
 TEST(HClusterDistance, pair_points_are_those_of_the_plain_form) {
-  for_random_points(30, 2'000'000, [](Matrix const& rows, reference::RandomMatrix& /*random*/) {
+  for_random_points(100, 2'000'000, [](Matrix const& rows, reference::RandomMatrix& /*random*/) {
     std::vector<HPointN> const points = reference::to_points(rows);
     HPointN a;
     HPointN b;
@@ -63,7 +63,7 @@ TEST(HClusterDistance, pair_points_are_those_of_the_plain_form) {
 }
 
 TEST(HClusterDistance, sums_and_radius_have_the_bits_of_the_plain_form) {
-  for_random_points(60, 3'000'000, [](Matrix const& rows, reference::RandomMatrix& random) {
+  for_random_points(300, 3'000'000, [](Matrix const& rows, reference::RandomMatrix& random) {
     std::vector<HPointN> const points = reference::to_points(rows);
     Members const members = random_members(rows, random);
     int const index = random.integer(-2, reference::count_of(rows) + 1);
@@ -78,7 +78,7 @@ TEST(HClusterDistance, sums_and_radius_have_the_bits_of_the_plain_form) {
 }
 
 TEST(HClusterCenter, centers_have_the_bits_of_the_plain_form) {
-  for_random_points(60, 4'000'000, [](Matrix const& rows, reference::RandomMatrix& random) {
+  for_random_points(300, 4'000'000, [](Matrix const& rows, reference::RandomMatrix& random) {
     std::vector<HPointN> const points = reference::to_points(rows);
     Members const members = random_members(rows, random);
     EXPECT_TRUE(is_same(HClusterCenter::get_center_point(points, members).vt_data,

@@ -65,7 +65,8 @@ struct KMeans {
   }
 
   void seed_with_canopies() {
-    Canopy canopy{points};
+    Canopy canopy;
+    canopy.points = points;
     canopy.k = k > 0 ? k : 0;
     canopy.run();
     means = canopy.centers();
