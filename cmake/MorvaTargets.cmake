@@ -28,7 +28,7 @@ file(RELATIVE_PATH MORVA_LIB_FROM_BIN "/${CMAKE_INSTALL_BINDIR}" "/${CMAKE_INSTA
 
 add_library(morva_settings INTERFACE)
 target_compile_options(morva_settings INTERFACE
-  -Wall -Wextra -Wpedantic -Werror -Wshadow -Wconversion -Wsign-conversion -Wnon-virtual-dtor
+  -Wall -Wextra -Wpedantic -Werror -Wshadow -Wconversion -Wsign-conversion
   -Wold-style-cast -Woverloaded-virtual -Wcast-align
   -ffp-contract=off)
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")

@@ -1,10 +1,15 @@
 #pragma once
 
+#include <memory>
 #include <vector>
 
 #include "cluster/HClusterBase.h"
 #include "host/export.h"
 #include "numeric/HPointN.h"
+
+namespace morva {
+class NeighbourMatrix;
+}
 
 /// Density clustering: points with enough neighbours (kernel points) form groups with the kernel
 /// points behind them, groups that share a point merge, and border points join the first group that
@@ -60,4 +65,11 @@ class MORVA_EXPORT HClusterDBScan : public HClusterBase {
   void mark_kernel_point();
   void mark_border_point();
   void mark_noise_point();
+
+ private:
+  std::shared_ptr<morva::NeighbourMatrix const> neighbours() const;
+  void hand_out_border_points();
+
+  // Made once for a run.
+  std::shared_ptr<morva::NeighbourMatrix const> neighbours_;
 };

@@ -8,10 +8,10 @@
 
 #include "host/HFile.h"
 #include "host/internal/log_line.h"
+#include "numeric/internal/no_distance.h"
 
 namespace {
 
-constexpr double no_distance = 9223372036854775808.0;
 constexpr wchar_t const* tag = L"../HPointN";
 
 long long size_of(std::vector<double> const& data) {
@@ -81,7 +81,7 @@ void HPointN::clear() {
 
 double HPointN::distance(HPointN const& other) const {
   if (other.n != n) {
-    return no_distance;
+    return morva::no_distance;
   }
   std::span<double const> const mine = stated(*this);
   std::span<double const> const theirs = stated(other);

@@ -1,0 +1,174 @@
+#include "cluster/HClusterDBScan.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <limits>
+#include <set>
+
+#include "cluster/internal/kernel_groups.h"
+#include "cluster/internal/members.h"
+#include "cluster/internal/neighbour_matrix.h"
+#include "numeric/internal/distance_table.h"
+
+HClusterDBScan::HClusterDBScan() = default;
+HClusterDBScan::~HClusterDBScan() = default;
+
+void HClusterDBScan::set_eps(double const& eps) {
+  md_eps = eps;
+}
+
+void HClusterDBScan::set_similarity(double const& similarity) {
+  md_similarity = similarity;
+}
+
+void HClusterDBScan::set_min_ponits(int const& min_points) {
+  mi_min_points = min_points;
+}
+
+void HClusterDBScan::get_vt_kernel(std::vector<int>& /*out*/) {}
+
+void HClusterDBScan::get_vt_border(std::vector<int>& /*out*/) {}
+
+void HClusterDBScan::get_vt_noise(std::vector<int>& /*out*/) {}
+
+int HClusterDBScan::get_cluster_type() const {
+  return 1;
+}
+
+bool HClusterDBScan::is_less_than_eps(HPointN const& a, HPointN const& b) const {
+  return HPointN::get_distance(a, b) < md_eps;
+}
+
+bool HClusterDBScan::is_greater_than_similarity(HPointN const& a, HPointN const& b) const {
+  return HPointN::get_cos_similarity(a, b) > md_similarity;
+}
+
+bool HClusterDBScan::is_in_range(HPointN const& a, HPointN const& b) const {
+  return mb_use_similarity ? is_greater_than_similarity(a, b) : is_less_than_eps(a, b);
+}
+
+bool HClusterDBScan::is_in_vt_point(int const& index, std::vector<int> const& list) const {
+  return std::find(list.begin(), list.end(), index) != list.end();
+}
+
+bool HClusterDBScan::is_intersect_between_vt(std::vector<int> const& a,
+                                             std::vector<int> const& b) const {
+  std::set<int> const elements(a.begin(), a.end());
+  return std::any_of(b.begin(), b.end(), [&](int element) { return elements.contains(element); });
+}
+
+void HClusterDBScan::union_both_vt(std::vector<int> const& a, std::vector<int> const& b,
+                                   std::vector<int>& out) const {
+  std::set<int> elements(a.begin(), a.end());
+  elements.insert(b.begin(), b.end());
+  out.assign(elements.begin(), elements.end());
+}
+
+std::shared_ptr<morva::NeighbourMatrix const> HClusterDBScan::neighbours() const {
+  if (neighbours_) {
+    return neighbours_;
+  }
+  std::shared_ptr<morva::DistanceTable const> const points = table();
+  auto matrix = std::make_shared<morva::NeighbourMatrix>(points->size());
+  std::vector<char> is_near(points->size());
+  std::vector<double> similarities(mb_use_similarity ? points->size() : 0);
+  for (std::size_t i = 0; i < points->size(); ++i) {
+    std::span<char> const near = std::span<char>(is_near).subspan(i);
+    if (mb_use_similarity) {
+      std::span<double> const row = std::span<double>(similarities).subspan(i);
+      points->similarities((*points)[i], i, row);
+      std::transform(row.begin(), row.end(), near.begin(),
+                     [this](double x) { return static_cast<char>(x > md_similarity); });
+    } else {
+      points->within((*points)[i], i, md_eps, morva::DistanceTable::Border::outside, near);
+    }
+    for (std::size_t j = 0; j < near.size(); ++j) {
+      if (near[j] != 0) {
+        matrix->join(i, i + j);
+      }
+    }
+  }
+  return matrix;
+}
+
+void HClusterDBScan::mark_kernel_point() {
+  if (mb_mark_kernel) {
+    return;
+  }
+  std::shared_ptr<morva::NeighbourMatrix const> const matrix = neighbours();
+  for (int i = 0; i < mi_count; ++i) {
+    int count = 0;
+    for (std::uint64_t const word : matrix->of(static_cast<std::size_t>(i))) {
+      count += std::popcount(word);
+    }
+    if (mi_min_points <= count) {
+      vt_kernel.push_back(i);
+    }
+  }
+  mb_mark_kernel = true;
+}
+
+void HClusterDBScan::mark_border_point() {
+  if (!mb_mark_kernel) {
+    mark_kernel_point();
+  }
+  std::vector<int> others = vt_index;
+  morva::remove_each(vt_kernel, others);
+  std::shared_ptr<morva::NeighbourMatrix const> const matrix = neighbours();
+  for (int const point : others) {
+    auto const is_neighbour = [&matrix, point](int kernel) {
+      auto const i = static_cast<std::size_t>(kernel);
+      return (matrix->of(static_cast<std::size_t>(point))[i / morva::IndexSet::word_bits] &
+              morva::IndexSet::bit(i)) != 0;
+    };
+    if (std::any_of(vt_kernel.begin(), vt_kernel.end(), is_neighbour)) {
+      vt_border.push_back(point);
+    }
+  }
+  mb_mark_border = true;
+}
+
+void HClusterDBScan::mark_noise_point() {
+  if (vt_border.empty()) {
+    mark_border_point();
+  }
+  std::vector<int> others = vt_index;
+  morva::remove_each(vt_kernel, others);
+  morva::remove_each(vt_border, others);
+  vt_noise = std::move(others);
+  mb_mark_noise = true;
+}
+
+bool HClusterDBScan::cluster() {
+  neighbours_ = neighbours();
+  mark_kernel_point();
+  mark_border_point();
+  mark_noise_point();
+  auto const count = static_cast<std::size_t>(mi_count);
+  vt_result = morva::merge_kernel_groups(*neighbours_, vt_kernel, count);
+  hand_out_border_points();
+  neighbours_.reset();
+  return !vt_result.empty();
+}
+
+void HClusterDBScan::hand_out_border_points() {
+  // Walking the groups in order finds a neighbour in the first group that holds one.
+  constexpr std::size_t none = std::numeric_limits<std::size_t>::max();
+  std::vector<std::size_t> first_group(static_cast<std::size_t>(mi_count), none);
+  for (std::size_t group = vt_result.size(); group-- > 0;) {
+    for (int const member : vt_result[group]) {
+      first_group[static_cast<std::size_t>(member)] = group;
+    }
+  }
+  for (int const point : vt_border) {
+    std::size_t group = none;
+    morva::for_each_index(
+        neighbours_->of(static_cast<std::size_t>(point)), 0,
+        [&](std::size_t neighbour) { group = std::min(group, first_group[neighbour]); });
+    if (group != none) {
+      vt_result[group].push_back(point);
+      std::size_t& first = first_group[static_cast<std::size_t>(point)];
+      first = std::min(first, group);
+    }
+  }
+}

@@ -1,0 +1,321 @@
+#include "cluster/HClusterKMeans.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <utility>
+
+#include "cluster/HClusterCanopy.h"
+#include "cluster/internal/empty_cluster_repair.h"
+#include "cluster/internal/members.h"
+#include "host/internal/log_line.h"
+#include "numeric/internal/center_finder.h"
+#include "numeric/internal/distance_table.h"
+#include "numeric/internal/no_distance.h"
+
+namespace {
+
+using morva::DistanceTable;
+using morva::SparsePoint;
+
+constexpr wchar_t const* tag = L"../HClusterKMeans";
+constexpr int most_rounds = 1000;
+
+enum UpdateRule : int { arithmetic_means = 0, medians = 1 };
+
+// The mean of a cluster by the rule; without coordinates for an empty one.
+SparsePoint moved_mean(morva::CenterFinder& finder, DistanceTable const& points,
+                       std::vector<int> const& members, int rule) {
+  if (points.size() == 0 || members.empty()) {
+    return {};
+  }
+  std::vector<SparsePoint const*> const valid = morva::valid_members(points.points(), members);
+  if (rule == arithmetic_means) {
+    return finder.mean(points[0].n, valid, static_cast<double>(valid.size()));
+  }
+  return valid.empty() ? SparsePoint() : finder.median(points[0].n, valid);
+}
+
+HClusterKMeans::ClusterMap assign(DistanceTable const& points, DistanceTable const& means,
+                                  std::size_t keys) {
+  HClusterKMeans::ClusterMap clusters;
+  for (std::size_t mean = 0; mean < keys; ++mean) {
+    clusters[static_cast<int>(mean)];
+  }
+  for (std::size_t i = 0; i < points.size(); ++i) {
+    clusters[static_cast<int>(means.nearest(points[i]))].push_back(static_cast<int>(i));
+  }
+  return clusters;
+}
+
+// The farthest pair, then always the first of the points with the greatest sum of distances to the
+// seeds so far; empty where there are not so many.
+std::vector<int> farthest_first(DistanceTable const& points, long long k) {
+  auto const pair = morva::farthest_pair(points);
+  if (!pair) {
+    return {};
+  }
+  std::vector<int> seeds = {static_cast<int>(pair->i), static_cast<int>(pair->j)};
+  std::vector<char> is_seed(points.size());
+  std::vector<double> sums(points.size());
+  std::vector<double> row(points.size());
+  auto const add = [&](int seed) {
+    is_seed[static_cast<std::size_t>(seed)] = 1;
+    points.distances(points[static_cast<std::size_t>(seed)], 0, row);
+    for (std::size_t i = 0; i < row.size(); ++i) {
+      sums[i] += row[i];
+    }
+  };
+  add(seeds[0]);
+  add(seeds[1]);
+  while (static_cast<long long>(seeds.size()) < k) {
+    int farthest = -1;
+    double greatest = 0.0;
+    for (std::size_t i = 0; i < sums.size(); ++i) {
+      if (is_seed[i] == 0 && sums[i] > greatest) {
+        greatest = sums[i];
+        farthest = static_cast<int>(i);
+      }
+    }
+    if (farthest < 0) {
+      return {};
+    }
+    seeds.push_back(farthest);
+    add(farthest);
+  }
+  return seeds;
+}
+
+void update(std::vector<HPointN> const& points, HClusterKMeans::ClusterMap const& clusters,
+            int rule, std::vector<HPointN>& means) {
+  DistanceTable const table(morva::compress(points));
+  morva::CenterFinder finder;
+  for (auto const& [key, members] : clusters) {
+    if (key >= 0 && static_cast<std::size_t>(key) < means.size()) {
+      means[static_cast<std::size_t>(key)] =
+          morva::expand(moved_mean(finder, table, members, rule));
+    }
+  }
+}
+
+}  // namespace
+
+HClusterKMeans::HClusterKMeans() = default;
+HClusterKMeans::HClusterKMeans(HClusterKMeans const& other) = default;
+HClusterKMeans& HClusterKMeans::operator=(HClusterKMeans const& other) = default;
+HClusterKMeans::~HClusterKMeans() = default;
+
+void HClusterKMeans::set_k(int const& k) {
+  mi_k = k;
+}
+
+void HClusterKMeans::set_use_canopy(bool use_canopy) {
+  mb_use_canopy = use_canopy;
+}
+
+int HClusterKMeans::get_cluster_type() const {
+  return 0;
+}
+
+std::vector<SparsePoint> HClusterKMeans::load_means() const {
+  return is_in_place() ? means_ : morva::compress(vt_mean);
+}
+
+void HClusterKMeans::store_means(std::vector<SparsePoint> means) {
+  if (is_in_place()) {
+    means_ = std::move(means);
+    return;
+  }
+  vt_mean.clear();
+  for (SparsePoint const& mean : means) {
+    vt_mean.push_back(morva::expand(mean));
+  }
+}
+
+bool HClusterKMeans::init() {
+  if (mi_k < 0) {
+    return false;
+  }
+  if (mi_k == 1) {
+    morva::CenterFinder finder;
+    store_means({moved_mean(finder, *table(), vt_index, arithmetic_means)});
+    return true;
+  }
+  if (mi_k > mi_count) {
+    mi_k = mi_count;
+    if (is_in_place()) {
+      means_ = table()->points();
+    } else {
+      vt_mean = vt_point;
+    }
+    return true;
+  }
+  if (!(mb_use_canopy ? seed_with_canopies() : seed_with_farthest_points())) {
+    return false;
+  }
+  auto const found = static_cast<long long>(is_in_place() ? means_.size() : vt_mean.size());
+  if (mi_k > found) {
+    morva::log_line(2, tag, __LINE__, L"Not enough to be divided to ", HString(mi_k, false),
+                    L" class.");
+    mi_k = found;
+  }
+  return mi_k == found;
+}
+
+bool HClusterKMeans::seed_with_canopies() {
+  std::shared_ptr<DistanceTable const> const points = table();
+  HClusterCanopy canopy;
+  canopy.set_k(mi_k);
+  canopy.cluster_in_place(points);
+  morva::CenterFinder finder;
+  std::vector<SparsePoint> means;
+  for (std::vector<int> const& members : canopy.vt_result) {
+    means.push_back(moved_mean(finder, *points, members, arithmetic_means));
+  }
+  if (mi_k == 0) {
+    mi_k = static_cast<long long>(means.size());
+  }
+  store_means(std::move(means));
+  return true;
+}
+
+bool HClusterKMeans::seed_with_farthest_points() {
+  if (mi_k == 0) {
+    return false;
+  }
+  if (!is_in_place()) {
+    return get_k_means(vt_mean);
+  }
+  std::shared_ptr<DistanceTable const> const points = table();
+  for (int const seed : farthest_first(*points, mi_k)) {
+    means_.push_back((*points)[static_cast<std::size_t>(seed)]);
+  }
+  return !means_.empty();
+}
+
+bool HClusterKMeans::get_k_means(std::vector<HPointN>& means) {
+  std::vector<int> const seeds = farthest_first(*table(), mi_k);
+  for (int const seed : seeds) {
+    means.push_back(vt_point[static_cast<std::size_t>(seed)]);
+  }
+  return !seeds.empty();
+}
+
+bool HClusterKMeans::cluster() {
+  std::shared_ptr<DistanceTable const> const points = table();
+  std::vector<SparsePoint> means = load_means();
+  bool has_moved = false;
+  int last_rule = -1;
+  morva::CenterFinder finder;
+  ClusterMap previous;
+  std::vector<ClusterMap> seen;
+  for (int round = 0; round < most_rounds; ++round) {
+    DistanceTable const mean_table(std::move(means), points->form());
+    ClusterMap current = assign(*points, mean_table, mean_table.size());
+    means = mean_table.points();
+    if (current == previous) {
+      if (!is_exist_empty_cluster(current)) {
+        break;
+      }
+      morva::fill_empty_clusters(*points, current);
+      if (std::find(seen.begin(), seen.end(), current) != seen.end()) {
+        break;
+      }
+      seen.push_back(current);
+    }
+    int const rule = gi_K_ClusterType;
+    if (rule != arithmetic_means && rule != medians) {
+      morva::log_line(1, tag, __LINE__, L"gi_K_ClusterType:", HString(rule, false));
+    } else {
+      for (auto const& [key, members] : current) {
+        // The same members have the same mean.
+        if (rule != last_rule || members != previous[key]) {
+          means[static_cast<std::size_t>(key)] = moved_mean(finder, *points, members, rule);
+        }
+      }
+      has_moved = true;
+      last_rule = rule;
+    }
+    previous = std::move(current);
+  }
+  if (has_moved) {
+    store_means(std::move(means));
+  }
+  for (auto& [key, members] : previous) {
+    vt_result.push_back(std::move(members));
+  }
+  return !vt_result.empty();
+}
+
+int HClusterKMeans::get_max_distance_index(std::vector<int> const& seeds,
+                                           std::vector<int> const& candidates) const {
+  int farthest = -1;
+  double greatest = 0.0;
+  for (int const candidate : candidates) {
+    double const sum = get_distance_sum(candidate, seeds);
+    if (sum > greatest) {
+      greatest = sum;
+      farthest = candidate;
+    }
+  }
+  return farthest;
+}
+
+int HClusterKMeans::get_mean_nearest_index(int const& point) const {
+  int nearest = 0;
+  double least = morva::no_distance;
+  auto const count = std::min(mi_k, static_cast<long long>(vt_mean.size()));
+  for (int mean = 0; mean < count; ++mean) {
+    double const distance = HPointN::get_distance(vt_mean[static_cast<std::size_t>(mean)],
+                                                  vt_point[static_cast<std::size_t>(point)]);
+    if (distance <= least) {
+      least = distance;
+      nearest = mean;
+    }
+  }
+  return nearest;
+}
+
+void HClusterKMeans::get_mean_cluster(ClusterMap& clusters) const {
+  std::vector<SparsePoint> means = load_means();
+  std::size_t const keys = means.size();
+  means.resize(std::min(keys, static_cast<std::size_t>(std::max(mi_k, 0LL))));
+  std::shared_ptr<DistanceTable const> const points = table();
+  clusters = assign(*points, DistanceTable(std::move(means), points->form()), keys);
+}
+
+bool HClusterKMeans::is_exist_empty_cluster(ClusterMap const& clusters) const {
+  return std::any_of(clusters.begin(), clusters.end(),
+                     [](auto const& cluster) { return cluster.second.empty(); });
+}
+
+void HClusterKMeans::update_mean(ClusterMap const& clusters, std::vector<HPointN>& means) {
+  update(vt_point, clusters, arithmetic_means, means);
+}
+
+void HClusterKMeans::update_mean_kmedians(ClusterMap const& clusters, std::vector<HPointN>& means) {
+  update(vt_point, clusters, medians, means);
+}
+
+int HClusterKMeans::get_mean_farest_index(std::vector<int> const& members,
+                                          std::map<int, double>& distances) const {
+  HPointN const center = get_center_point(members);
+  int farthest = 0;
+  double greatest = 0.0;
+  for (int const member : members) {
+    if (member < 0 || member >= mi_count) {
+      continue;
+    }
+    double const distance =
+        HPointN::get_distance(vt_point[static_cast<std::size_t>(member)], center);
+    distances[member] = distance;
+    if (distance > greatest) {
+      greatest = distance;
+      farthest = member;
+    }
+  }
+  return farthest;
+}
+
+void HClusterKMeans::trim_mean_cluster(ClusterMap& clusters) const {
+  morva::fill_empty_clusters(*table(), clusters);
+}

@@ -1,0 +1,154 @@
+#include "numeric/internal/center_finder.h"
+
+#include <algorithm>
+#include <bit>
+#include <cmath>
+#include <utility>
+
+namespace morva {
+
+namespace {
+
+bool comes_before(double a, double b) {
+  if (std::isnan(a) || std::isnan(b)) {
+    return !std::isnan(a) && std::isnan(b);
+  }
+  return a < b || (a == b && std::signbit(a) && !std::signbit(b));
+}
+
+// The values of one column in ascending order, together with the zeros of the members that have
+// none there.
+class ColumnOrder {
+ public:
+  ColumnOrder(std::span<double const> sorted, std::size_t members)
+      : sorted_(sorted), zeros_(members - sorted.size()) {
+    while (below_zero_ < sorted.size() && comes_before(sorted[below_zero_], 0.0)) {
+      ++below_zero_;
+    }
+  }
+
+  double at(std::size_t position) const {
+    if (position < below_zero_) {
+      return sorted_[position];
+    }
+    return position < below_zero_ + zeros_ ? 0.0 : sorted_[position - zeros_];
+  }
+
+ private:
+  std::span<double const> sorted_;
+  std::size_t zeros_;
+  std::size_t below_zero_ = 0;
+};
+
+double median_of(ColumnOrder const& order, std::size_t members) {
+  std::size_t const middle = members / 2;
+  if (members % 2 == 1 || members == 2) {
+    return order.at(middle);
+  }
+  return 0.5 * (order.at(middle) + order.at(middle + 1));
+}
+
+void append(double value, std::size_t column, std::vector<std::uint32_t>& columns,
+            std::vector<double>& values) {
+  if (std::bit_cast<std::uint64_t>(value) != 0) {
+    columns.push_back(static_cast<std::uint32_t>(column));
+    values.push_back(value);
+  }
+}
+
+}  // namespace
+
+void sort_ascending(std::span<double> values) {
+  std::sort(values.begin(), values.end(), comes_before);
+}
+
+void CenterFinder::mark_columns(long long n, std::span<SparsePoint const* const> members) {
+  std::fill(marks_.begin(), marks_.end(), 0);
+  for (SparsePoint const* member : members) {
+    for (std::uint32_t const column : member->columns) {
+      if (column >= n) {
+        break;
+      }
+      if (column / 64 >= marks_.size()) {
+        marks_.resize(column / 64 + 1, 0);
+      }
+      marks_[column / 64] |= std::uint64_t{1} << column % 64;
+    }
+  }
+}
+
+template <typename Visit>
+void CenterFinder::for_each_column(Visit const& visit) const {
+  for (std::size_t word = 0; word < marks_.size(); ++word) {
+    for (std::uint64_t bits = marks_[word]; bits != 0; bits &= bits - 1) {
+      visit(word * 64 + static_cast<std::size_t>(std::countr_zero(bits)));
+    }
+  }
+}
+
+SparsePoint CenterFinder::mean(long long n, std::span<SparsePoint const* const> members,
+                               double divisor) {
+  std::vector<SparsePoint const*> adding;
+  std::copy_if(members.begin(), members.end(), std::back_inserter(adding),
+               [n](SparsePoint const* member) { return member->n == n; });
+  mark_columns(n, adding);
+  sums_.resize(std::max(sums_.size(), marks_.size() * 64), 0.0);
+  for (SparsePoint const* member : adding) {
+    for (std::size_t i = 0; i < member->columns.size(); ++i) {
+      sums_[member->columns[i]] += member->values[i];
+    }
+  }
+  std::vector<std::uint32_t> columns;
+  std::vector<double> values;
+  for_each_column([&](std::size_t column) {
+    double const sum = std::exchange(sums_[column], 0.0);
+    append(divisor == 0.0 ? sum : sum / divisor, column, columns, values);
+  });
+  return {std::max(n, 0LL), std::move(columns), std::move(values)};
+}
+
+void CenterFinder::group_values(std::span<SparsePoint const* const> members) {
+  ends_.resize(std::max(ends_.size(), marks_.size() * 64));
+  for_each_column([this](std::size_t column) { ends_[column] = 0; });
+  auto const is_marked = [this](std::uint32_t column) {
+    return column / 64 < marks_.size() && (marks_[column / 64] >> column % 64 & 1) != 0;
+  };
+  for (SparsePoint const* member : members) {
+    for (std::uint32_t const column : member->columns) {
+      if (is_marked(column)) {
+        ++ends_[column];
+      }
+    }
+  }
+  std::size_t total = 0;
+  for_each_column([&](std::size_t column) {
+    std::size_t const count = ends_[column];
+    ends_[column] = total;
+    total += count;
+  });
+  grouped_.resize(total);
+  for (SparsePoint const* member : members) {
+    for (std::size_t i = 0; i < member->columns.size(); ++i) {
+      if (is_marked(member->columns[i])) {
+        grouped_[ends_[member->columns[i]]++] = member->values[i];
+      }
+    }
+  }
+}
+
+SparsePoint CenterFinder::median(long long n, std::span<SparsePoint const* const> members) {
+  mark_columns(n, members);
+  group_values(members);
+  std::vector<std::uint32_t> columns;
+  std::vector<double> values;
+  std::size_t begin = 0;
+  for_each_column([&](std::size_t column) {
+    std::span<double> const group(grouped_.data() + begin, ends_[column] - begin);
+    begin = ends_[column];
+    sort_ascending(group);
+    append(median_of(ColumnOrder(group, members.size()), members.size()), column, columns, values);
+  });
+  return {std::max(n, 0LL), std::move(columns), std::move(values)};
+}
+
+}  // namespace morva

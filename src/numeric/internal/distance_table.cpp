@@ -1,0 +1,277 @@
+#include "numeric/internal/distance_table.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <limits>
+#include <numeric>
+#include <utility>
+
+#include "numeric/internal/no_distance.h"
+
+namespace morva {
+
+namespace {
+
+// Between a limit on a distance and its square lie two roundings, and one root.
+constexpr double root_slack = 4.0 * std::numeric_limits<double>::epsilon();
+constexpr double no_distance_squared = no_distance * no_distance;
+
+// Interleaving pays as soon as its columns, zeros included, are read no slower than scattered
+// values.
+DistanceTable::Form fitting_form(std::vector<SparsePoint> const& points) {
+  std::size_t values = 0;
+  std::size_t columns = 0;
+  for (SparsePoint const& point : points) {
+    values += point.columns.size();
+    if (!point.columns.empty()) {
+      columns = std::max(columns, std::size_t{point.columns.back()} + 1);
+    }
+  }
+  bool const is_dense = values > columns * points.size() / 3;
+  return is_dense ? DistanceTable::Form::dense : DistanceTable::Form::sparse;
+}
+
+std::variant<Postings, Lanes> arrange(std::vector<SparsePoint> const& points,
+                                      DistanceTable::Form form) {
+  if (form == DistanceTable::Form::dense) {
+    return Lanes(points);
+  }
+  return Postings(points);
+}
+
+bool is_in(double distance, double limit, DistanceTable::Border border) {
+  return border == DistanceTable::Border::inside ? distance <= limit : distance < limit;
+}
+
+}  // namespace
+
+DistanceTable::DistanceTable(std::vector<SparsePoint> points, std::optional<Form> form)
+    : points_(std::move(points)),
+      form_(form.value_or(fitting_form(points_))),
+      columns_(arrange(points_, form_)) {
+  for (SparsePoint const& point : points_) {
+    is_uniform_ = is_uniform_ && point.n == points_.front().n;
+    is_tame_ = is_tame_ && point.is_tame;
+  }
+}
+
+void DistanceTable::mark_unequal(SparsePoint const& x, std::size_t first, std::span<double> out,
+                                 double value) const {
+  if (is_uniform_ && (points_.empty() || x.n == points_.front().n)) {
+    return;
+  }
+  for (std::size_t j = 0; j < out.size(); ++j) {
+    if (points_[first + j].n != x.n) {
+      out[j] = value;
+    }
+  }
+}
+
+void DistanceTable::distances(SparsePoint const& x, std::size_t first,
+                              std::span<double> out) const {
+  if (auto const* dense = std::get_if<Lanes>(&columns_)) {
+    dense->distances(x, first, out);
+  } else if (first == 0 && out.size() == size()) {
+    std::get<Postings>(columns_).distances(x, out);
+  } else {
+    std::vector<double> all(size());
+    std::get<Postings>(columns_).distances(x, all);
+    std::copy_n(all.begin() + static_cast<std::ptrdiff_t>(first), out.size(), out.begin());
+  }
+  mark_unequal(x, first, out, no_distance);
+}
+
+void DistanceTable::similarities(SparsePoint const& x, std::size_t first,
+                                 std::span<double> out) const {
+  // Zero times a value that is not finite is not zero: such data is multiplied pair by pair.
+  if (!is_tame_ || !x.is_tame) {
+    for (std::size_t j = 0; j < out.size(); ++j) {
+      out[j] = cos_similarity(x, points_[first + j]);
+    }
+    return;
+  }
+  if (auto const* dense = std::get_if<Lanes>(&columns_)) {
+    dense->dots(x, first, out);
+  } else {
+    std::get<Postings>(columns_).dots(x, first, out);
+  }
+  double const root = std::sqrt(x.square_sum);
+  for (std::size_t j = 0; j < out.size(); ++j) {
+    out[j] = x.n <= 1 ? 0.0 : out[j] / (root * std::sqrt(points_[first + j].square_sum));
+  }
+  mark_unequal(x, first, out, 0.0);
+}
+
+bool DistanceTable::bound_squares(SparsePoint const& x, std::size_t first, Bounds& bounds) const {
+  auto const* const postings = std::get_if<Postings>(&columns_);
+  if (postings == nullptr || !is_tame_ || !x.is_tame) {
+    return false;
+  }
+  std::size_t const count = size() - first;
+  bounds.low.resize(count);
+  bounds.high.resize(count);
+  postings->dots(x, first, bounds.low);
+  for (std::size_t j = 0; j < count; ++j) {
+    SquareBounds const square(x, points_[first + j], bounds.low[j]);
+    bounds.low[j] = square.low;
+    bounds.high[j] = square.high;
+  }
+  mark_unequal(x, first, bounds.low, no_distance_squared);
+  mark_unequal(x, first, bounds.high, no_distance_squared);
+  return true;
+}
+
+std::vector<double> DistanceTable::all_distances(SparsePoint const& x, std::size_t first) const {
+  std::vector<double> result(size() - first);
+  distances(x, first, result);
+  return result;
+}
+
+void DistanceTable::within(SparsePoint const& x, std::size_t first, double limit, Border border,
+                           std::span<char> out) const {
+  Bounds bounds;
+  if (!(limit >= 0.0) || !bound_squares(x, first, bounds)) {
+    std::vector<double> const exact = all_distances(x, first);
+    for (std::size_t j = 0; j < out.size(); ++j) {
+      out[j] = is_in(exact[j], limit, border) ? 1 : 0;
+    }
+    return;
+  }
+  double const below = limit * limit * (1.0 - root_slack);
+  double const above = limit * limit * (1.0 + root_slack);
+  std::vector<std::size_t> open;
+  for (std::size_t j = 0; j < out.size(); ++j) {
+    out[j] = bounds.high[j] < below ? 1 : 0;
+    if (bounds.high[j] >= below && bounds.low[j] <= above) {
+      open.push_back(j);
+    }
+  }
+  // Where distances tie with the limit in great number, one sweep is cheaper than pair by pair.
+  bool const sweeps = open.size() > 16 && open.size() > out.size() / 8;
+  std::vector<double> const exact = sweeps ? all_distances(x, first) : std::vector<double>();
+  for (std::size_t const j : open) {
+    double const measured = sweeps ? exact[j] : distance(x, points_[first + j]);
+    out[j] = is_in(measured, limit, border) ? 1 : 0;
+  }
+}
+
+std::size_t DistanceTable::nearest(SparsePoint const& x) const {
+  Bounds bounds;
+  bool const is_bounded = bound_squares(x, 0, bounds);
+  std::vector<double> const exact = is_bounded ? std::vector<double>() : all_distances(x, 0);
+  double const reach = is_bounded && size() > 0
+                           ? *std::min_element(bounds.high.begin(), bounds.high.end())
+                           : no_distance;
+  std::size_t result = 0;
+  double least = no_distance;
+  for (std::size_t j = 0; j < size(); ++j) {
+    if (is_bounded && bounds.low[j] > reach) {
+      continue;
+    }
+    double const measured = is_bounded ? distance(x, points_[j]) : exact[j];
+    if (measured <= least) {
+      least = measured;
+      result = j;
+    }
+  }
+  return result;
+}
+
+std::optional<DistanceTable::Found> DistanceTable::farthest(SparsePoint const& x, std::size_t first,
+                                                            double floor) const {
+  Bounds bounds;
+  bool const is_bounded = bound_squares(x, first, bounds);
+  std::vector<double> const exact = is_bounded ? std::vector<double>() : all_distances(x, first);
+  double reach = floor * floor * (1.0 - root_slack);
+  for (double const low : bounds.low) {
+    reach = std::max(reach, low);
+  }
+  std::optional<Found> result;
+  for (std::size_t j = 0; first + j < size(); ++j) {
+    if (is_bounded && bounds.high[j] < reach) {
+      continue;
+    }
+    double const measured = is_bounded ? distance(x, points_[first + j]) : exact[j];
+    if (measured > floor) {
+      floor = measured;
+      result = Found{first + j, measured};
+    }
+  }
+  return result;
+}
+
+std::optional<DistanceTable::Found> DistanceTable::closest(SparsePoint const& x, std::size_t first,
+                                                           double ceiling) const {
+  Bounds bounds;
+  bool const is_bounded = bound_squares(x, first, bounds);
+  std::vector<double> const exact = is_bounded ? std::vector<double>() : all_distances(x, first);
+  double reach = ceiling * ceiling * (1.0 + root_slack);
+  for (double const high : bounds.high) {
+    reach = std::min(reach, high);
+  }
+  std::optional<Found> result;
+  for (std::size_t j = 0; first + j < size(); ++j) {
+    if (is_bounded && bounds.low[j] > reach) {
+      continue;
+    }
+    double const measured = is_bounded ? distance(x, points_[first + j]) : exact[j];
+    if (measured < ceiling) {
+      ceiling = measured;
+      result = Found{first + j, measured};
+    }
+  }
+  return result;
+}
+
+double DistanceTable::average_distance() const {
+  std::size_t const pairs = size() * (size() - std::min<std::size_t>(size(), 1)) / 2;
+  double sum = 0.0;
+  std::vector<double> row(size());
+  auto const add_row = [&](std::size_t i) {
+    std::span<double const> const measured = std::span<double>(row).subspan(i + 1);
+    sum = std::accumulate(measured.begin(), measured.end(), sum);
+  };
+  if (form_ == Form::dense) {
+    for (std::size_t i = 0; i < size(); ++i) {
+      distances(points_[i], i + 1, std::span<double>(row).subspan(i + 1));
+      add_row(i);
+    }
+    return pairs == 0 ? 0.0 : sum / static_cast<double>(pairs);
+  }
+  // Swept in stretches, so that few of the points before i are swept along.
+  std::size_t const stretch = size() / 8 + 64;
+  for (std::size_t start = 0; start < size(); start += stretch) {
+    Postings const tail(std::span<SparsePoint const>(points_).subspan(start));
+    for (std::size_t i = start; i < std::min(size(), start + stretch); ++i) {
+      tail.distances(points_[i], std::span<double>(row).subspan(start));
+      mark_unequal(points_[i], start, std::span<double>(row).subspan(start), no_distance);
+      add_row(i);
+    }
+  }
+  return pairs == 0 ? 0.0 : sum / static_cast<double>(pairs);
+}
+
+std::optional<FoundPair> farthest_pair(DistanceTable const& table) {
+  std::optional<FoundPair> result;
+  for (std::size_t i = 0; i + 1 < table.size(); ++i) {
+    double const floor = result ? result->distance : 0.0;
+    if (auto const found = table.farthest(table[i], i + 1, floor)) {
+      result = FoundPair{i, found->index, found->distance};
+    }
+  }
+  return result;
+}
+
+std::optional<FoundPair> closest_pair(DistanceTable const& table) {
+  std::optional<FoundPair> result;
+  for (std::size_t i = 0; i + 1 < table.size(); ++i) {
+    double const ceiling = result ? result->distance : no_distance;
+    if (auto const found = table.closest(table[i], i + 1, ceiling)) {
+      result = FoundPair{i, found->index, found->distance};
+    }
+  }
+  return result;
+}
+
+}  // namespace morva

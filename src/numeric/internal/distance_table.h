@@ -1,0 +1,84 @@
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <span>
+#include <variant>
+#include <vector>
+
+#include "numeric/internal/lanes.h"
+#include "numeric/internal/postings.h"
+#include "numeric/internal/sparse_point.h"
+
+namespace morva {
+
+/// A list of points in the form in which the engines measure them, and the searches that they are
+/// made of.
+///
+/// All results are those of measuring pair by pair in list order with `HPointN`, bit for bit. Where
+/// most coordinates are zero, a search bounds the squares of all distances by
+/// |x|^2 + |y|^2 - 2xy, whose products are few, and measures only what the bounds leave open; data
+/// that bounds do not hold for is measured whole.
+class DistanceTable {
+ public:
+  enum class Form { sparse, dense };
+  enum class Border { outside, inside };
+  struct Found {
+    std::size_t index;
+    double distance;
+  };
+
+  /// In the given form, else in that which suits the share of zeros.
+  explicit DistanceTable(std::vector<SparsePoint> points, std::optional<Form> form = {});
+
+  std::size_t size() const { return points_.size(); }
+  Form form() const { return form_; }
+  std::vector<SparsePoint> const& points() const { return points_; }
+  SparsePoint const& operator[](std::size_t i) const { return points_[i]; }
+
+  /// Distances, and cosine similarities, of `x` and the points from `first` on.
+  void distances(SparsePoint const& x, std::size_t first, std::span<double> out) const;
+  void similarities(SparsePoint const& x, std::size_t first, std::span<double> out) const;
+
+  /// For the points from `first` on: 1 where the distance from `x` is below the limit, or with the
+  /// border inside not above it; else 0.
+  void within(SparsePoint const& x, std::size_t first, double limit, Border border,
+              std::span<char> out) const;
+  /// The nearest point, of equally near ones the last; 0 where all are farther than `no_distance`.
+  std::size_t nearest(SparsePoint const& x) const;
+  /// Of the points from `first` on, the first of those with the greatest distance above `floor`,
+  /// and with the smallest one below `ceiling`.
+  std::optional<Found> farthest(SparsePoint const& x, std::size_t first, double floor) const;
+  std::optional<Found> closest(SparsePoint const& x, std::size_t first, double ceiling) const;
+
+  /// Mean over all pairs, summed with i from 0 up and j from i + 1 up; 0.0 with fewer than two.
+  double average_distance() const;
+
+ private:
+  struct Bounds {
+    std::vector<double> low;
+    std::vector<double> high;
+  };
+  bool bound_squares(SparsePoint const& x, std::size_t first, Bounds& bounds) const;
+  std::vector<double> all_distances(SparsePoint const& x, std::size_t first) const;
+  void mark_unequal(SparsePoint const& x, std::size_t first, std::span<double> out,
+                    double value) const;
+
+  std::vector<SparsePoint> points_;
+  Form form_;
+  std::variant<Postings, Lanes> columns_;
+  bool is_uniform_ = true;
+  bool is_tame_ = true;
+};
+
+/// Of all pairs i < j, the first of those with the greatest distance above 0.0, and with the
+/// smallest one below `no_distance`.
+struct FoundPair {
+  std::size_t i;
+  std::size_t j;
+  double distance;
+};
+std::optional<FoundPair> farthest_pair(DistanceTable const& table);
+std::optional<FoundPair> closest_pair(DistanceTable const& table);
+
+}  // namespace morva

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <vector>
+
+#include "numeric/internal/sparse_point.h"
+
+namespace morva {
+
+/// For each coordinate index the points that have a value there: measures one point against many
+/// at the cost of the values that are not zero, with the same bits as pair by pair.
+class Postings {
+ public:
+  explicit Postings(std::span<SparsePoint const> points);
+
+  /// `out[j]` becomes the distance from `x` to point j, whatever their dimensions. Every lane of
+  /// `out` sums its squares in index order, the lanes side by side.
+  void distances(SparsePoint const& x, std::span<double> out) const;
+  /// `out[j]` becomes the sum of the products of `x` and point `first` + j, in index order. Equal
+  /// to the dense sum where all values are finite.
+  void dots(SparsePoint const& x, std::size_t first, std::span<double> out) const;
+
+ private:
+  struct Range {
+    std::size_t begin;
+    std::size_t end;
+  };
+  Range of_column(std::uint32_t column) const;
+  void add_squares(Range range, std::span<double> out) const;
+
+  // By column, then by point.
+  std::vector<std::size_t> start_;
+  std::vector<std::uint32_t> point_;
+  std::vector<double> value_;
+};
+
+}  // namespace morva
