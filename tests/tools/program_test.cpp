@@ -1,12 +1,11 @@
-#include <sstream>
+#include "tools/program.h"
+
 #include <string>
 #include <vector>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include "support/temporary_directory.h"
 
@@ -16,44 +15,8 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
 
-struct Finished {
-  int status;
-  std::string output;
-  std::string errors;
-
-  std::vector<std::string> lines() const {
-    std::vector<std::string> all;
-    std::istringstream in(output);
-    for (std::string line; std::getline(in, line);) {
-      all.push_back(line);
-    }
-    return all;
-  }
-};
-
-class Program : public testing::Test {
- protected:
-  Finished run(std::vector<std::string> const& arguments, std::string const& input = {}) const {
-    directory_.write("input", input);
-    std::string command = MORVAAI_PROGRAM;
-    for (std::string const& argument : arguments) {
-      command += " '" + argument + "'";
-    }
-    command += " <" + path("input") + " >" + path("output") + " 2>" + path("errors");
-    int const status = std::system(command.c_str());
-    return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, directory_.read("output"),
-            directory_.read("errors")};
-  }
-  std::string path(char const* name) const { return (directory_.path() / name).string(); }
-  std::string write(char const* name, std::string const& content) const {
-    directory_.write(name, content);
-    return path(name);
-  }
-  static std::string sample(char const* name) { return std::string(SAMPLES_DIR "/") + name; }
-
- private:
-  test::TemporaryDirectory directory_;
-};
+using test::Finished;
+using test::Program;
 
 TEST_F(Program, without_a_command_is_wrong_use) {
   Finished const finished = run({});

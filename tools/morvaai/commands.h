@@ -1,6 +1,8 @@
 #pragma once
 
+#include <optional>
 #include <string>
+#include <vector>
 
 #include "report.h"
 
@@ -35,6 +37,28 @@ struct TextOptions : RunOptions {
 int run_text(TextOptions const& options);
 /// The kinds of text by the names that `--kind` takes.
 std::vector<std::string> text_kind_names();
+
+/// `morvaai cluster`: the classes that files fall into.
+inline constexpr int default_minpts = 4;
+struct ClusterOptions : RunOptions {
+  /// "kmeans", "kmedians", "canopy" or "dbscan".
+  std::string method;
+  std::optional<int> k;
+  bool canopy_seeds = false;
+  std::optional<double> t1;
+  std::optional<double> t2;
+  /// A number, or "auto".
+  std::optional<std::string> eps;
+  std::optional<int> minpts;
+  bool dna = false;
+  std::optional<std::string> output_folder;
+};
+int run_cluster(ClusterOptions const& options);
+/// The names that `--method` takes.
+std::vector<std::string> cluster_method_names();
+
+/// `morvaai console`: the interactive clustering tool, for "canopy", "kmeans" or "dbscan".
+int run_console(std::string const& method);
 
 /// `morvaai version`: versions and where the dictionary lies.
 int run_version(bool json);

@@ -9,21 +9,63 @@
 
 namespace {
 
-void add_run_options(CLI::App& command, tool::RunOptions& options) {
+// CLI11's own checks let infinities and what is no number pass.
+std::string check_positive(std::string const& text) {
+  return HString(text.c_str()).to_double() > 0.0 ? std::string() : "not a number above 0: " + text;
+}
+
+void add_run_options(CLI::App& command, tool::RunOptions& options,
+                     char const* json_help = "Print one JSON object a line for each file") {
   options.jobs = std::max(1U, std::thread::hardware_concurrency());
   command
       .add_option("FILE", options.inputs,
                   "Files, folders, or - for a list of paths on standard input")
       ->required();
-  command.add_flag("--json", options.json, "Print one JSON object a line for each file");
+  command.add_flag("--json", options.json, json_help);
   command
       .add_option("-j,--jobs", options.jobs,
                   "Worker processes; the number of processors if not given")
       ->check(CLI::Range(std::size_t{1}, std::size_t{256}));
 }
 
+void add_cluster_options(CLI::App& command, tool::ClusterOptions& options) {
+  add_run_options(command, options, "Print one JSON object");
+  CLI::Validator const positive(&check_positive, "NUMBER", "positive");
+  int constexpr most = 1000000;
+  command.add_option("-m,--method", options.method, "How to cluster")
+      ->required()
+      ->check(CLI::IsMember(tool::cluster_method_names()));
+  command.add_option("-k", options.k, "kmeans, kmedians: number of classes")
+      ->check(CLI::Range(1, most));
+  command.add_flag("--canopy-seeds", options.canopy_seeds,
+                   "kmeans, kmedians: begin with canopies, not with the files farthest from each "
+                   "other; without -k, their number is the number of classes");
+  command
+      .add_option("--t2", options.t2,
+                  "canopy: radius of a class; the mean distance of all pairs if not given")
+      ->check(positive);
+  command
+      .add_option("--t1", options.t1,
+                  "canopy: not below T2, and without effect otherwise; as T2 if not given")
+      ->check(positive);
+  command
+      .add_option("--eps", options.eps,
+                  "dbscan: radius of a neighbourhood; auto, estimated from the files, if not given")
+      ->check(positive | CLI::IsMember({"auto"}));
+  command
+      .add_option("--minpts", options.minpts,
+                  "dbscan: files in a neighbourhood, its center included, that make a class; " +
+                      std::to_string(tool::default_minpts) + " if not given")
+      ->check(CLI::Range(1, most));
+  command.add_flag("--dna", options.dna,
+                   "By the fingerprints of the files instead of their 100 strongest words");
+  command.add_option("-o,--output", options.output_folder,
+                     "Folder for a list of the files of each class; made if missing. Lists that "
+                     "an earlier run left there are no input");
+}
+
 int run(int argc, char** argv) {
-  CLI::App app{"Words, fingerprints and likeness of documents.", "morvaai"};
+  CLI::App app{"Words, fingerprints, likeness and classes of documents.", "morvaai"};
   app.require_subcommand(1);
   app.failure_message(CLI::FailureMessage::help);
   app.footer(
@@ -32,6 +74,7 @@ int run(int argc, char** argv) {
       "  morvaai features report.docx -n 10\n"
       "  morvaai dna --json folder/ > dna.jsonl\n"
       "  morvaai compare old.docx new.pdf\n"
+      "  morvaai cluster folder/ --method kmeans -k 8 -o classes/\n"
       "  find . -name '*.pdf' | morvaai text -");
   int status = tool::all_done;
 
@@ -65,6 +108,18 @@ int run(int argc, char** argv) {
   command->add_option("--kind", text.kind, "Kind of text, main if not given")
       ->check(CLI::IsMember(tool::text_kind_names()));
   command->callback([&] { status = tool::run_text(text); });
+
+  tool::ClusterOptions cluster;
+  command = app.add_subcommand("cluster", "The classes that files fall into");
+  add_cluster_options(*command, cluster);
+  command->callback([&] { status = tool::run_cluster(cluster); });
+
+  std::string console_method;
+  command = app.add_subcommand("console", "Clusters a folder, asking for what it needs to know");
+  command->add_option("METHOD", console_method, "canopy, kmeans or dbscan")
+      ->required()
+      ->check(CLI::IsMember({"canopy", "kmeans", "dbscan"}));
+  command->callback([&] { status = tool::run_console(console_method); });
 
   bool version_json = false;
   command = app.add_subcommand("version", "Versions, and where data is looked for");

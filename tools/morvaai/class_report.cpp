@@ -1,0 +1,85 @@
+#include "class_report.h"
+
+#include <fmt/format.h>
+
+namespace tool {
+
+namespace {
+
+std::string counted(std::size_t count, char const* one, char const* several) {
+  return fmt::format("{} {}", count, count == 1 ? one : several);
+}
+
+std::string indented(std::vector<HString> const& files) {
+  std::string text;
+  for (HString const& file : files) {
+    text += "  " + printable(file) + "\n";
+  }
+  return text;
+}
+
+nlohmann::ordered_json names(std::vector<HString> const& files) {
+  nlohmann::ordered_json list = nlohmann::ordered_json::array();
+  for (HString const& file : files) {
+    list.push_back(utf8(file));
+  }
+  return list;
+}
+
+}  // namespace
+
+std::string ClassReport::as_text() const {
+  std::string text =
+      fmt::format("{} of {} by {}", method, counted(file_count, "file", "files"),
+                  is_by_dna ? std::string("fingerprint") : counted(word_count, "word", "words"));
+  for (auto const& [name, value] : parameters.items()) {
+    text +=
+        fmt::format(", {} {}", name, value.is_string() ? value.get<std::string>() : value.dump());
+  }
+  text += fmt::format(": {}\n", counted(classes.size(), "class", "classes"));
+  for (Class const& one : classes) {
+    text += fmt::format("\n{}: {}, radius {:.3f}\n", printable(one.label),
+                        counted(one.files.size(), "file", "files"), one.radius);
+    if (one.description.not_empty()) {
+      text += fmt::format("  [{}]\n", printable(one.description));
+    }
+    text += indented(one.files);
+  }
+  if (!unclassified.empty()) {
+    text += fmt::format("\nunclassified: {}\n", counted(unclassified.size(), "file", "files")) +
+            indented(unclassified);
+  }
+  if (lists && !lists->empty()) {
+    text += "\nlists written:\n" + indented(*lists);
+  }
+  return text;
+}
+
+std::string ClassReport::as_json() const {
+  nlohmann::ordered_json object;
+  object["method"] = method;
+  object["parameters"] = parameters;
+  object["by"] = is_by_dna ? "fingerprint" : "words";
+  object["file_count"] = file_count;
+  object["word_count"] = word_count;
+  object["classes"] = nlohmann::ordered_json::array();
+  for (Class const& one : classes) {
+    object["classes"].push_back({{"label", utf8(one.label)},
+                                 {"description", utf8(one.description)},
+                                 {"radius", one.radius},
+                                 {"size", one.files.size()},
+                                 {"files", names(one.files)}});
+  }
+  object["unclassified"] = names(unclassified);
+  object["failed"] = nlohmann::ordered_json::array();
+  for (Corpus::Failure const& failure : failed) {
+    object["failed"].push_back({{"file", utf8(failure.file)}, {"reason", failure.reason}});
+  }
+  if (lists) {
+    object["lists"] = names(*lists);
+  }
+  // A reason may quote the bytes of a document.
+  return object.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace) + "\n";
+}
+
+}  // namespace tool

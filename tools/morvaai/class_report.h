@@ -1,0 +1,43 @@
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <nlohmann/json.hpp>
+
+#include "morvaai.h"
+
+#include "corpus.h"
+
+namespace tool {
+
+/// What a clustering run gave, as it is shown.
+struct ClassReport {
+  struct Class {
+    HString label;
+    /// The strongest words, blanks between them; empty for a class without files.
+    HString description;
+    double radius = 0.0;
+    std::vector<HString> files;
+  };
+
+  std::string method;
+  /// By name, in the order in which they are shown.
+  nlohmann::ordered_json parameters;
+  bool is_by_dna = false;
+  std::size_t file_count = 0;
+  std::size_t word_count = 0;
+  std::vector<Class> classes;
+  std::vector<HString> unclassified;
+  std::vector<Corpus::Failure> failed;
+  /// The list files that were written, where some were asked for.
+  std::optional<std::vector<HString>> lists;
+
+  std::string as_text() const;
+  /// One object in one line.
+  std::string as_json() const;
+};
+
+}  // namespace tool

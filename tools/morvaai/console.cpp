@@ -1,0 +1,16 @@
+#include "commands.h"
+
+namespace tool {
+
+int run_console(std::string const& method) {
+  if (method == "canopy") {
+    HClusterTest::test_canopy();
+  } else if (method == "kmeans") {
+    HClusterTest::test_kmeans(0);
+  } else {
+    HClusterTest::test_dbscan();
+  }
+  return all_done;
+}
+
+}  // namespace tool

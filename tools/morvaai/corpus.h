@@ -1,0 +1,32 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+#include "morvaai.h"
+
+#include "report.h"
+
+namespace tool {
+
+/// Files with what characterises them, for a command that looks at all of them together.
+struct Corpus {
+  struct Failure {
+    HString file;
+    std::string reason;
+  };
+
+  /// The files that gave words, and at the same positions their records.
+  std::vector<HString> files;
+  std::vector<HFeatureNode> records;
+  /// The others, in order.
+  std::vector<Failure> failed;
+  int status = all_done;
+};
+
+/// Extracts the words of the files in worker processes, as `run_on_files` does, and with
+/// `with_dna` their wide fingerprints too. A file without any is one that failed.
+Corpus read_corpus(std::vector<HString> const& files, std::size_t jobs, bool with_dna);
+
+}  // namespace tool
