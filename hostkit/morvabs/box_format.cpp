@@ -8,7 +8,6 @@
 #include <utility>
 #include <vector>
 
-#define XXH_INLINE_ALL
 #include <sys/mman.h>
 #include <xxhash.h>
 
@@ -31,14 +30,13 @@ using ListOffset = Offset<flatbuffers::Vector<Offset<T>>>;
 static_assert(std::endian::native == std::endian::little);
 static_assert(sizeof(wchar_t) == sizeof(std::uint32_t));
 
-constexpr std::string_view mark =
-    "\x89"
-    "BOX\r\n\x1A\n";
+constexpr std::string_view mark = "\211BOX\r\n\032\n";
 constexpr std::uint32_t format_version = 1;
 constexpr std::size_t version_at = 8;
 constexpr std::size_t zero_at = 12;
 constexpr std::size_t length_at = 16;
 constexpr std::size_t checksum_at = 24;
+constexpr std::uint64_t largest_payload = largest_box_file - box_header_size;
 
 std::uint64_t checksum_of(std::string_view payload) {
   return XXH3_64bits(payload.data(), payload.size());
@@ -111,8 +109,7 @@ file::Box const* sound_box(std::string_view payload) {
 bool is_within_limits(std::size_t payload_size, file::Box const& stored) {
   std::uint64_t const allowed =
       std::min(largest_box_memory, memory_of_any_box + most_expansion * payload_size);
-  return payload_size + box_header_size <= static_cast<std::uint64_t>(largest_box_file) &&
-         MemoryUse::of(stored) <= allowed;
+  return MemoryUse::of(stored) <= allowed;
 }
 
 /// Takes numbers in LEB128 from the front of some bytes.
@@ -430,7 +427,7 @@ std::optional<std::string> encode_box(QXPPolicyMorvaClustBox const& box) {
   }
   Encoder encoder;
   std::string_view const payload = encoder.encode(box);
-  file::Box const* const stored = sound_box(payload);
+  file::Box const* const stored = payload.size() > largest_payload ? nullptr : sound_box(payload);
   if (stored == nullptr || !is_within_limits(payload.size(), *stored)) {
     return std::nullopt;
   }
@@ -450,7 +447,7 @@ int decode_box(std::string const& content, QXPPolicyMorvaClustBox& box) {
       flatbuffers::ReadScalar<std::uint64_t>(&content[checksum_at]) != checksum_of(payload)) {
     return -EBADMSG;
   }
-  if (content.size() > static_cast<std::uint64_t>(largest_box_file)) {
+  if (payload.size() > largest_payload) {
     return -EFBIG;
   }
   file::Box const* const stored = sound_box(payload);
