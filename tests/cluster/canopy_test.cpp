@@ -247,6 +247,14 @@ TEST_F(Canopy, an_index_outside_the_points_is_at_distance_0) {
   EXPECT_EQ(canopies, (Clusters{{7, 0, 1}}));
 }
 
+TEST_F(Canopy, a_seed_out_of_its_own_reach_takes_one_repeat_of_itself_away) {
+  engine.InitBase(line({std::numeric_limits<double>::quiet_NaN(), 1}));
+  engine.md_T2 = 1;
+  Clusters canopies;
+  engine.start({0, 0, 0, 1, 1}, canopies);
+  EXPECT_EQ(canopies, (Clusters{{0}, {0}, {1, 1}}));
+}
+
 TEST_F(Canopy, what_is_near_moves_behind_the_canopy) {
   engine.InitBase(line({0, 1, 2, 3}));
   engine.md_T2 = 1;
