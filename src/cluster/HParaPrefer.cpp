@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cstddef>
 
-#include "numeric/internal/center_finder.h"
 #include "numeric/internal/distance_table.h"
 
 namespace {
@@ -13,19 +12,50 @@ constexpr double greatest_nearest = 4503599627370496.0;
 
 using Lists = std::vector<std::vector<double>>;
 
-// The values of point i against all others, ascending.
-std::vector<double> values_of(morva::DistanceTable const& points, std::size_t i,
-                              bool use_distance) {
-  std::vector<double> values(points.size());
-  if (use_distance) {
-    points.distances(points[i], 0, values);
-  } else {
-    points.similarities(points[i], 0, values);
+// The smallest values of each point against all others, ascending: at first few, and more of them
+// as soon as they are asked for.
+class ValueLists {
+ public:
+  ValueLists(std::vector<HPointN> const& points, bool use_distance)
+      : table_(morva::compress(points)), use_distance_(use_distance), prefixes_(table_.size()) {}
+
+  std::size_t size() const { return table_.size(); }
+  std::size_t length() const { return table_.size() - 1; }
+
+  std::vector<double> smallest(std::size_t i, std::size_t count) const {
+    return use_distance_ ? table_.smallest_distances(i, count)
+                         : table_.smallest_similarities(i, count);
   }
-  values.erase(values.begin() + static_cast<std::ptrdiff_t>(i));
-  morva::sort_ascending(values);
-  return values;
-}
+
+  // Calls `take` with a prefix of list i that is long enough for `take` to stop before its end, or
+  // with the whole list.
+  template <typename Take>
+  void read(std::size_t i, std::size_t at_least, Take const& take) {
+    std::size_t count = std::max(at_least, kept_values);
+    if (prefixes_[i].empty()) {
+      prefixes_[i] = smallest(i, kept_values);
+    }
+    std::vector<double> longer;
+    while (true) {
+      bool const is_kept = count <= kept_values;
+      if (!is_kept) {
+        longer = smallest(i, count);
+      }
+      std::vector<double> const& prefix = is_kept ? prefixes_[i] : longer;
+      if (take(prefix) < prefix.size() || prefix.size() == length()) {
+        return;
+      }
+      count = 4 * prefix.size();
+    }
+  }
+
+ private:
+  static constexpr std::size_t kept_values = 32;
+
+  morva::DistanceTable table_;
+  bool use_distance_;
+  std::vector<std::vector<double>> prefixes_;
+};
 
 // The mean reach of the points whose nearest neighbour lies within `limit`.
 double mean_reach(std::vector<double> const& reaches, std::vector<double> const& nearest,
@@ -39,9 +69,11 @@ double mean_reach(std::vector<double> const& reaches, std::vector<double> const&
   return HParaPrefer::get_vt_avg(kept);
 }
 
-// The estimate over lists that `list(i)` makes, each twice, so that none need be kept.
-template <typename MakeList>
-double estimate(std::size_t count, int min_points, MakeList const& list) {
+// The estimate over `count` lists of one length. `read(i, at_least, take)` calls `take` with list
+// i, or with so much of its beginning, at least that many values, that `take` uses fewer than it
+// gets.
+template <typename Read>
+double estimate(std::size_t count, std::size_t length, int min_points, Read const& read) {
   if (count == 0) {
     return 0.0;
   }
@@ -49,14 +81,21 @@ double estimate(std::size_t count, int min_points, MakeList const& list) {
   std::vector<double> nearest;
   std::vector<double> part;
   for (std::size_t i = 0; i < count; ++i) {
-    part.clear();
-    HParaPrefer::get_nearest_minpts(list(i), min_points, part);
+    read(i, 0, [&](std::vector<double> const& list) {
+      part.clear();
+      HParaPrefer::get_nearest_minpts(list, min_points, part);
+      return part.size();
+    });
     reaches.push_back(HParaPrefer::get_max_nearest(part));
   }
   double const average = HParaPrefer::get_vt_avg(reaches);
+  std::size_t const at_least = std::min(static_cast<std::size_t>(min_points), length) + 1;
   reaches.clear();
   for (std::size_t i = 0; i < count; ++i) {
-    HParaPrefer::get_nearest_value(list(i), average, min_points, part);
+    read(i, at_least, [&](std::vector<double> const& list) {
+      HParaPrefer::get_nearest_value(list, average, min_points, part);
+      return part.size();
+    });
     reaches.push_back(HParaPrefer::get_max_nearest(part));
     nearest.push_back(HParaPrefer::get_min_nearest(part));
   }
@@ -70,15 +109,23 @@ HParaPrefer::~HParaPrefer() = default;
 
 double HParaPrefer::get_eps(std::vector<HPointN> const& points, int const& min_points,
                             bool use_distance) {
-  morva::DistanceTable const table(morva::compress(points));
-  return estimate(table.size(), min_points,
-                  [&](std::size_t i) { return values_of(table, i, use_distance); });
+  if (points.empty()) {
+    return 0.0;
+  }
+  ValueLists lists(points, use_distance);
+  return estimate(lists.size(), lists.length(), min_points,
+                  [&](std::size_t i, std::size_t at_least, auto const& take) {
+                    lists.read(i, at_least, take);
+                  });
 }
 
 void HParaPrefer::get_vt_all(std::vector<HPointN> const& points, Lists& lists, bool use_distance) {
-  morva::DistanceTable const table(morva::compress(points));
-  for (std::size_t i = 0; i < table.size(); ++i) {
-    lists.push_back(values_of(table, i, use_distance));
+  if (points.empty()) {
+    return;
+  }
+  ValueLists const values(points, use_distance);
+  for (std::size_t i = 0; i < values.size(); ++i) {
+    lists.push_back(values.smallest(i, values.length()));
   }
 }
 
@@ -87,8 +134,9 @@ double HParaPrefer::get_value(HPointN const& a, HPointN const& b, bool use_dista
 }
 
 double HParaPrefer::smart_eps(Lists const& lists, int const& min_points) {
-  return estimate(lists.size(), min_points,
-                  [&](std::size_t i) -> std::vector<double> const& { return lists[i]; });
+  return estimate(
+      lists.size(), 0, min_points,
+      [&](std::size_t i, std::size_t /*at_least*/, auto const& take) { take(lists[i]); });
 }
 
 void HParaPrefer::get_nearest_minpts(std::vector<double> const& list, int const& min_points,

@@ -2,19 +2,14 @@
 
 #include <algorithm>
 #include <bit>
-#include <cmath>
+#include <iterator>
 #include <utility>
+
+#include "numeric/internal/ascending.h"
 
 namespace morva {
 
 namespace {
-
-bool comes_before(double a, double b) {
-  if (std::isnan(a) || std::isnan(b)) {
-    return !std::isnan(a) && std::isnan(b);
-  }
-  return a < b || (a == b && std::signbit(a) && !std::signbit(b));
-}
 
 // The values of one column in ascending order, together with the zeros of the members that have
 // none there.
@@ -57,10 +52,6 @@ void append(double value, std::size_t column, std::vector<std::uint32_t>& column
 }
 
 }  // namespace
-
-void sort_ascending(std::span<double> values) {
-  std::sort(values.begin(), values.end(), comes_before);
-}
 
 void CenterFinder::mark_columns(long long n, std::span<SparsePoint const* const> members) {
   std::fill(marks_.begin(), marks_.end(), 0);

@@ -34,7 +34,4 @@ class CenterFinder {
   std::vector<double> grouped_;
 };
 
-/// Ascending, with -0.0 before 0.0 and NaN last: one order for every machine.
-void sort_ascending(std::span<double> values);
-
 }  // namespace morva

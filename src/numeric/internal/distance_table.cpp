@@ -7,6 +7,7 @@
 #include <numeric>
 #include <utility>
 
+#include "numeric/internal/ascending.h"
 #include "numeric/internal/no_distance.h"
 
 namespace morva {
@@ -221,6 +222,35 @@ std::optional<DistanceTable::Found> DistanceTable::closest(SparsePoint const& x,
       result = Found{first + j, measured};
     }
   }
+  return result;
+}
+
+std::vector<double> DistanceTable::smallest_distances(std::size_t i, std::size_t count) const {
+  std::vector<double> result;
+  Bounds bounds;
+  if (count < size() / 8 && bound_squares(points_[i], 0, bounds)) {
+    std::vector<double> highs = bounds.high;
+    highs[i] = std::numeric_limits<double>::infinity();
+    auto const last = highs.begin() + static_cast<std::ptrdiff_t>(count);
+    std::nth_element(highs.begin(), last, highs.end());
+    for (std::size_t j = 0; j < size(); ++j) {
+      if (j != i && bounds.low[j] <= *last) {
+        result.push_back(distance(points_[i], points_[j]));
+      }
+    }
+  } else {
+    result = all_distances(points_[i], 0);
+    result.erase(result.begin() + static_cast<std::ptrdiff_t>(i));
+  }
+  keep_smallest(count, result);
+  return result;
+}
+
+std::vector<double> DistanceTable::smallest_similarities(std::size_t i, std::size_t count) const {
+  std::vector<double> result(size());
+  similarities(points_[i], 0, result);
+  result.erase(result.begin() + static_cast<std::ptrdiff_t>(i));
+  keep_smallest(count, result);
   return result;
 }
 

@@ -51,6 +51,10 @@ class DistanceTable {
   std::optional<Found> farthest(SparsePoint const& x, std::size_t first, double floor) const;
   std::optional<Found> closest(SparsePoint const& x, std::size_t first, double ceiling) const;
 
+  /// The `count` smallest distances, and similarities, of point i and the others, ascending.
+  std::vector<double> smallest_distances(std::size_t i, std::size_t count) const;
+  std::vector<double> smallest_similarities(std::size_t i, std::size_t count) const;
+
   /// Mean over all pairs, summed with i from 0 up and j from i + 1 up; 0.0 with fewer than two.
   double average_distance() const;
 
