@@ -1,0 +1,3 @@
+#include "collect/HFileCollectBase.h"
+
+HFileCollectBase::HFileCollectBase() = default;

@@ -1,0 +1,3 @@
+#include "collect/HFileCollectDNANode.h"
+
+HFileCollectDNANode::HFileCollectDNANode() = default;

@@ -1,0 +1,3 @@
+#include "collect/HFileCollectFeatureNode.h"
+
+HFileCollectFeatureNode::HFileCollectFeatureNode() = default;
