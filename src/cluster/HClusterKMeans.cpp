@@ -47,6 +47,48 @@ HClusterKMeans::ClusterMap assign(DistanceTable const& points, DistanceTable con
   return clusters;
 }
 
+// The means of a run, and what an iteration does with them.
+class MeanMover {
+ public:
+  MeanMover(DistanceTable const& points, std::vector<SparsePoint> means)
+      : points_(points), means_(std::move(means)) {}
+
+  HClusterKMeans::ClusterMap assign() {
+    DistanceTable table(std::move(means_), points_.form());
+    HClusterKMeans::ClusterMap clusters = ::assign(points_, table, table.size());
+    means_ = table.take_points();
+    return clusters;
+  }
+
+  // Moves the means as `gi_K_ClusterType` says; the same members have the same mean.
+  void move(HClusterKMeans::ClusterMap const& clusters,
+            HClusterKMeans::ClusterMap const& previous) {
+    int const rule = gi_K_ClusterType;
+    if (rule != arithmetic_means && rule != medians) {
+      morva::log_line(1, tag, __LINE__, L"gi_K_ClusterType:", HString(rule, false));
+      return;
+    }
+    for (auto const& [key, members] : clusters) {
+      auto const before = previous.find(key);
+      if (rule != last_rule_ || before == previous.end() || members != before->second) {
+        means_[static_cast<std::size_t>(key)] = moved_mean(finder_, points_, members, rule);
+      }
+    }
+    last_rule_ = rule;
+  }
+
+  bool has_moved() const { return last_rule_ != none; }
+  std::vector<SparsePoint> take_means() { return std::move(means_); }
+
+ private:
+  static constexpr int none = -1;
+
+  DistanceTable const& points_;
+  std::vector<SparsePoint> means_;
+  morva::CenterFinder finder_;
+  int last_rule_ = none;
+};
+
 // The farthest pair, then always the first of the points with the greatest sum of distances to the
 // seeds so far; empty where there are not so many.
 std::vector<int> farthest_first(DistanceTable const& points, long long k) {
@@ -84,6 +126,32 @@ std::vector<int> farthest_first(DistanceTable const& points, long long k) {
   }
   return seeds;
 }
+
+// Finds that assignments come round again (Brent's method, with one assignment kept), so that the
+// periods in between need not be run: an assignment and the rule determine all that follow, up to
+// the next repair.
+class CycleDetector {
+ public:
+  /// Number of rounds that lead back to `current`, in whole periods; 0 where none is known.
+  int rounds_to_skip(int round, HClusterKMeans::ClusterMap const& current) {
+    if (current == anchor_) {
+      int const period = round - anchor_round_;
+      return (most_rounds - 1 - round) / period * period;
+    }
+    if (round >= next_anchor_round_) {
+      anchor_ = current;
+      anchor_round_ = round;
+      next_anchor_round_ = 2 * round + 1;
+    }
+    return 0;
+  }
+  void forget() { anchor_.clear(); }
+
+ private:
+  HClusterKMeans::ClusterMap anchor_;
+  int anchor_round_ = 0;
+  int next_anchor_round_ = 0;
+};
 
 void update(std::vector<HPointN> const& points, HClusterKMeans::ClusterMap const& clusters,
             int rule, std::vector<HPointN>& means) {
@@ -202,16 +270,12 @@ bool HClusterKMeans::get_k_means(std::vector<HPointN>& means) {
 
 bool HClusterKMeans::cluster() {
   std::shared_ptr<DistanceTable const> const points = table();
-  std::vector<SparsePoint> means = load_means();
-  bool has_moved = false;
-  int last_rule = -1;
-  morva::CenterFinder finder;
+  MeanMover mover(*points, load_means());
+  CycleDetector cycles;
   ClusterMap previous;
   std::vector<ClusterMap> seen;
   for (int round = 0; round < most_rounds; ++round) {
-    DistanceTable const mean_table(std::move(means), points->form());
-    ClusterMap current = assign(*points, mean_table, mean_table.size());
-    means = mean_table.points();
+    ClusterMap current = mover.assign();
     if (current == previous) {
       if (!is_exist_empty_cluster(current)) {
         break;
@@ -221,24 +285,14 @@ bool HClusterKMeans::cluster() {
         break;
       }
       seen.push_back(current);
+      cycles.forget();
     }
-    int const rule = gi_K_ClusterType;
-    if (rule != arithmetic_means && rule != medians) {
-      morva::log_line(1, tag, __LINE__, L"gi_K_ClusterType:", HString(rule, false));
-    } else {
-      for (auto const& [key, members] : current) {
-        // The same members have the same mean.
-        if (rule != last_rule || members != previous[key]) {
-          means[static_cast<std::size_t>(key)] = moved_mean(finder, *points, members, rule);
-        }
-      }
-      has_moved = true;
-      last_rule = rule;
-    }
+    round += cycles.rounds_to_skip(round, current);
+    mover.move(current, previous);
     previous = std::move(current);
   }
-  if (has_moved) {
-    store_means(std::move(means));
+  if (mover.has_moved()) {
+    store_means(mover.take_means());
   }
   for (auto& [key, members] : previous) {
     vt_result.push_back(std::move(members));

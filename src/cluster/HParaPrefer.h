@@ -16,8 +16,9 @@ class MORVA_EXPORT HParaPrefer {
   HParaPrefer();
   ~HParaPrefer();
 
-  /// The estimate for a point set; 0.0 for an empty one, and for a `min_points` above the number of
-  /// other points. Holds one list at a time: `smart_eps` over `get_vt_all` gives the same value.
+  /// The estimate for a point set; 0.0 for an empty one, NaN for a single point, and else 0.0 for a
+  /// `min_points` above the number of other points. Holds one list at a time: `smart_eps` over
+  /// `get_vt_all` gives the same value.
   static double get_eps(std::vector<HPointN> const& points, int const& min_points,
                         bool use_distance);
   /// Appends the list of each point: the memory of a matrix.

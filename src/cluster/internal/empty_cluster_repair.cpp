@@ -47,6 +47,9 @@ class CenterDistances {
 
   // The `count` farthest points, farthest first.
   std::vector<int> farthest(std::size_t count) const {
+    if (count == 0) {
+      return {};
+    }
     std::vector<double> lows;
     for (auto const& [point, candidate] : candidates_) {
       lows.push_back(candidate.low);

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <optional>
 #include <span>
+#include <utility>
 #include <variant>
 #include <vector>
 
@@ -34,6 +35,8 @@ class DistanceTable {
   std::size_t size() const { return points_.size(); }
   Form form() const { return form_; }
   std::vector<SparsePoint> const& points() const { return points_; }
+  /// Takes the points out; the table is then good for nothing else.
+  std::vector<SparsePoint> take_points() { return std::move(points_); }
   SparsePoint const& operator[](std::size_t i) const { return points_[i]; }
 
   /// Distances, and cosine similarities, of `x` and the points from `first` on.
