@@ -48,6 +48,12 @@ std::span<T const> numbers(flatbuffers::Vector<T> const* list) {
   return list == nullptr ? std::span<T const>() : std::span<T const>(list->data(), list->size());
 }
 
+template <typename T>
+bool is_aligned(flatbuffers::Vector<T> const* list) {
+  auto const values = numbers(list);
+  return values.empty() || reinterpret_cast<std::uintptr_t>(values.data()) % alignof(T) == 0;
+}
+
 // ---- Limits
 
 /// What a stored box takes in memory once it is read, estimated from above.
@@ -237,6 +243,10 @@ class Decoder {
   static bool decode(file::WeightList const* stored, std::vector<double>& weights) {
     if (stored == nullptr) {
       return true;
+    }
+    // That much the check of the structure leaves open.
+    if (!is_aligned(stored->values())) {
+      return false;
     }
     auto const values = numbers(stored->values());
     if (stored->positions() == nullptr) {

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "box_format_schema.h"
@@ -178,6 +179,27 @@ TEST(HostileBox, with_other_numbers_of_values_than_told_is_refused) {
   EXPECT_EQ(read_sparse(10, {1}, {}), -EBADMSG);
   EXPECT_EQ(read_weights(3, nullptr, {1.0, 2.0}), -EBADMSG);
   EXPECT_EQ(read_weights(1, nullptr, {}), -EBADMSG);
+}
+
+/// A weight list of one value that lies where four bytes more or less in front of it put it.
+int read_shifted(std::size_t filling) {
+  constexpr std::uint64_t radius_bits = 1;  // what takes eight bytes lies on eights
+  FlatBufferBuilder builder;
+  builder.CreateVector(std::vector<std::uint8_t>(filling));
+  auto const words = builder.CreateVector(std::vector<std::uint32_t>{7, 8, 9});
+  auto const weights = file::CreateWeightList(
+      builder, 1, 0, flatbuffers::Offset<flatbuffers::Vector<double>>(words.o));
+  std::vector const list{file::CreateKMeansClass(builder, 0, 0, radius_bits, 0, weights)};
+  builder.Finish(file::CreateBoxDirect(builder, 0, 0, nullptr, &list));
+  std::string payload = finished(builder);
+  // Three words become one value.
+  payload[payload.find(std::string("\3\0\0\0\7\0\0\0\10", 9))] = 1;
+  return read_payload(payload);
+}
+
+TEST(HostileBox, with_a_value_between_two_places_is_refused) {
+  EXPECT_THAT((std::vector{read_shifted(0), read_shifted(4)}),
+              testing::UnorderedElementsAre(0, -EBADMSG));
 }
 
 TEST(HostileBox, that_would_become_much_larger_is_refused_before_it_does) {
