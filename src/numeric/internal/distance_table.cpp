@@ -41,6 +41,21 @@ std::variant<Postings, Lanes> arrange(std::vector<SparsePoint> const& points,
   return Postings(points);
 }
 
+// The last index with the smallest distance that is not above `no_distance`; 0 where there is none.
+template <typename Distance>
+std::size_t last_nearest(std::size_t count, Distance const& distance_to) {
+  std::size_t nearest = 0;
+  double least = no_distance;
+  for (std::size_t j = 0; j < count; ++j) {
+    double const measured = distance_to(j);
+    if (measured <= least) {
+      least = measured;
+      nearest = j;
+    }
+  }
+  return nearest;
+}
+
 bool is_in(double distance, double limit, DistanceTable::Border border) {
   return border == DistanceTable::Border::inside ? distance <= limit : distance < limit;
 }
@@ -159,24 +174,21 @@ void DistanceTable::within(SparsePoint const& x, std::size_t first, double limit
 
 std::size_t DistanceTable::nearest(SparsePoint const& x) const {
   Bounds bounds;
-  bool const is_bounded = bound_squares(x, 0, bounds);
-  std::vector<double> const exact = is_bounded ? std::vector<double>() : all_distances(x, 0);
-  double const reach = is_bounded && size() > 0
-                           ? *std::min_element(bounds.high.begin(), bounds.high.end())
-                           : no_distance;
-  std::size_t result = 0;
-  double least = no_distance;
-  for (std::size_t j = 0; j < size(); ++j) {
-    if (is_bounded && bounds.low[j] > reach) {
-      continue;
+  if (bound_squares(x, 0, bounds) && !bounds.high.empty()) {
+    double const reach = *std::min_element(bounds.high.begin(), bounds.high.end());
+    auto const is_open = [reach](double low) { return low <= reach; };
+    auto const first = std::find_if(bounds.low.begin(), bounds.low.end(), is_open);
+    auto const second = std::find_if(first + 1, bounds.low.end(), is_open);
+    if (second == bounds.low.end()) {
+      return static_cast<std::size_t>(first - bounds.low.begin());
     }
-    double const measured = is_bounded ? distance(x, points_[j]) : exact[j];
-    if (measured <= least) {
-      least = measured;
-      result = j;
-    }
+    return last_nearest(size(), [&](std::size_t j) {
+      return is_open(bounds.low[j]) ? distance(x, points_[j])
+                                    : std::numeric_limits<double>::infinity();
+    });
   }
-  return result;
+  std::vector<double> const exact = all_distances(x, 0);
+  return last_nearest(size(), [&](std::size_t j) { return exact[j]; });
 }
 
 std::optional<DistanceTable::Found> DistanceTable::farthest(SparsePoint const& x, std::size_t first,
