@@ -87,11 +87,7 @@ Agreement compare_partitions(std::vector<int> const& labels, std::vector<int> co
     return {};
   }
   Contingency const table(labels, clusters);
-  auto const largest =
-      std::max_element(table.clusters.begin(), table.clusters.end(),
-                       [](auto const& a, auto const& b) { return a.second < b.second; });
-  return {purity(table), adjusted_rand_index(table), normalised_mutual_information(table),
-          largest->second / table.total};
+  return {purity(table), adjusted_rand_index(table), normalised_mutual_information(table)};
 }
 
 std::vector<int> partition_of(std::vector<std::vector<int>> const& clusters, std::size_t count) {

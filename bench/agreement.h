@@ -15,8 +15,6 @@ struct Agreement {
   /// Information that the two share, over the mean of their entropies: 1 for equal partitions, 0
   /// for independent ones.
   double normalised_mutual_information = 0.0;
-  /// Share of the items that are in the largest cluster.
-  double largest = 0.0;
 };
 
 /// Compares the labels with the clusters of the same items; any numbers will do. Two partitions of

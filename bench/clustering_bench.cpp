@@ -331,17 +331,16 @@ class Table {
     fmt::print("|---:|---:|---:|---:|---:|\n{}\n", sizes_);
     fmt::print("Engines on one processor; {}.\n\n",
                sklearn_.empty() ? "scikit-learn not measured" : sklearn_);
+    fmt::print(
+        "| operation | documents | engine, ms | plain, ms | times | sklearn dense, ms | times | "
+        "sklearn CSR, ms | times | memory, MB | of non-zero |\n"
+        "|---|---:|---:|---:|---:|---:|---:|---:|---:|---:|---:|\n");
     for (Operation const& operation : operations()) {
-      fmt::print(
-          "| **{}** | engine, ms | plain, ms | times | sklearn dense, ms | times | sklearn "
-          "CSR, ms | times | memory, MB | of non-zero |\n",
-          operation.name);
-      fmt::print("|---:|---:|---:|---:|---:|---:|---:|---:|---:|---:|\n");
       for (std::string const& line : lines_.at(operation.name)) {
-        fmt::print("{}\n", line);
+        fmt::print("| {} {}\n", operation.name, line);
       }
-      fmt::print("\n");
     }
+    fmt::print("\n");
     std::fflush(stdout);
   }
 

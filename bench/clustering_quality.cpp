@@ -110,63 +110,66 @@ void weigh_by_rarity(Points& points) {
   scale_to_unit_length(points);
 }
 
-void try_all_on_words(Points const& points, int classes, std::vector<Trial>& trials) {
+void try_words(Points const& points, int classes, std::vector<Trial>& trials) {
   std::string const kind = "words";
-  for (int const factor : {1, 2, 4}) {
+  for (int const factor : {1, 4}) {
     trials.push_back(try_kmeans(kind, points, 0, factor * classes, false));
   }
   trials.push_back(try_kmeans(kind, points, 0, classes, true));
   trials.push_back(try_kmeans(kind, points, 1, classes, false));
-  for (double const share : {1.0, 0.8, 0.6}) {
-    trials.push_back(try_canopy(kind, points, share));
-  }
-  for (double const share : {1.0, 0.8, 0.6, 0.4}) {
-    trials.push_back(try_dbscan(kind, points, share));
-  }
-  for (double const threshold : {0.15, 0.2, 0.3, 0.5}) {
-    trials.push_back(try_cosine(kind, points, threshold));
-  }
-}
-
-void try_some_on_scaled_words(std::string const& kind, Points const& points, int classes,
-                              std::vector<Trial>& trials) {
-  for (int const factor : {1, 2}) {
-    trials.push_back(try_kmeans(kind, points, 0, factor * classes, false));
-  }
-  trials.push_back(try_canopy(kind, points, 1.0));
-  for (double const share : {1.0, 0.95}) {
-    trials.push_back(try_dbscan(kind, points, share));
-  }
-}
-
-void try_some_on_dna(Points const& points, int classes, std::vector<Trial>& trials) {
-  std::string const kind = "fingerprints";
-  for (int const factor : {1, 2}) {
-    trials.push_back(try_kmeans(kind, points, 0, factor * classes, false));
-  }
-  trials.push_back(try_kmeans(kind, points, 1, classes, false));
   for (double const share : {1.0, 0.6}) {
     trials.push_back(try_canopy(kind, points, share));
   }
-  for (double const share : {1.0, 0.6, 0.4}) {
+  for (double const share : {1.0, 0.8, 0.6}) {
     trials.push_back(try_dbscan(kind, points, share));
   }
-  for (double const threshold : {0.3, 0.6}) {
+  for (double const threshold : {0.2, 0.5}) {
     trials.push_back(try_cosine(kind, points, threshold));
   }
+}
+
+void try_scaled_words(std::string const& kind, Points const& points, int classes,
+                      std::vector<Trial>& trials) {
+  for (int const factor : {1, 2}) {
+    trials.push_back(try_kmeans(kind, points, 0, factor * classes, false));
+  }
+  trials.push_back(try_dbscan(kind, points, 0.95));
+}
+
+void try_fingerprints(Points const& points, int classes, std::vector<Trial>& trials) {
+  std::string const kind = "fingerprints";
+  trials.push_back(try_kmeans(kind, points, 0, classes, false));
+  trials.push_back(try_canopy(kind, points, 0.6));
+  for (double const share : {1.0, 0.6}) {
+    trials.push_back(try_dbscan(kind, points, share));
+  }
+  trials.push_back(try_cosine(kind, points, 0.6));
+}
+
+/// In percent of the texts.
+double share_of(std::ptrdiff_t count, std::vector<int> const& partition) {
+  return 100.0 * static_cast<double>(count) / static_cast<double>(partition.size());
+}
+
+/// Rounded to two digits, and never a zero with a sign.
+double rounded(double value) {
+  return std::round(value * 100.0) / 100.0 + 0.0;
 }
 
 void print_trial(Trial const& trial, bench::LabelledTexts const& set) {
   auto const partition = bench::partition_of(trial.clusters, set.labels.size());
+  std::ptrdiff_t largest = 0;
+  for (std::vector<int> const& members : trial.clusters) {
+    largest = std::max(largest, std::ssize(members));
+  }
   auto const unclassified =
       std::count(partition.begin(), partition.end(), static_cast<int>(trial.clusters.size()));
   bench::Agreement const agreement = bench::compare_partitions(set.labels, partition);
   fmt::print("| {} | {} | {} | {} | {:.0f} % | {:.0f} % | {:.2f} | {:.2f} | {:.2f} |\n",
              trial.points, trial.method, trial.parameters, trial.clusters.size(),
-             100.0 * static_cast<double>(unclassified) / static_cast<double>(partition.size()),
-             100.0 * agreement.largest, agreement.purity, agreement.adjusted_rand_index,
-             agreement.normalised_mutual_information);
-  std::fflush(stdout);
+             share_of(largest, partition), share_of(unclassified, partition),
+             rounded(agreement.purity), rounded(agreement.adjusted_rand_index),
+             rounded(agreement.normalised_mutual_information));
 }
 
 void measure_set(bench::LabelledTexts const& set) {
@@ -178,16 +181,16 @@ void measure_set(bench::LabelledTexts const& set) {
              set.class_count, words.size(),
              set.failed_count == 0 ? std::string()
                                    : fmt::format(" ({} more gave none)", set.failed_count));
-  try_all_on_words(points, set.class_count, trials);
+  try_words(points, set.class_count, trials);
   Points scaled = points;
   scale_to_unit_length(scaled);
-  try_some_on_scaled_words("words, length 1", scaled, set.class_count, trials);
+  try_scaled_words("words, length 1", scaled, set.class_count, trials);
   weigh_by_rarity(points);
-  try_some_on_scaled_words("words by rarity, length 1", points, set.class_count, trials);
+  try_scaled_words("words by rarity, length 1", points, set.class_count, trials);
   HClusterFileData::format_data(set.records, words, points, true);
-  try_some_on_dna(points, set.class_count, trials);
+  try_fingerprints(points, set.class_count, trials);
   fmt::print(
-      "| points | method | parameters | classes | unclassified | largest class | purity | "
+      "| points | method | parameters | classes | largest | unclassified | purity | "
       "ARI | NMI |\n|---|---|---|---:|---:|---:|---:|---:|---:|\n");
   for (Trial const& trial : trials) {
     print_trial(trial, set);
