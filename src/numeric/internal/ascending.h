@@ -1,0 +1,18 @@
+#pragma once
+
+#include <cstddef>
+#include <span>
+#include <vector>
+
+namespace morva {
+
+/// Whether a stands before b in ascending order, with -0.0 before 0.0 and NaN last: one order for
+/// every machine.
+bool comes_before(double a, double b);
+
+void sort_ascending(std::span<double> values);
+
+/// Leaves the `count` first values of the ascending order, sorted; all where there are no more.
+void keep_smallest(std::size_t count, std::vector<double>& values);
+
+}  // namespace morva
