@@ -1,18 +1,37 @@
 #include <array>
 #include <cerrno>
 #include <memory>
+#include <string>
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
 #include "host/SITcpClient.h"
 
 #include "support/local_server.h"
+#include "support/silent_server.h"
 
 namespace {
 
 using Server = test::LocalServer;
+
+/// Leaves no descriptor to open for as long as it lives.
+class NoDescriptors {
+ public:
+  NoDescriptors() {
+    getrlimit(RLIMIT_NOFILE, &old_);
+    rlimit const none{0, old_.rlim_max};
+    setrlimit(RLIMIT_NOFILE, &none);
+  }
+  ~NoDescriptors() { setrlimit(RLIMIT_NOFILE, &old_); }
+  NoDescriptors(NoDescriptors const&) = delete;
+  NoDescriptors& operator=(NoDescriptors const&) = delete;
+
+ private:
+  rlimit old_{};
+};
 
 int connect_to(HString const& server, int port) {
   SITcpClient client;
@@ -47,6 +66,40 @@ TEST(SITcpClient, a_server_that_cannot_be_is_invalid) {
 
 TEST(SITcpClient, a_name_that_nobody_has_fails) {
   EXPECT_NE(connect_to(L"no-such-host.invalid", 80), 0);
+}
+
+TEST(SITcpClient, a_name_that_is_too_long_fails) {
+  EXPECT_NE(connect_to(HString(std::string(1 << 20, 'a').c_str()), 80), 0);
+}
+
+TEST(SITcpClient, a_name_that_is_no_unicode_fails) {
+  EXPECT_NE(connect_to(HString(static_cast<wchar_t>(0x80000000U)), 80), 0);
+}
+
+TEST(SITcpClient, a_server_that_does_not_answer_is_given_up) {
+  test::SilentServer const server;
+  EXPECT_EQ(connect_to(L"127.0.0.1", server.port()), ETIMEDOUT);
+}
+
+TEST(SITcpClient, without_descriptors_there_is_no_connection) {
+  Server const server;
+  NoDescriptors const none;
+  EXPECT_EQ(connect_to(L"127.0.0.1", server.port()), EMFILE);
+}
+
+TEST(SITcpClient, what_a_server_sends_is_not_taken_in) {
+  Server const server;
+  SITcpClient client;
+  client.mstr_server = L"127.0.0.1";
+  client.mi_port = server.port();
+  ASSERT_EQ(client.connect(false), 0);
+  int const accepted = server.accept_one();
+  std::string const piece(1 << 16, 'x');
+  // It ends when the buffers of the system are full.
+  while (send(accepted, piece.data(), piece.size(), MSG_DONTWAIT) > 0) {
+  }
+  EXPECT_EQ(errno, EAGAIN);
+  close(accepted);
 }
 
 TEST(SITcpClient, the_connection_sends_nothing_and_closes_with_the_object) {
