@@ -60,6 +60,13 @@ std::vector<std::string> cluster_method_names();
 /// `morvaai console`: the interactive clustering tool, for "canopy", "kmeans" or "dbscan".
 int run_console(std::string const& method);
 
+/// `morvaai box dump`: what a box file holds.
+struct BoxDumpOptions {
+  std::string file;
+  bool json = false;
+};
+int run_box_dump(BoxDumpOptions const& options);
+
 /// `morvaai version`: versions and where the dictionary lies.
 int run_version(bool json);
 

@@ -121,6 +121,13 @@ int run(int argc, char** argv) {
       ->check(CLI::IsMember({"canopy", "kmeans", "dbscan"}));
   command->callback([&] { status = tool::run_console(console_method); });
 
+  tool::BoxDumpOptions box_dump;
+  command = app.add_subcommand("box", "Cluster boxes")->require_subcommand(1);
+  command = command->add_subcommand("dump", "What a box file holds");
+  command->add_option("FILE", box_dump.file, "A box file")->required();
+  command->add_flag("--json", box_dump.json, "Print one JSON object, which tells everything");
+  command->callback([&] { status = tool::run_box_dump(box_dump); });
+
   bool version_json = false;
   command = app.add_subcommand("version", "Versions, and where data is looked for");
   command->add_flag("--json", version_json, "Print one JSON object");
