@@ -1,0 +1,106 @@
+#include "classify/internal/match_kmeans.h"
+
+#include <cstddef>
+#include <optional>
+
+#include "classify/internal/comparison.h"
+#include "cluster/cluster_type.h"
+#include "dna/HFileDNA.h"
+#include "host/internal/log_line.h"
+#include "numeric/HPointN.h"
+#include "numeric/internal/no_distance.h"
+
+namespace morva {
+
+namespace {
+
+using Nearest = std::optional<DistanceTable::Found>;
+
+constexpr wchar_t const* tag = L"../HFileMatchClassifyKMeans";
+constexpr double tolerance = 0.000001;
+
+// The last class with that id, in a box whose centers are all as long as its vocabulary.
+std::optional<std::size_t> find_class(HString const& class_id, QXPPolicyMorvaClustBox const& box) {
+  auto const& classes = box.vt_kmeans_node;
+  if (!classes.empty()) {
+    gi_K_ClusterType = classes.front().str_dna.empty() ? 0 : 1;
+  }
+  std::optional<std::size_t> found;
+  for (std::size_t i = 0; i < classes.size(); ++i) {
+    if (classes[i].vt_weight.size() != box.vt_words.size()) {
+      log_line(1, tag, __LINE__, L"classNode.vt_words.size() : ", HString(box.vt_words.size()),
+               L", classNode.vt_weight.size()", HString(classes[i].vt_weight.size()));
+      return std::nullopt;
+    }
+    if (classes[i].str_class_id == class_id) {
+      found = i;
+    }
+  }
+  if (!found) {
+    log_line(3, tag, __LINE__, L"not find : ", class_id);
+  }
+  return found;
+}
+
+// A single class is compared by words whatever it holds.
+bool uses_dna(std::vector<QXPKMeansNode> const& classes) {
+  return classes.size() > 1 && classes.front().str_dna.not_empty();
+}
+
+// Made anew for each question: each tells in the log which fingerprints are none.
+Nearest nearest_by_dna(HFeatureNode const& node, std::vector<QXPKMeansNode> const& classes) {
+  HPointN const document = HFileDNA::get_pointn(node.str_file_id, node.str_dna);
+  Nearest nearest;
+  double least = no_distance;
+  for (std::size_t i = 0; i < classes.size(); ++i) {
+    double const distance =
+        HPointN::get_distance(document, HFileDNA::get_pointn({}, classes[i].str_dna));
+    if (distance < least) {
+      least = distance;
+      nearest = {i, distance};
+    }
+  }
+  return nearest;
+}
+
+bool is_accepted(std::size_t wanted, Nearest const& nearest, QXPKMeansNode const& node) {
+  if (!nearest || nearest->index != wanted) {
+    return false;
+  }
+  log_line(4, tag, __LINE__, L"radius : ", HString(node.d_radius), L",  distance : ",
+           HString(nearest->distance));
+  return node.d_radius + tolerance > nearest->distance;
+}
+
+}  // namespace
+
+bool match_kmeans(HFeatureNode const& node, std::span<HString const> class_ids,
+                  QXPPolicyMorvaClustBox const& box, WeightLists const* centers, HString& str_out) {
+  auto const& classes = box.vt_kmeans_node;
+  std::optional<WeightLists> own_centers;
+  std::optional<Comparison> comparison;
+  auto const nearest_by_words = [&] {
+    if (!comparison) {
+      if (centers == nullptr) {
+        centers = &own_centers.emplace(box.vt_words, lists_of(classes));
+      }
+      comparison.emplace(node, *centers);
+    }
+    return comparison->closest();
+  };
+  for (HString const& class_id : class_ids) {
+    std::optional<std::size_t> const wanted = find_class(class_id, box);
+    if (!wanted) {
+      continue;
+    }
+    Nearest const nearest = uses_dna(classes) ? nearest_by_dna(node, classes) : nearest_by_words();
+    if (is_accepted(*wanted, nearest, classes[*wanted])) {
+      str_out = classes[*wanted].str_class_name;
+      return true;
+    }
+    str_out.clear();
+  }
+  return false;
+}
+
+}  // namespace morva

@@ -1,0 +1,33 @@
+#include "classify/internal/prepared_boxes.h"
+
+#include <cstdint>
+#include <map>
+#include <utility>
+
+#include "box/internal/load_count.h"
+
+namespace morva {
+
+namespace {
+
+struct Prepared {
+  std::uint64_t load;
+  WeightLists lists;
+};
+
+}  // namespace
+
+WeightLists const& prepared_box(HString const& box_id, QXPPolicyMorvaClustBox const& box) {
+  static std::map<HString, Prepared> boxes;
+  Lists const lists =
+      box.i_cluster_type == 0 ? lists_of(box.vt_kmeans_node) : lists_of(box.vt_dbscan_node);
+  auto const known = boxes.find(box_id);
+  if (known != boxes.end() && known->second.load == load_count(box_id) &&
+      known->second.lists.is_of(box.vt_words, lists)) {
+    return known->second.lists;
+  }
+  Prepared prepared{load_count(box_id), WeightLists(box.vt_words, lists)};
+  return boxes.insert_or_assign(box_id, std::move(prepared)).first->second.lists;
+}
+
+}  // namespace morva

@@ -1,0 +1,68 @@
+#include "classify/internal/vocabulary.h"
+
+#include <algorithm>
+
+namespace morva {
+
+namespace {
+
+// A number that orders words as far as their first three characters tell: a word with a smaller one
+// comes first. What is beyond Unicode is all one, and nothing behind it counts.
+std::uint64_t order_key(HString const& word) {
+  constexpr int characters = 3;
+  constexpr int bits = 21;
+  constexpr std::uint32_t greatest = (1U << bits) - 1;
+  std::uint64_t key = 0;
+  bool is_told = true;
+  for (int i = 0; i < characters; ++i) {
+    std::uint32_t const character = is_told ? static_cast<std::uint32_t>(word[i]) : 0;
+    is_told = is_told && character < greatest;
+    key = key << bits | std::min(character, greatest);
+  }
+  return key;
+}
+
+struct Entry {
+  std::uint64_t key;
+  std::uint32_t position;
+};
+
+}  // namespace
+
+Vocabulary::Vocabulary(std::vector<HString> const& words) : words_(words) {
+  std::vector<Entry> entries;
+  entries.reserve(words_.size());
+  for (HString const& word : words_) {
+    entries.push_back({order_key(word), static_cast<std::uint32_t>(entries.size())});
+  }
+  auto const comes_first = [this](Entry const& a, Entry const& b) {
+    return a.key != b.key ? a.key < b.key : words_[a.position] < words_[b.position];
+  };
+  // A box is built with its words in order, as a rule.
+  if (!std::is_sorted(entries.begin(), entries.end(), comes_first)) {
+    std::stable_sort(entries.begin(), entries.end(), comes_first);
+  }
+  positions_.reserve(entries.size());
+  keys_.reserve(entries.size());
+  for (Entry const& entry : entries) {
+    if (!keys_.empty() && words_[positions_.back()] == words_[entry.position]) {
+      positions_.back() = entry.position;
+      continue;
+    }
+    positions_.push_back(entry.position);
+    keys_.push_back(entry.key);
+  }
+}
+
+Vocabulary::Place Vocabulary::place_of(HString const& word, std::uint32_t from) const {
+  auto const [first, last] = std::equal_range(keys_.begin() + from, keys_.end(), order_key(word));
+  auto const begin = positions_.begin() + (first - keys_.begin());
+  auto const end = positions_.begin() + (last - keys_.begin());
+  auto const found = std::lower_bound(
+      begin, end, word,
+      [this](std::uint32_t position, HString const& wanted) { return words_[position] < wanted; });
+  bool const is_word = found != end && words_[*found] == word;
+  return {static_cast<std::uint32_t>(found - positions_.begin()), is_word};
+}
+
+}  // namespace morva
