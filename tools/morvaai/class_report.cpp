@@ -1,6 +1,7 @@
 #include "class_report.h"
 
 #include <fmt/format.h>
+#include <nlohmann/json.hpp>
 
 namespace tool {
 
@@ -32,9 +33,9 @@ std::string ClassReport::as_text() const {
   std::string text =
       fmt::format("{} of {} by {}", method, counted(file_count, "file", "files"),
                   is_by_dna ? std::string("fingerprint") : counted(word_count, "word", "words"));
-  for (auto const& [name, value] : parameters.items()) {
-    text +=
-        fmt::format(", {} {}", name, value.is_string() ? value.get<std::string>() : value.dump());
+  for (auto const& [name, parameter] : parameters) {
+    text += ", " + name + " " +
+            std::visit([](auto const& value) { return fmt::format("{}", value); }, parameter);
   }
   text += fmt::format(": {}\n", counted(classes.size(), "class", "classes"));
   for (Class const& one : classes) {
@@ -58,7 +59,10 @@ std::string ClassReport::as_text() const {
 std::string ClassReport::as_json() const {
   nlohmann::ordered_json object;
   object["method"] = method;
-  object["parameters"] = parameters;
+  for (auto const& [name, parameter] : parameters) {
+    object["parameters"][name] =
+        std::visit([](auto const& value) { return nlohmann::ordered_json(value); }, parameter);
+  }
   object["by"] = is_by_dna ? "fingerprint" : "words";
   object["file_count"] = file_count;
   object["word_count"] = word_count;

@@ -3,9 +3,9 @@
 #include <cstddef>
 #include <optional>
 #include <string>
+#include <utility>
+#include <variant>
 #include <vector>
-
-#include <nlohmann/json.hpp>
 
 #include "morvaai.h"
 
@@ -25,7 +25,8 @@ struct ClassReport {
 
   std::string method;
   /// By name, in the order in which they are shown.
-  nlohmann::ordered_json parameters;
+  using Parameter = std::variant<int, double, std::string>;
+  std::vector<std::pair<std::string, Parameter>> parameters;
   bool is_by_dna = false;
   std::size_t file_count = 0;
   std::size_t word_count = 0;

@@ -18,7 +18,7 @@ namespace {
 struct Run {
   std::vector<HString> words;
   std::vector<HPointN> points;
-  nlohmann::ordered_json parameters;
+  std::vector<std::pair<std::string, ClassReport::Parameter>> parameters;
   std::vector<std::vector<int>> clusters;
   // Why the method could not be run; empty where it could.
   std::string failure;
@@ -76,8 +76,8 @@ void run_kmeans(ClusterOptions const& options, Run& run) {
   gi_K_ClusterType = options.method == "kmeans" ? 0 : 1;
   HClusterMgr::pins()->kmeans(run.points, options.k.value_or(0), run.clusters,
                               options.canopy_seeds);
-  run.parameters["k"] = options.k.value_or(static_cast<int>(run.clusters.size()));
-  run.parameters["seeds"] = options.canopy_seeds ? "canopy" : "farthest";
+  run.parameters = {{"k", options.k.value_or(static_cast<int>(run.clusters.size()))},
+                    {"seeds", std::string(options.canopy_seeds ? "canopy" : "farthest")}};
   if (run.clusters.empty()) {
     run.failure = options.canopy_seeds
                       ? "no canopies as many as -k asks for: try another -k, or none"
@@ -91,8 +91,7 @@ void run_canopy(ClusterOptions const& options, Run& run) {
   double const t2 = options.t2.value_or(mean);
   double const t1 = options.t1.value_or(options.t2 ? t2 : 3 * mean);
   HClusterMgr::pins()->canopy(run.points, t1, t2, run.clusters);
-  run.parameters["t1"] = t1;
-  run.parameters["t2"] = t2;
+  run.parameters = {{"t1", t1}, {"t2", t2}};
 }
 
 void run_dbscan(ClusterOptions const& options, Run& run) {
@@ -100,8 +99,7 @@ void run_dbscan(ClusterOptions const& options, Run& run) {
   std::string const given = options.eps.value_or("auto");
   double const eps = given == "auto" ? HParaPrefer::get_eps(run.points, minpts, true)
                                      : HString(given.c_str()).to_double();
-  run.parameters["eps"] = eps;
-  run.parameters["minpts"] = minpts;
+  run.parameters = {{"eps", eps}, {"minpts", minpts}};
   if (!(eps > 0.0)) {
     run.failure = fmt::format(
         "no radius can be estimated from {} files with --minpts {}: give one with --eps",

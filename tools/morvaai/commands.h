@@ -57,6 +57,9 @@ int run_cluster(ClusterOptions const& options);
 /// The names that `--method` takes.
 std::vector<std::string> cluster_method_names();
 
+/// `morvaai collect`: the records that the agent has of each file.
+int run_collect(RunOptions const& options);
+
 /// `morvaai console`: the interactive clustering tool, for "canopy", "kmeans" or "dbscan".
 int run_console(std::string const& method);
 

@@ -64,6 +64,60 @@ void add_cluster_options(CLI::App& command, tool::ClusterOptions& options) {
                      "an earlier run left there are no input");
 }
 
+// The options of all commands, of which one runs, and the status that it leaves.
+struct Commands {
+  tool::FeaturesOptions features;
+  tool::DnaOptions dna;
+  tool::CompareOptions compare;
+  tool::TextOptions text;
+  tool::ClusterOptions cluster;
+  std::string console_method;
+  bool version_json = false;
+  int status = tool::all_done;
+};
+
+void add_document_commands(CLI::App& app, Commands& all) {
+  CLI::App* command = app.add_subcommand("features", "The words that characterise each file");
+  add_run_options(*command, all.features);
+  command->add_option("-n,--words", all.features.words, "Number of words, 20 if not given")
+      ->check(CLI::Range(1, 100000));
+  command->callback([&all] { all.status = tool::run_features(all.features); });
+
+  command = app.add_subcommand("dna", "The fingerprint of each file");
+  add_run_options(*command, all.dna);
+  command->add_flag("--wide", all.dna.wide, "The wide form, which holds the sum of each bit");
+  command->add_flag("--count", all.dna.count, "Also the number of characters that the words cover");
+  command->callback([&all] { all.status = tool::run_dna(all.dna); });
+
+  command = app.add_subcommand("compare", "How like two files are, and which words they share");
+  command->add_option("FILE1", all.compare.first, "A file")->required();
+  command->add_option("FILE2", all.compare.second, "Another file")->required();
+  command
+      ->add_option("-n,--words", all.compare.words,
+                   "Number of shared words to show, 20 if not given")
+      ->check(CLI::Range(0, 100000));
+  command->add_flag("--json", all.compare.json, "Print one JSON object");
+  command->callback([&all] { all.status = tool::run_compare(all.compare); });
+
+  command = app.add_subcommand("text", "The text of each file");
+  add_run_options(*command, all.text);
+  command->add_option("--kind", all.text.kind, "Kind of text, main if not given")
+      ->check(CLI::IsMember(tool::text_kind_names()));
+  command->callback([&all] { all.status = tool::run_text(all.text); });
+}
+
+void add_corpus_commands(CLI::App& app, Commands& all) {
+  CLI::App* command = app.add_subcommand("cluster", "The classes that files fall into");
+  add_cluster_options(*command, all.cluster);
+  command->callback([&all] { all.status = tool::run_cluster(all.cluster); });
+
+  command = app.add_subcommand("console", "Clusters a folder, asking for what it needs to know");
+  command->add_option("METHOD", all.console_method, "canopy, kmeans or dbscan")
+      ->required()
+      ->check(CLI::IsMember({"canopy", "kmeans", "dbscan"}));
+  command->callback([&all] { all.status = tool::run_console(all.console_method); });
+}
+
 int run(int argc, char** argv) {
   CLI::App app{"Words, fingerprints, likeness and classes of documents.", "morvaai"};
   app.require_subcommand(1);
@@ -76,69 +130,18 @@ int run(int argc, char** argv) {
       "  morvaai compare old.docx new.pdf\n"
       "  morvaai cluster folder/ --method kmeans -k 8 -o classes/\n"
       "  find . -name '*.pdf' | morvaai text -");
-  int status = tool::all_done;
-
-  tool::FeaturesOptions features;
-  CLI::App* command = app.add_subcommand("features", "The words that characterise each file");
-  add_run_options(*command, features);
-  command->add_option("-n,--words", features.words, "Number of words, 20 if not given")
-      ->check(CLI::Range(1, 100000));
-  command->callback([&] { status = tool::run_features(features); });
-
-  tool::DnaOptions dna;
-  command = app.add_subcommand("dna", "The fingerprint of each file");
-  add_run_options(*command, dna);
-  command->add_flag("--wide", dna.wide, "The wide form, which holds the sum of each bit");
-  command->add_flag("--count", dna.count, "Also the number of characters that the words cover");
-  command->callback([&] { status = tool::run_dna(dna); });
-
-  tool::CompareOptions compare;
-  command = app.add_subcommand("compare", "How like two files are, and which words they share");
-  command->add_option("FILE1", compare.first, "A file")->required();
-  command->add_option("FILE2", compare.second, "Another file")->required();
-  command
-      ->add_option("-n,--words", compare.words, "Number of shared words to show, 20 if not given")
-      ->check(CLI::Range(0, 100000));
-  command->add_flag("--json", compare.json, "Print one JSON object");
-  command->callback([&] { status = tool::run_compare(compare); });
-
-  tool::TextOptions text;
-  command = app.add_subcommand("text", "The text of each file");
-  add_run_options(*command, text);
-  command->add_option("--kind", text.kind, "Kind of text, main if not given")
-      ->check(CLI::IsMember(tool::text_kind_names()));
-  command->callback([&] { status = tool::run_text(text); });
-
-  tool::ClusterOptions cluster;
-  command = app.add_subcommand("cluster", "The classes that files fall into");
-  add_cluster_options(*command, cluster);
-  command->callback([&] { status = tool::run_cluster(cluster); });
-
-  std::string console_method;
-  command = app.add_subcommand("console", "Clusters a folder, asking for what it needs to know");
-  command->add_option("METHOD", console_method, "canopy, kmeans or dbscan")
-      ->required()
-      ->check(CLI::IsMember({"canopy", "kmeans", "dbscan"}));
-  command->callback([&] { status = tool::run_console(console_method); });
-
-  tool::BoxDumpOptions box_dump;
-  command = app.add_subcommand("box", "Cluster boxes")->require_subcommand(1);
-  command = command->add_subcommand("dump", "What a box file holds");
-  command->add_option("FILE", box_dump.file, "A box file")->required();
-  command->add_flag("--json", box_dump.json, "Print one JSON object, which tells everything");
-  command->callback([&] { status = tool::run_box_dump(box_dump); });
-
-  bool version_json = false;
-  command = app.add_subcommand("version", "Versions, and where data is looked for");
-  command->add_flag("--json", version_json, "Print one JSON object");
-  command->callback([&] { status = tool::run_version(version_json); });
-
+  Commands all;
+  add_document_commands(app, all);
+  add_corpus_commands(app, all);
+  CLI::App* const command = app.add_subcommand("version", "Versions, and where data is looked for");
+  command->add_flag("--json", all.version_json, "Print one JSON object");
+  command->callback([&all] { all.status = tool::run_version(all.version_json); });
   try {
     app.parse(argc, argv);
   } catch (CLI::ParseError const& error) {
     return app.exit(error) == 0 ? tool::all_done : tool::wrong_use;
   }
-  return status;
+  return all.status;
 }
 
 }  // namespace
