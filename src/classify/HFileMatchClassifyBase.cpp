@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <iterator>
 #include <map>
 #include <set>
 
@@ -12,9 +13,10 @@ void HFileMatchClassifyBase::combine_vt_words(std::vector<HString> const& vt_cla
                                               HFeatureNode const& node,
                                               std::vector<HString>& vt_out) const {
   std::set<HString> const known(vt_class_words.begin(), vt_class_words.end());
-  vt_out.insert(vt_out.end(), vt_class_words.begin(), vt_class_words.end());
-  std::copy_if(node.vt_words.begin(), node.vt_words.end(), std::back_inserter(vt_out),
+  std::vector<HString> words = vt_class_words;
+  std::copy_if(node.vt_words.begin(), node.vt_words.end(), std::back_inserter(words),
                [&known](HString const& word) { return !known.contains(word); });
+  vt_out.insert(vt_out.end(), words.begin(), words.end());
 }
 
 void HFileMatchClassifyBase::get_vt_node_data(std::vector<HString> const& vt_words,
