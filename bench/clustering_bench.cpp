@@ -39,9 +39,9 @@ constexpr int minpts = 4;
 constexpr double memory_limit = 6e9;
 
 struct Options {
-  std::vector<std::size_t> sizes{250, 500, 1000, 2000, 4000};
+  std::vector<std::size_t> sizes{250, 500, 1000, 2000};
   std::size_t plain_up_to = 1000;
-  double limit_seconds = 600.0;
+  double limit_seconds = 120.0;
   bool with_sklearn = true;
   bool only_words = false;
   bool only_dna = false;
@@ -275,7 +275,7 @@ std::string ratio(std::optional<double> other, std::optional<Measured> const& en
     return "";
   }
   double const value = *other / engine->seconds;
-  return value < 10.0 ? fmt::format("{:.1f}", value) : fmt::format("{:.0f}", value);
+  return value < 10.0 ? fmt::format("{:.2g}", value) : fmt::format("{:.0f}", value);
 }
 
 std::optional<double> seconds(std::optional<Measured> const& measured) {
@@ -411,11 +411,12 @@ bool bench_real(Options const& options) {
 int main(int argc, char** argv) {
   Options options;
   CLI::App app{"Time and memory of the clustering engines, as Markdown tables."};
-  app.add_option("--sizes", options.sizes, "Numbers of documents")->delimiter(',');
+  app.add_option("--sizes", options.sizes, "Numbers of documents; 250,500,1000,2000 if not given")
+      ->delimiter(',');
   app.add_option("--plain-up-to", options.plain_up_to,
                  "Documents up to which the plain forms are measured, 1000 if not given");
   app.add_option("--limit", options.limit_seconds,
-                 "Seconds after which an operation is given up, 600 if not given");
+                 "Seconds after which an operation is given up, 120 if not given");
   app.add_flag("!--no-sklearn", options.with_sklearn, "Without scikit-learn");
   app.add_flag("--words", options.only_words, "Term weights only");
   app.add_flag("--dna", options.only_dna, "Fingerprints only");
