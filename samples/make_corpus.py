@@ -16,7 +16,6 @@ import random
 import re
 import shutil
 import zipfile
-from datetime import datetime
 
 import docx
 import openpyxl
