@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "method.h"
 #include "report.h"
 
 namespace tool {
@@ -39,17 +40,8 @@ int run_text(TextOptions const& options);
 std::vector<std::string> text_kind_names();
 
 /// `morvaai cluster`: the classes that files fall into.
-inline constexpr int default_minpts = 4;
 struct ClusterOptions : RunOptions {
-  /// "kmeans", "kmedians", "canopy" or "dbscan".
-  std::string method;
-  std::optional<int> k;
-  bool canopy_seeds = false;
-  std::optional<double> t1;
-  std::optional<double> t2;
-  /// A number, or "auto".
-  std::optional<std::string> eps;
-  std::optional<int> minpts;
+  MethodOptions how;
   bool dna = false;
   std::optional<std::string> output_folder;
 };

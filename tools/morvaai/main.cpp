@@ -28,26 +28,21 @@ void add_run_options(CLI::App& command, tool::RunOptions& options,
       ->check(CLI::Range(std::size_t{1}, std::size_t{256}));
 }
 
-void add_cluster_options(CLI::App& command, tool::ClusterOptions& options) {
-  add_run_options(command, options, "Print one JSON object");
+CLI::Option* add_method_option(CLI::App& command, tool::MethodOptions& options,
+                               std::vector<std::string> const& names) {
+  return command.add_option("-m,--method", options.method, "How to cluster")
+      ->check(CLI::IsMember(names));
+}
+
+// The parameters of the methods that learning has too.
+void add_parameter_options(CLI::App& command, tool::MethodOptions& options) {
   CLI::Validator const positive(&check_positive, "NUMBER", "positive");
   int constexpr most = 1000000;
-  command.add_option("-m,--method", options.method, "How to cluster")
-      ->required()
-      ->check(CLI::IsMember(tool::cluster_method_names()));
   command.add_option("-k", options.k, "kmeans, kmedians: number of classes")
       ->check(CLI::Range(1, most));
   command.add_flag("--canopy-seeds", options.canopy_seeds,
                    "kmeans, kmedians: begin with canopies, not with the files farthest from each "
                    "other; without -k, their number is the number of classes");
-  command
-      .add_option("--t2", options.t2,
-                  "canopy: radius of a class; the mean distance of all pairs if not given")
-      ->check(positive);
-  command
-      .add_option("--t1", options.t1,
-                  "canopy: not below T2, and without effect otherwise; as T2 if not given")
-      ->check(positive);
   command
       .add_option("--eps", options.eps,
                   "dbscan: radius of a neighbourhood; auto, estimated from the files, if not given")
@@ -57,6 +52,21 @@ void add_cluster_options(CLI::App& command, tool::ClusterOptions& options) {
                   "dbscan: files in a neighbourhood, its center included, that make a class; " +
                       std::to_string(tool::default_minpts) + " if not given")
       ->check(CLI::Range(1, most));
+}
+
+void add_cluster_options(CLI::App& command, tool::ClusterOptions& options) {
+  add_run_options(command, options, "Print one JSON object");
+  add_method_option(command, options.how, tool::cluster_method_names())->required();
+  add_parameter_options(command, options.how);
+  CLI::Validator const positive(&check_positive, "NUMBER", "positive");
+  command
+      .add_option("--t2", options.how.t2,
+                  "canopy: radius of a class; the mean distance of all pairs if not given")
+      ->check(positive);
+  command
+      .add_option("--t1", options.how.t1,
+                  "canopy: not below T2, and without effect otherwise; as T2 if not given")
+      ->check(positive);
   command.add_flag("--dna", options.dna,
                    "By the fingerprints of the files instead of their 100 strongest words");
   command.add_option("-o,--output", options.output_folder,
@@ -72,6 +82,7 @@ struct Commands {
   tool::TextOptions text;
   tool::ClusterOptions cluster;
   std::string console_method;
+  tool::BoxDumpOptions box_dump;
   bool version_json = false;
   int status = tool::all_done;
 };
@@ -118,6 +129,14 @@ void add_corpus_commands(CLI::App& app, Commands& all) {
   command->callback([&all] { all.status = tool::run_console(all.console_method); });
 }
 
+void add_box_commands(CLI::App& app, Commands& all) {
+  CLI::App* const box = app.add_subcommand("box", "Cluster boxes")->require_subcommand(1);
+  CLI::App* command = box->add_subcommand("dump", "What a box file holds");
+  command->add_option("FILE", all.box_dump.file, "A box file")->required();
+  command->add_flag("--json", all.box_dump.json, "Print one JSON object, which tells everything");
+  command->callback([&all] { all.status = tool::run_box_dump(all.box_dump); });
+}
+
 int run(int argc, char** argv) {
   CLI::App app{"Words, fingerprints, likeness and classes of documents.", "morvaai"};
   app.require_subcommand(1);
@@ -133,6 +152,7 @@ int run(int argc, char** argv) {
   Commands all;
   add_document_commands(app, all);
   add_corpus_commands(app, all);
+  add_box_commands(app, all);
   CLI::App* const command = app.add_subcommand("version", "Versions, and where data is looked for");
   command->add_flag("--json", all.version_json, "Print one JSON object");
   command->callback([&all] { all.status = tool::run_version(all.version_json); });

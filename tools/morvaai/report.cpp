@@ -49,6 +49,10 @@ std::string json_failure(HString const& path, std::string const& outcome,
   return object.dump() + "\n";
 }
 
+void complain(std::string const& problem) {
+  std::fprintf(stderr, "morvaai: %s\n", problem.c_str());
+}
+
 bool write_output(std::string const& text) {
   if (std::fwrite(text.data(), 1, text.size(), stdout) == text.size() && std::fflush(stdout) == 0) {
     return true;

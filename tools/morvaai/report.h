@@ -49,6 +49,9 @@ std::string utf8(HString const& text);
 std::string json_failure(HString const& path, std::string const& outcome,
                          std::string const& reason);
 
+/// Writes a line with the program's name to standard error.
+void complain(std::string const& problem);
+
 /// Writes to standard output; false, with a message on standard error, when that fails.
 bool write_output(std::string const& text);
 

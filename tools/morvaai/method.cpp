@@ -1,0 +1,127 @@
+#include "method.h"
+
+#include <fmt/format.h>
+
+namespace tool {
+
+namespace {
+
+bool is_by_k(MethodOptions const& options) {
+  return options.method == "kmeans" || options.method == "kmedians";
+}
+
+void run_kmeans(MethodOptions const& options, Clustering& run) {
+  gi_K_ClusterType = options.method == "kmeans" ? 0 : 1;
+  HClusterMgr::pins()->kmeans(run.points, options.k.value_or(0), run.clusters,
+                              options.canopy_seeds);
+  run.parameters = {{"k", options.k.value_or(static_cast<int>(run.clusters.size()))},
+                    {"seeds", std::string(options.canopy_seeds ? "canopy" : "farthest")}};
+  if (run.clusters.empty()) {
+    run.failure = options.canopy_seeds
+                      ? "no canopies as many as -k asks for: try another -k, or none"
+                      : "too few of the files differ to be seeds of that many classes";
+  }
+}
+
+void run_canopy(MethodOptions const& options, Clustering& run) {
+  // Without radii the engine takes these itself; taken here, they can be shown.
+  double const mean = options.t2 ? 0.0 : HClusterDistance::get_avg_distance(run.points);
+  double const t2 = options.t2.value_or(mean);
+  double const t1 = options.t1.value_or(options.t2 ? t2 : 3 * mean);
+  HClusterMgr::pins()->canopy(run.points, t1, t2, run.clusters);
+  run.parameters = {{"t1", t1}, {"t2", t2}};
+}
+
+void run_dbscan(MethodOptions const& options, Clustering& run) {
+  auto const [eps, minpts] = choose_neighbourhood(options, run);
+  if (run.failure.empty()) {
+    HClusterMgr::pins()->dbscan(run.points, eps, minpts, false, run.clusters);
+  }
+}
+
+}  // namespace
+
+std::string contradiction(MethodOptions const& options) {
+  if (!is_by_k(options) && (options.k || options.canopy_seeds)) {
+    return "-k and --canopy-seeds are for --method kmeans and kmedians";
+  }
+  if (options.method != "canopy" && (options.t1 || options.t2)) {
+    return "--t1 and --t2 are for --method canopy";
+  }
+  if (options.method != "dbscan" && (options.eps || options.minpts)) {
+    return "--eps and --minpts are for --method dbscan";
+  }
+  if (is_by_k(options) && !options.k && !options.canopy_seeds) {
+    return fmt::format(
+        "--method {} needs -k, the number of classes, or --canopy-seeds, which finds one",
+        options.method);
+  }
+  if (options.t1 && !options.t2) {
+    return "--t1 needs --t2";
+  }
+  if (options.t1 && *options.t1 < *options.t2) {
+    return "--t1 must not be below --t2";
+  }
+  return {};
+}
+
+Clustering cluster_records(MethodOptions const& options, std::vector<HFeatureNode> const& records,
+                           bool by_dna) {
+  Clustering run;
+  HClusterFileData::format_data(records, run.words, run.points, by_dna);
+  if (is_by_k(options)) {
+    run_kmeans(options, run);
+  } else if (options.method == "canopy") {
+    run_canopy(options, run);
+  } else {
+    run_dbscan(options, run);
+  }
+  return run;
+}
+
+Neighbourhood choose_neighbourhood(MethodOptions const& options, Clustering& run) {
+  int const minpts = options.minpts.value_or(default_minpts);
+  std::string const given = options.eps.value_or("auto");
+  double const eps = given == "auto" ? HParaPrefer::get_eps(run.points, minpts, true)
+                                     : HString(given.c_str()).to_double();
+  run.parameters = {{"eps", eps}, {"minpts", minpts}};
+  if (!(eps > 0.0)) {
+    run.failure = fmt::format(
+        "no radius can be estimated from {} files with --minpts {}: give one with --eps",
+        run.points.size(), minpts);
+  }
+  return {eps, minpts};
+}
+
+std::vector<HString> unclassified_of(Corpus const& corpus, Clustering const& run) {
+  std::vector<bool> is_in_class(corpus.files.size());
+  for (std::vector<int> const& members : run.clusters) {
+    for (int const member : members) {
+      is_in_class[static_cast<std::size_t>(member)] = true;
+    }
+  }
+  std::vector<HString> files;
+  for (std::size_t i = 0; i < corpus.files.size(); ++i) {
+    if (!is_in_class[i]) {
+      files.push_back(corpus.files[i]);
+    }
+  }
+  return files;
+}
+
+ClassReport::Class shown_class(HClusterResultBase const& record, std::vector<HPointN> const& points,
+                               std::vector<int> const& members, Corpus const& corpus) {
+  ClassReport::Class one;
+  one.label = record.str_class_name;
+  if (!members.empty()) {
+    one.description = record.str_class_desc;
+    one.description.cut_last(1);
+  }
+  one.radius = HClusterDistance::get_max_radius(points, members);
+  for (int const member : members) {
+    one.files.push_back(corpus.files[static_cast<std::size_t>(member)]);
+  }
+  return one;
+}
+
+}  // namespace tool

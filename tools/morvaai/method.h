@@ -1,0 +1,64 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "morvaai.h"
+
+#include "class_report.h"
+#include "corpus.h"
+
+namespace tool {
+
+/// The method by which files are clustered, and its parameters.
+struct MethodOptions {
+  /// "kmeans", "kmedians", "canopy" or "dbscan".
+  std::string method;
+  std::optional<int> k;
+  bool canopy_seeds = false;
+  std::optional<double> t1;
+  std::optional<double> t2;
+  /// A number, or "auto".
+  std::optional<std::string> eps;
+  std::optional<int> minpts;
+};
+
+inline constexpr int default_minpts = 4;
+
+/// Why the parameters do not go together; empty where they do.
+std::string contradiction(MethodOptions const& options);
+
+/// A run of a method: its points, the parameters that it had, and what came of it.
+struct Clustering {
+  std::vector<HString> words;
+  std::vector<HPointN> points;
+  std::vector<std::pair<std::string, ClassReport::Parameter>> parameters;
+  /// Positions in the points.
+  std::vector<std::vector<int>> clusters;
+  /// Why the method could not be run; empty where it could.
+  std::string failure;
+};
+
+/// Clusters files by their words, or with `by_dna` by their fingerprints.
+Clustering cluster_records(MethodOptions const& options, std::vector<HFeatureNode> const& records,
+                           bool by_dna);
+
+/// Which neighbourhoods DBSCAN looks at.
+struct Neighbourhood {
+  double eps;
+  int minpts;
+};
+/// That of the options, with a radius estimated from the points where none is given; both are noted
+/// in `run`, or why there is no radius.
+Neighbourhood choose_neighbourhood(MethodOptions const& options, Clustering& run);
+
+/// The files of the corpus that are in no class.
+std::vector<HString> unclassified_of(Corpus const& corpus, Clustering const& run);
+
+/// A class as it is shown, by its record and the positions of its files in the corpus.
+ClassReport::Class shown_class(HClusterResultBase const& record, std::vector<HPointN> const& points,
+                               std::vector<int> const& members, Corpus const& corpus);
+
+}  // namespace tool
