@@ -270,6 +270,8 @@ bool HClusterKMeans::get_k_means(std::vector<HPointN>& means) {
 
 bool HClusterKMeans::cluster() {
   std::shared_ptr<DistanceTable const> const points = table();
+  // The seeds were found through the points' columns; from here on the means' are.
+  points->release_columns();
   MeanMover mover(*points, load_means());
   CycleDetector cycles;
   ClusterMap previous;

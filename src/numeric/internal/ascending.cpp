@@ -19,24 +19,35 @@ std::int64_t order_key(double x) {
   return bits < 0 ? bits ^ std::numeric_limits<std::int64_t>::max() : bits;
 }
 
+// As an object, so that it is inlined where values are sorted.
+constexpr auto precedes = [](double a, double b) { return order_key(a) < order_key(b); };
+
 }  // namespace
 
 bool comes_before(double a, double b) {
-  return order_key(a) < order_key(b);
+  return precedes(a, b);
 }
 
 void sort_ascending(std::span<double> values) {
-  std::sort(values.begin(), values.end(),
-            [](double a, double b) { return order_key(a) < order_key(b); });
+  std::sort(values.begin(), values.end(), precedes);
 }
 
-void keep_smallest(std::size_t count, std::vector<double>& values) {
-  if (count < values.size()) {
-    std::nth_element(values.begin(), values.begin() + static_cast<std::ptrdiff_t>(count),
-                     values.end(), [](double a, double b) { return order_key(a) < order_key(b); });
-    values.resize(count);
+double select(std::span<double> values, std::size_t position) {
+  auto const place = values.begin() + static_cast<std::ptrdiff_t>(position);
+  std::nth_element(values.begin(), place, values.end(), precedes);
+  return *place;
+}
+
+std::vector<double> smallest(std::size_t count, std::vector<double> values) {
+  if (count >= values.size()) {
+    sort_ascending(values);
+    return values;
   }
-  sort_ascending(values);
+  auto const end = values.begin() + static_cast<std::ptrdiff_t>(count);
+  std::nth_element(values.begin(), end, values.end(), precedes);
+  std::sort(values.begin(), end, precedes);
+  // A copy of its own size: callers keep many of these.
+  return {values.begin(), end};
 }
 
 }  // namespace morva

@@ -12,7 +12,10 @@ bool comes_before(double a, double b);
 
 void sort_ascending(std::span<double> values);
 
-/// Leaves the `count` first values of the ascending order, sorted; all where there are no more.
-void keep_smallest(std::size_t count, std::vector<double>& values);
+/// The value at a position of the ascending order; reorders the values.
+double select(std::span<double> values, std::size_t position);
+
+/// The `count` first values of the ascending order, sorted; all where there are no more.
+std::vector<double> smallest(std::size_t count, std::vector<double> values);
 
 }  // namespace morva

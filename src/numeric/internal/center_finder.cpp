@@ -12,25 +12,25 @@ namespace morva {
 namespace {
 
 // The values of one column in ascending order, together with the zeros of the members that have
-// none there.
+// none there. Only what is asked for is sorted out.
 class ColumnOrder {
  public:
-  ColumnOrder(std::span<double const> sorted, std::size_t members)
-      : sorted_(sorted), zeros_(members - sorted.size()) {
-    while (below_zero_ < sorted.size() && comes_before(sorted[below_zero_], 0.0)) {
-      ++below_zero_;
+  ColumnOrder(std::span<double> values, std::size_t members)
+      : values_(values), zeros_(members - values.size()) {
+    for (double const value : values) {
+      below_zero_ += static_cast<std::size_t>(comes_before(value, 0.0));
     }
   }
 
   double at(std::size_t position) const {
     if (position < below_zero_) {
-      return sorted_[position];
+      return select(values_, position);
     }
-    return position < below_zero_ + zeros_ ? 0.0 : sorted_[position - zeros_];
+    return position < below_zero_ + zeros_ ? 0.0 : select(values_, position - zeros_);
   }
 
  private:
-  std::span<double const> sorted_;
+  std::span<double> values_;
   std::size_t zeros_;
   std::size_t below_zero_ = 0;
 };
@@ -136,7 +136,6 @@ SparsePoint CenterFinder::median(long long n, std::span<SparsePoint const* const
   for_each_column([&](std::size_t column) {
     std::span<double> const group(grouped_.data() + begin, ends_[column] - begin);
     begin = ends_[column];
-    sort_ascending(group);
     append(median_of(ColumnOrder(group, members.size()), members.size()), column, columns, values);
   });
   return {std::max(n, 0LL), std::move(columns), std::move(values)};

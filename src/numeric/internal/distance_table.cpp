@@ -33,14 +33,6 @@ DistanceTable::Form fitting_form(std::vector<SparsePoint> const& points) {
   return is_dense ? DistanceTable::Form::dense : DistanceTable::Form::sparse;
 }
 
-std::variant<Postings, Lanes> arrange(std::vector<SparsePoint> const& points,
-                                      DistanceTable::Form form) {
-  if (form == DistanceTable::Form::dense) {
-    return Lanes(points);
-  }
-  return Postings(points);
-}
-
 // The last index with the smallest distance that is not above `no_distance`; 0 where there is none.
 template <typename Distance>
 std::size_t last_nearest(std::size_t count, Distance const& distance_to) {
@@ -63,13 +55,22 @@ bool is_in(double distance, double limit, DistanceTable::Border border) {
 }  // namespace
 
 DistanceTable::DistanceTable(std::vector<SparsePoint> points, std::optional<Form> form)
-    : points_(std::move(points)),
-      form_(form.value_or(fitting_form(points_))),
-      columns_(arrange(points_, form_)) {
+    : points_(std::move(points)), form_(form.value_or(fitting_form(points_))) {
   for (SparsePoint const& point : points_) {
     is_uniform_ = is_uniform_ && point.n == points_.front().n;
     is_tame_ = is_tame_ && point.is_tame;
   }
+}
+
+std::variant<Postings, Lanes> const& DistanceTable::columns() const {
+  if (!columns_) {
+    if (form_ == Form::dense) {
+      columns_.emplace(std::in_place_type<Lanes>, points_);
+    } else {
+      columns_.emplace(std::in_place_type<Postings>, points_);
+    }
+  }
+  return *columns_;
 }
 
 void DistanceTable::mark_unequal(SparsePoint const& x, std::size_t first, std::span<double> out,
@@ -86,13 +87,13 @@ void DistanceTable::mark_unequal(SparsePoint const& x, std::size_t first, std::s
 
 void DistanceTable::distances(SparsePoint const& x, std::size_t first,
                               std::span<double> out) const {
-  if (auto const* dense = std::get_if<Lanes>(&columns_)) {
+  if (auto const* dense = std::get_if<Lanes>(&columns())) {
     dense->distances(x, first, out);
   } else if (first == 0 && out.size() == size()) {
-    std::get<Postings>(columns_).distances(x, out);
+    std::get<Postings>(columns()).distances(x, out);
   } else {
     std::vector<double> all(size());
-    std::get<Postings>(columns_).distances(x, all);
+    std::get<Postings>(columns()).distances(x, all);
     std::copy_n(all.begin() + static_cast<std::ptrdiff_t>(first), out.size(), out.begin());
   }
   mark_unequal(x, first, out, no_distance);
@@ -107,10 +108,10 @@ void DistanceTable::similarities(SparsePoint const& x, std::size_t first,
     }
     return;
   }
-  if (auto const* dense = std::get_if<Lanes>(&columns_)) {
+  if (auto const* dense = std::get_if<Lanes>(&columns())) {
     dense->dots(x, first, out);
   } else {
-    std::get<Postings>(columns_).dots(x, first, out);
+    std::get<Postings>(columns()).dots(x, first, out);
   }
   double const root = std::sqrt(x.square_sum);
   for (std::size_t j = 0; j < out.size(); ++j) {
@@ -120,14 +121,13 @@ void DistanceTable::similarities(SparsePoint const& x, std::size_t first,
 }
 
 bool DistanceTable::bound_squares(SparsePoint const& x, std::size_t first, Bounds& bounds) const {
-  auto const* const postings = std::get_if<Postings>(&columns_);
-  if (postings == nullptr || !is_tame_ || !x.is_tame) {
+  if (form_ == Form::dense || !is_tame_ || !x.is_tame) {
     return false;
   }
   std::size_t const count = size() - first;
   bounds.low.resize(count);
   bounds.high.resize(count);
-  postings->dots(x, first, bounds.low);
+  std::get<Postings>(columns()).dots(x, first, bounds.low);
   for (std::size_t j = 0; j < count; ++j) {
     SquareBounds const square(x, points_[first + j], bounds.low[j]);
     bounds.low[j] = square.low;
@@ -254,16 +254,14 @@ std::vector<double> DistanceTable::smallest_distances(std::size_t i, std::size_t
     result = all_distances(points_[i], 0);
     result.erase(result.begin() + static_cast<std::ptrdiff_t>(i));
   }
-  keep_smallest(count, result);
-  return result;
+  return smallest(count, std::move(result));
 }
 
 std::vector<double> DistanceTable::smallest_similarities(std::size_t i, std::size_t count) const {
   std::vector<double> result(size());
   similarities(points_[i], 0, result);
   result.erase(result.begin() + static_cast<std::ptrdiff_t>(i));
-  keep_smallest(count, result);
-  return result;
+  return smallest(count, std::move(result));
 }
 
 double DistanceTable::average_distance() const {

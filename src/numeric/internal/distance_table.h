@@ -19,7 +19,8 @@ namespace morva {
 /// All results are those of measuring pair by pair in list order with `HPointN`, bit for bit. Where
 /// most coordinates are zero, a search bounds the squares of all distances by
 /// |x|^2 + |y|^2 - 2xy, whose products are few, and measures only what the bounds leave open; data
-/// that bounds do not hold for is measured whole.
+/// that bounds do not hold for is measured whole. What the searches need beside the points is made
+/// when first needed, so that a table is for one thread.
 class DistanceTable {
  public:
   enum class Form { sparse, dense };
@@ -35,6 +36,8 @@ class DistanceTable {
   std::size_t size() const { return points_.size(); }
   Form form() const { return form_; }
   std::vector<SparsePoint> const& points() const { return points_; }
+  /// Frees what the searches made, until one needs it again.
+  void release_columns() const { columns_.reset(); }
   /// Takes the points out; the table is then good for nothing else.
   std::vector<SparsePoint> take_points() { return std::move(points_); }
   SparsePoint const& operator[](std::size_t i) const { return points_[i]; }
@@ -66,6 +69,7 @@ class DistanceTable {
     std::vector<double> low;
     std::vector<double> high;
   };
+  std::variant<Postings, Lanes> const& columns() const;
   bool bound_squares(SparsePoint const& x, std::size_t first, Bounds& bounds) const;
   std::vector<double> all_distances(SparsePoint const& x, std::size_t first) const;
   void mark_unequal(SparsePoint const& x, std::size_t first, std::span<double> out,
@@ -73,7 +77,7 @@ class DistanceTable {
 
   std::vector<SparsePoint> points_;
   Form form_;
-  std::variant<Postings, Lanes> columns_;
+  mutable std::optional<std::variant<Postings, Lanes>> columns_;
   bool is_uniform_ = true;
   bool is_tame_ = true;
 };

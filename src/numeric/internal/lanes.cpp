@@ -4,45 +4,13 @@
 #include <array>
 #include <cmath>
 
+#include "numeric/internal/wide.h"
+
 namespace morva {
 
 namespace {
 
-constexpr std::size_t lanes = 8;
-using Sums = std::array<double, lanes>;
-
-// `x` in full, of which the group has as many columns as `common`; behind them its points have
-// zeros.
-Sums sum_squares(std::span<double const> x, std::size_t common, double const* group) {
-  Sums sums{};
-  for (double const a : x.first(common)) {
-    for (std::size_t lane = 0; lane < lanes; ++lane) {
-      double const difference = a - group[lane];
-      sums[lane] += difference * difference;
-    }
-    group += lanes;
-  }
-  for (double const a : x.subspan(common)) {
-    for (double& sum : sums) {
-      sum += a * a;
-    }
-  }
-  for (double& sum : sums) {
-    sum = std::sqrt(sum);
-  }
-  return sums;
-}
-
-Sums sum_products(std::span<double const> x, std::size_t common, double const* group) {
-  Sums sums{};
-  for (double const a : x.first(common)) {
-    for (std::size_t lane = 0; lane < lanes; ++lane) {
-      sums[lane] += a * group[lane];
-    }
-    group += lanes;
-  }
-  return sums;
-}
+using wide::lanes;
 
 }  // namespace
 
@@ -62,19 +30,23 @@ Lanes::Lanes(std::span<SparsePoint const> points) {
   }
 }
 
-template <typename Kernel>
-void Lanes::for_each_group(SparsePoint const& x, std::size_t first, std::span<double> out,
-                           Kernel const& kernel) const {
+std::vector<double> Lanes::in_full(SparsePoint const& x) const {
   std::size_t const last = x.columns.empty() ? 0 : std::size_t{x.columns.back()} + 1;
   std::vector<double> dense(std::max(columns_, last), 0.0);
   for (std::size_t i = 0; i < x.columns.size(); ++i) {
     dense[x.columns[i]] = x.values[i];
   }
+  return dense;
+}
+
+void Lanes::add_groups(std::span<double const> x, std::size_t first, AddColumns add,
+                       std::span<double> out) const {
   std::size_t done = 0;
   while (done < out.size()) {
     std::size_t const lane = (first + done) % lanes;
     std::size_t const count = std::min(lanes - lane, out.size() - done);
-    Sums const sums = kernel(dense, columns_, data_.data() + (first + done - lane) * columns_);
+    std::array<double, lanes> sums{};
+    add(x.first(columns_), data_.data() + (first + done - lane) * columns_, sums.data());
     std::copy_n(sums.begin() + static_cast<std::ptrdiff_t>(lane), count,
                 out.begin() + static_cast<std::ptrdiff_t>(done));
     done += count;
@@ -82,11 +54,19 @@ void Lanes::for_each_group(SparsePoint const& x, std::size_t first, std::span<do
 }
 
 void Lanes::distances(SparsePoint const& x, std::size_t first, std::span<double> out) const {
-  for_each_group(x, first, out, sum_squares);
+  std::vector<double> const dense = in_full(x);
+  add_groups(dense, first, wide::add_square_differences, out);
+  // Behind the columns of the groups their points have zeros.
+  for (double const a : std::span<double const>(dense).subspan(columns_)) {
+    wide::add_to_all(a * a, out);
+  }
+  for (double& sum : out) {
+    sum = std::sqrt(sum);
+  }
 }
 
 void Lanes::dots(SparsePoint const& x, std::size_t first, std::span<double> out) const {
-  for_each_group(x, first, out, sum_products);
+  add_groups(in_full(x), first, wide::add_products, out);
 }
 
 }  // namespace morva

@@ -8,8 +8,8 @@
 
 namespace morva {
 
-/// Points with few zeros, interleaved by groups of eight, so that one point is measured against
-/// eight at a time in the lanes of the machine's registers, each lane in its own index order.
+/// Points with few zeros, interleaved by groups, so that one point is measured against a group at a
+/// time in the lanes of the machine's registers, each lane in its own index order.
 class Lanes {
  public:
   explicit Lanes(std::span<SparsePoint const> points);
@@ -20,9 +20,11 @@ class Lanes {
   void dots(SparsePoint const& x, std::size_t first, std::span<double> out) const;
 
  private:
-  template <typename Kernel>
-  void for_each_group(SparsePoint const& x, std::size_t first, std::span<double> out,
-                      Kernel const& kernel) const;
+  using AddColumns = void (*)(std::span<double const> x, double const* group, double* sums);
+
+  std::vector<double> in_full(SparsePoint const& x) const;
+  void add_groups(std::span<double const> x, std::size_t first, AddColumns add,
+                  std::span<double> out) const;
 
   std::size_t columns_ = 0;
   // [group][column][lane]

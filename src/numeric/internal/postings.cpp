@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "numeric/internal/wide.h"
+
 namespace morva {
 
 Postings::Postings(std::span<SparsePoint const> points) {
@@ -63,10 +65,7 @@ void Postings::distances(SparsePoint const& x, std::span<double> out) const {
       double const difference = a - value_[p];
       shared.push_back(out[point_[p]] + difference * difference);
     }
-    double const square = a * a;
-    for (double& sum : out) {
-      sum += square;
-    }
+    wide::add_to_all(a * a, out);
     for (std::size_t p = range.begin; p < range.end; ++p) {
       out[point_[p]] = shared[p - range.begin];
     }

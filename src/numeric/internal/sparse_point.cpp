@@ -18,6 +18,9 @@ namespace {
 constexpr double least_tame_value = 1e-150;
 constexpr double greatest_tame_square_sum = 1e36;
 
+// Most of a document's coordinates are passed over by so many at a time.
+constexpr std::size_t block_size = 16;
+
 bool is_kept(double x) {
   return std::bit_cast<std::uint64_t>(x) != 0;
 }
@@ -76,10 +79,16 @@ SparsePoint compress(HPointN const& point, Dimension dimension) {
   std::size_t const kept = count_kept(data);
   columns.reserve(kept);
   values.reserve(kept);
-  for (std::size_t i = 0; i < data.size(); ++i) {
-    if (is_kept(data[i])) {
-      columns.push_back(static_cast<std::uint32_t>(i));
-      values.push_back(data[i]);
+  for (std::size_t block = 0; values.size() < kept; block += block_size) {
+    std::size_t const end = std::min(data.size(), block + block_size);
+    if (count_kept(data.subspan(block, end - block)) == 0) {
+      continue;
+    }
+    for (std::size_t i = block; i < end; ++i) {
+      if (is_kept(data[i])) {
+        columns.push_back(static_cast<std::uint32_t>(i));
+        values.push_back(data[i]);
+      }
     }
   }
   return {n, std::move(columns), std::move(values)};
