@@ -74,14 +74,39 @@ void add_cluster_options(CLI::App& command, tool::ClusterOptions& options) {
                      "an earlier run left there are no input");
 }
 
+void add_learn_options(CLI::App& command, tool::LearnOptions& options) {
+  add_run_options(command, options, "Print one JSON object");
+  command
+      .add_option("--box", options.box_id,
+                  "Name of the new box, without slashes and dots; its file has this name too")
+      ->required();
+  command.add_flag("--force", options.force, "Replace a box of that name");
+  command.add_flag("--by-folder", options.by_folder,
+                   "Each sub-folder is a class and gives it its name, instead of clustering");
+  options.how.method = "kmeans";
+  add_method_option(command, options.how, {"kmeans", "dbscan"})
+      ->description(
+          "Kind of classes, and how they are found: kmeans, which is taken if not given, "
+          "keeps center and radius of a class, dbscan its files");
+  add_parameter_options(command, options.how);
+  command.footer(
+      "The box is installed in the directory of boxes and entered in its index.\n"
+      "Examples:\n"
+      "  morvaai learn samples/ --box company --by-folder\n"
+      "  morvaai learn samples/ --box company --by-folder -m dbscan --eps 1.2 --minpts 3\n"
+      "  morvaai learn inbox/ --box found -k 8");
+}
+
 // The options of all commands, of which one runs, and the status that it leaves.
 struct Commands {
   tool::FeaturesOptions features;
   tool::DnaOptions dna;
   tool::CompareOptions compare;
   tool::TextOptions text;
+  tool::RunOptions collect;
   tool::ClusterOptions cluster;
   std::string console_method;
+  tool::LearnOptions learn;
   tool::BoxDumpOptions box_dump;
   bool version_json = false;
   int status = tool::all_done;
@@ -115,12 +140,20 @@ void add_document_commands(CLI::App& app, Commands& all) {
   command->add_option("--kind", all.text.kind, "Kind of text, main if not given")
       ->check(CLI::IsMember(tool::text_kind_names()));
   command->callback([&all] { all.status = tool::run_text(all.text); });
+
+  command = app.add_subcommand("collect", "The records that the agent has of each file");
+  add_run_options(*command, all.collect);
+  command->callback([&all] { all.status = tool::run_collect(all.collect); });
 }
 
 void add_corpus_commands(CLI::App& app, Commands& all) {
   CLI::App* command = app.add_subcommand("cluster", "The classes that files fall into");
   add_cluster_options(*command, all.cluster);
   command->callback([&all] { all.status = tool::run_cluster(all.cluster); });
+
+  command = app.add_subcommand("learn", "Learns classes from files, into a box");
+  add_learn_options(*command, all.learn);
+  command->callback([&all] { all.status = tool::run_learn(all.learn); });
 
   command = app.add_subcommand("console", "Clusters a folder, asking for what it needs to know");
   command->add_option("METHOD", all.console_method, "canopy, kmeans or dbscan")

@@ -1,0 +1,109 @@
+#include <ctime>
+
+#include <fmt/chrono.h>
+#include <fmt/format.h>
+#include <nlohmann/json.hpp>
+
+#include "commands.h"
+#include "document.h"
+#include "work_directory.h"
+
+namespace tool {
+
+namespace {
+
+/// What can be said of a document beside its records: how reading it went, and what was wrong.
+struct Reading {
+  std::string outcome;
+  std::string problem;
+};
+
+/// The records that the agent has of one file.
+struct Records {
+  HFileCollectFeatureNode words;
+  HFileCollectDNANode fingerprint;
+};
+
+Reading read(HString const& path) {
+  Document const document(path);
+  if (auto const failure = document.failure(path, false)) {
+    return {document.outcome_name(), failure->problem};
+  }
+  return {document.outcome_name(), document.incompleteness()};
+}
+
+Records collect(HString const& path) {
+  HFileCollectMgr const* const manager = HFileCollectMgr::pins();
+  Records records;
+  manager->get_file_feature(path, records.words);
+  manager->get_file_dna(path, records.fingerprint);
+  return records;
+}
+
+std::string as_json(Records const& records, Reading const& reading) {
+  HFileCollectFeatureNode const& words = records.words;
+  nlohmann::ordered_json object;
+  object["file"] = utf8(words.str_file);
+  object["outcome"] = reading.outcome;
+  object["agent_id"] = utf8(words.str_agent_id);
+  object["collected"] = words.t_collect;
+  object["kb_size"] = std::stoll(utf8(words.str_kb_size));
+  object["md5"] = utf8(records.fingerprint.str_md5);
+  object["dna"] = utf8(records.fingerprint.str_dna);
+  object["words"] = nlohmann::ordered_json::array();
+  for (std::size_t i = 0; i < words.vt_words.size(); ++i) {
+    object["words"].push_back({{"word", utf8(words.vt_words[i])},
+                               {"count", words.vt_counts[i]},
+                               {"weight", words.vt_weight[i]}});
+  }
+  return object.dump() + "\n";
+}
+
+std::string as_table(Records const& records) {
+  HFileCollectFeatureNode const& words = records.words;
+  std::string table = printable(words.str_file) + "\n";
+  auto const add = [&table](char const* name, std::string const& value) {
+    table += fmt::format("  {:<10} {}\n", name, value.empty() ? "-" : value);
+  };
+  add("agent", printable(words.str_agent_id));
+  add("collected", fmt::format("{:%Y-%m-%d %H:%M:%S} UTC", fmt::gmtime(words.t_collect)));
+  add("size", printable(words.str_kb_size) + " KB");
+  add("md5", printable(records.fingerprint.str_md5));
+  add("dna", printable(records.fingerprint.str_dna));
+  add("words", std::to_string(words.vt_words.size()));
+  for (std::size_t i = 0; i < words.vt_words.size(); ++i) {
+    table += fmt::format("    {:.6f} {:>6}  {}\n", words.vt_weight[i], words.vt_counts[i],
+                         printable(words.vt_words[i]));
+  }
+  return table;
+}
+
+/// A document that was refused has records too, without words and fingerprint; a missing file has
+/// none.
+FileReport report_collected(HString const& path, bool json) {
+  if (!HFile::IsFileExistFile(path)) {
+    if (auto const failure = Document(path).failure(path, json)) {
+      return *failure;
+    }
+  }
+  Reading reading = read(path);
+  Records const records = collect(path);
+  bool const has_all = !records.words.vt_words.empty() && records.fingerprint.str_dna.not_empty();
+  if (!has_all && reading.problem.empty()) {
+    reading.problem = HStutterDict::pins()->is_exist_dict() ? no_words(path, false).problem
+                                                            : no_dictionary(path, false).problem;
+  }
+  return {json ? as_json(records, reading) : as_table(records), reading.problem};
+}
+
+}  // namespace
+
+int run_collect(RunOptions const& options) {
+  WorkDirectory const directory;
+  // Asked for its identifier once, not in each worker.
+  HFileCollectMgr::pins();
+  return print_on_files(options,
+                        [&](HString const& path) { return report_collected(path, options.json); });
+}
+
+}  // namespace tool
