@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <optional>
+#include <vector>
 
 #include "classify/internal/comparison.h"
 #include "cluster/cluster_type.h"
@@ -47,14 +48,21 @@ bool uses_dna(std::vector<QXPKMeansNode> const& classes) {
   return classes.size() > 1 && classes.front().str_dna.not_empty();
 }
 
-// Made anew for each question: each tells in the log which fingerprints are none.
-Nearest nearest_by_dna(HFeatureNode const& node, std::vector<QXPKMeansNode> const& classes) {
-  HPointN const document = HFileDNA::get_pointn(node.str_file_id, node.str_dna);
+// `points` holds the document and the classes as far as there are points of them: a text that is no
+// fingerprint is tried, and told in the log, at each question.
+Nearest nearest_by_dna(HFeatureNode const& node, std::vector<QXPKMeansNode> const& classes,
+                       std::vector<HPointN>& points) {
+  points.resize(classes.size() + 1);
+  for (std::size_t i = 0; i < points.size(); ++i) {
+    if (points[i].n == 0) {
+      points[i] = i == 0 ? HFileDNA::get_pointn(node.str_file_id, node.str_dna)
+                         : HFileDNA::get_pointn({}, classes[i - 1].str_dna);
+    }
+  }
   Nearest nearest;
   double least = no_distance;
   for (std::size_t i = 0; i < classes.size(); ++i) {
-    double const distance =
-        HPointN::get_distance(document, HFileDNA::get_pointn({}, classes[i].str_dna));
+    double const distance = HPointN::get_distance(points[0], points[i + 1]);
     if (distance < least) {
       least = distance;
       nearest = {i, distance};
@@ -79,6 +87,7 @@ bool match_kmeans(HFeatureNode const& node, std::span<HString const> class_ids,
   auto const& classes = box.vt_kmeans_node;
   std::optional<WeightLists> own_centers;
   std::optional<Comparison> comparison;
+  std::vector<HPointN> dna_points;
   auto const nearest_by_words = [&] {
     if (!comparison) {
       if (centers == nullptr) {
@@ -93,7 +102,8 @@ bool match_kmeans(HFeatureNode const& node, std::span<HString const> class_ids,
     if (!wanted) {
       continue;
     }
-    Nearest const nearest = uses_dna(classes) ? nearest_by_dna(node, classes) : nearest_by_words();
+    Nearest const nearest =
+        uses_dna(classes) ? nearest_by_dna(node, classes, dna_points) : nearest_by_words();
     if (is_accepted(*wanted, nearest, classes[*wanted])) {
       str_out = classes[*wanted].str_class_name;
       return true;

@@ -55,14 +55,13 @@ Vocabulary::Vocabulary(std::vector<HString> const& words) : words_(words) {
 }
 
 Vocabulary::Place Vocabulary::place_of(HString const& word, std::uint32_t from) const {
-  auto const [first, last] = std::equal_range(keys_.begin() + from, keys_.end(), order_key(word));
-  auto const begin = positions_.begin() + (first - keys_.begin());
-  auto const end = positions_.begin() + (last - keys_.begin());
-  auto const found = std::lower_bound(
-      begin, end, word,
-      [this](std::uint32_t position, HString const& wanted) { return words_[position] < wanted; });
-  bool const is_word = found != end && words_[*found] == word;
-  return {static_cast<std::uint32_t>(found - positions_.begin()), is_word};
+  auto const comes_first = [&](std::uint64_t const& each, std::uint64_t wanted) {
+    return each != wanted ? each < wanted : word_at(&each - keys_.data()) < word;
+  };
+  auto const found =
+      std::lower_bound(keys_.begin() + from, keys_.end(), order_key(word), comes_first);
+  bool const is_word = found != keys_.end() && word_at(found - keys_.begin()) == word;
+  return {static_cast<std::uint32_t>(found - keys_.begin()), is_word};
 }
 
 }  // namespace morva

@@ -31,6 +31,10 @@ class Vocabulary {
   Place place_of(HString const& word, std::uint32_t from) const;
 
  private:
+  HString const& word_at(std::ptrdiff_t rank) const {
+    return words_[positions_[static_cast<std::size_t>(rank)]];
+  }
+
   std::vector<HString> words_;
   std::vector<std::uint32_t> positions_;
   std::vector<std::uint64_t> keys_;
