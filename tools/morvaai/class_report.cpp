@@ -53,6 +53,9 @@ std::string ClassReport::as_text() const {
   if (lists && !lists->empty()) {
     text += "\nlists written:\n" + indented(*lists);
   }
+  if (box) {
+    text += fmt::format("\nbox {}: {}\n", printable(box->id), printable(box->file));
+  }
   return text;
 }
 
@@ -68,11 +71,15 @@ std::string ClassReport::as_json() const {
   object["word_count"] = word_count;
   object["classes"] = nlohmann::ordered_json::array();
   for (Class const& one : classes) {
-    object["classes"].push_back({{"label", utf8(one.label)},
-                                 {"description", utf8(one.description)},
-                                 {"radius", one.radius},
-                                 {"size", one.files.size()},
-                                 {"files", names(one.files)}});
+    nlohmann::ordered_json shown = {{"label", utf8(one.label)},
+                                    {"description", utf8(one.description)},
+                                    {"radius", one.radius},
+                                    {"size", one.files.size()},
+                                    {"files", names(one.files)}};
+    if (one.id.not_empty()) {
+      shown["id"] = utf8(one.id);
+    }
+    object["classes"].push_back(std::move(shown));
   }
   object["unclassified"] = names(unclassified);
   object["failed"] = nlohmann::ordered_json::array();
@@ -81,6 +88,9 @@ std::string ClassReport::as_json() const {
   }
   if (lists) {
     object["lists"] = names(*lists);
+  }
+  if (box) {
+    object["box"] = {{"id", utf8(box->id)}, {"file", utf8(box->file)}};
   }
   // A reason may quote the bytes of a document.
   return object.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace) + "\n";

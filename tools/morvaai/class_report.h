@@ -16,6 +16,8 @@ namespace tool {
 /// What a clustering run gave, as it is shown.
 struct ClassReport {
   struct Class {
+    /// Empty for a class that no box holds.
+    HString id;
     HString label;
     /// The strongest words, blanks between them; empty for a class without files.
     HString description;
@@ -35,6 +37,12 @@ struct ClassReport {
   std::vector<Corpus::Failure> failed;
   /// The list files that were written, where some were asked for.
   std::optional<std::vector<HString>> lists;
+  /// The box that the classes were learnt into.
+  struct Box {
+    HString id;
+    HString file;
+  };
+  std::optional<Box> box;
 
   std::string as_text() const;
   /// One object in one line.

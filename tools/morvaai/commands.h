@@ -52,6 +52,17 @@ std::vector<std::string> cluster_method_names();
 /// `morvaai collect`: the records that the agent has of each file.
 int run_collect(RunOptions const& options);
 
+/// `morvaai learn`: classes from files, into a box of this machine.
+struct LearnOptions : RunOptions {
+  std::string box_id;
+  MethodOptions how;
+  /// The sub-folders are the classes.
+  bool by_folder = false;
+  /// A box of that id may be replaced.
+  bool force = false;
+};
+int run_learn(LearnOptions const& options);
+
 /// `morvaai console`: the interactive clustering tool, for "canopy", "kmeans" or "dbscan".
 int run_console(std::string const& method);
 

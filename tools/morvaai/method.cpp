@@ -33,7 +33,8 @@ void run_canopy(MethodOptions const& options, Clustering& run) {
 }
 
 void run_dbscan(MethodOptions const& options, Clustering& run) {
-  auto const [eps, minpts] = choose_neighbourhood(options, run);
+  choose_neighbourhood(options, run);
+  auto const [eps, minpts] = run.neighbourhood;
   if (run.failure.empty()) {
     HClusterMgr::pins()->dbscan(run.points, eps, minpts, false, run.clusters);
   }
@@ -41,7 +42,7 @@ void run_dbscan(MethodOptions const& options, Clustering& run) {
 
 }  // namespace
 
-std::string contradiction(MethodOptions const& options) {
+std::string misplaced_parameter(MethodOptions const& options) {
   if (!is_by_k(options) && (options.k || options.canopy_seeds)) {
     return "-k and --canopy-seeds are for --method kmeans and kmedians";
   }
@@ -50,6 +51,13 @@ std::string contradiction(MethodOptions const& options) {
   }
   if (options.method != "dbscan" && (options.eps || options.minpts)) {
     return "--eps and --minpts are for --method dbscan";
+  }
+  return {};
+}
+
+std::string contradiction(MethodOptions const& options) {
+  if (std::string const misplaced = misplaced_parameter(options); !misplaced.empty()) {
+    return misplaced;
   }
   if (is_by_k(options) && !options.k && !options.canopy_seeds) {
     return fmt::format(
@@ -79,7 +87,7 @@ Clustering cluster_records(MethodOptions const& options, std::vector<HFeatureNod
   return run;
 }
 
-Neighbourhood choose_neighbourhood(MethodOptions const& options, Clustering& run) {
+void choose_neighbourhood(MethodOptions const& options, Clustering& run) {
   int const minpts = options.minpts.value_or(default_minpts);
   std::string const given = options.eps.value_or("auto");
   double const eps = given == "auto" ? HParaPrefer::get_eps(run.points, minpts, true)
@@ -90,7 +98,7 @@ Neighbourhood choose_neighbourhood(MethodOptions const& options, Clustering& run
         "no radius can be estimated from {} files with --minpts {}: give one with --eps",
         run.points.size(), minpts);
   }
-  return {eps, minpts};
+  run.neighbourhood = {eps, minpts};
 }
 
 std::vector<HString> unclassified_of(Corpus const& corpus, Clustering const& run) {

@@ -27,14 +27,23 @@ struct MethodOptions {
 
 inline constexpr int default_minpts = 4;
 
-/// Why the parameters do not go together; empty where they do.
+/// Which parameters belong to another method; empty where none do.
+std::string misplaced_parameter(MethodOptions const& options);
+/// Why a clustering cannot be run with the parameters; empty where it can.
 std::string contradiction(MethodOptions const& options);
+
+/// What DBSCAN takes for a neighbourhood.
+struct Neighbourhood {
+  double eps = 0.0;
+  int minpts = 0;
+};
 
 /// A run of a method: its points, the parameters that it had, and what came of it.
 struct Clustering {
   std::vector<HString> words;
   std::vector<HPointN> points;
   std::vector<std::pair<std::string, ClassReport::Parameter>> parameters;
+  Neighbourhood neighbourhood;
   /// Positions in the points.
   std::vector<std::vector<int>> clusters;
   /// Why the method could not be run; empty where it could.
@@ -45,14 +54,9 @@ struct Clustering {
 Clustering cluster_records(MethodOptions const& options, std::vector<HFeatureNode> const& records,
                            bool by_dna);
 
-/// Which neighbourhoods DBSCAN looks at.
-struct Neighbourhood {
-  double eps;
-  int minpts;
-};
-/// That of the options, with a radius estimated from the points where none is given; both are noted
-/// in `run`, or why there is no radius.
-Neighbourhood choose_neighbourhood(MethodOptions const& options, Clustering& run);
+/// Sets the neighbourhood that the options name, with a radius estimated from the points where none
+/// is given, and notes it among the parameters; or tells why there is no radius.
+void choose_neighbourhood(MethodOptions const& options, Clustering& run);
 
 /// The files of the corpus that are in no class.
 std::vector<HString> unclassified_of(Corpus const& corpus, Clustering const& run);
