@@ -65,6 +65,7 @@ LabelledTexts read_set(fs::path const& folder, int most_per_class) {
     for (fs::path const& path : some_of(class_folder, most_per_class)) {
       add(set, read_text(path), set.class_count);
     }
+    set.class_names.push_back(class_folder.filename());
     ++set.class_count;
   }
   return set;

@@ -15,6 +15,8 @@ struct LabelledTexts {
   /// The class of each record, from 0.
   std::vector<int> labels;
   int class_count = 0;
+  /// The name of each class; empty for versions.
+  std::vector<std::string> class_names;
   /// Files that gave no words.
   int failed_count = 0;
 };
