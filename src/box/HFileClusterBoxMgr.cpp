@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "box/HFileClusterBoxIni.h"
+#include "box/internal/load_count.h"
 #include "host/HFile.h"
 #include "host/Orlec/LocateMgr.h"
 #include "host/QXPPolicyMorvaClustBoxStateNode.h"
@@ -138,6 +139,7 @@ bool HFileClusterBoxMgr::get_box(HString const& box_id, QXPPolicyMorvaClustBox& 
     return false;
   }
   box.from_file(path);
+  morva::count_load(box_id);
   map_box[box_id] = box;
   return true;
 }
@@ -153,6 +155,7 @@ QXPPolicyMorvaClustBox const* HFileClusterBoxMgr::find_box(HString const& box_id
   }
   QXPPolicyMorvaClustBox loaded;
   loaded.from_file(path);
+  morva::count_load(box_id);
   return &map_box.emplace(box_id, std::move(loaded)).first->second;
 }
 
