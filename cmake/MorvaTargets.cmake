@@ -43,6 +43,7 @@ target_link_options(morva_settings INTERFACE -Wl,-z,relro,-z,now)
 if(MORVA_SANITIZE)
   target_compile_options(morva_settings INTERFACE
     -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  target_compile_definitions(morva_settings INTERFACE MORVA_SANITIZED)
   target_link_options(morva_settings INTERFACE -fsanitize=address,undefined)
 endif()
 

@@ -22,32 +22,21 @@ int HClusterBase::get_cluster_type() const {
 }
 
 bool HClusterBase::cluster(std::vector<HPointN> const& points) {
-  return InitBase(points) &&
-         run(std::make_shared<morva::DistanceTable const>(morva::compress(vt_point)));
+  return InitBase(points) && init() && cluster();
 }
 
 bool HClusterBase::cluster_in_place(std::vector<HPointN> const& points) {
-  if (points.empty()) {
-    return false;
-  }
-  return cluster_in_place(std::make_shared<morva::DistanceTable const>(
-      morva::compress(points, morva::Dimension::stored)));
+  return !points.empty() && cluster_in_place(std::make_shared<morva::DistanceTable const>(
+                                morva::compress(points, morva::Dimension::stored)));
 }
 
 bool HClusterBase::cluster_in_place(std::shared_ptr<morva::DistanceTable const> table) {
-  is_in_place_ = true;
-  mi_count = static_cast<long long>(table->size());
-  mi_n = (*table)[0].n;
-  vt_index.resize(table->size());
-  std::iota(vt_index.begin(), vt_index.end(), 0);
-  return run(std::move(table));
-}
-
-bool HClusterBase::run(std::shared_ptr<morva::DistanceTable const> table) {
   table_ = std::move(table);
-  bool const is_done = init() && cluster();
-  table_.reset();
-  return is_done;
+  mi_count = static_cast<long long>(table_->size());
+  mi_n = (*table_)[0].n;
+  vt_index.resize(table_->size());
+  std::iota(vt_index.begin(), vt_index.end(), 0);
+  return init() && cluster();
 }
 
 bool HClusterBase::InitBase(std::vector<HPointN> const& points) {
@@ -67,8 +56,13 @@ std::shared_ptr<morva::DistanceTable const> HClusterBase::table() const {
   return table_ ? table_ : std::make_shared<morva::DistanceTable const>(morva::compress(vt_point));
 }
 
+std::size_t HClusterBase::point_count() const {
+  std::size_t const size = table_ ? table_->size() : vt_point.size();
+  return std::min(size, static_cast<std::size_t>(std::max(mi_count, 0LL)));
+}
+
 bool HClusterBase::is_in_place() const {
-  return is_in_place_;
+  return table_ != nullptr;
 }
 
 void HClusterBase::get_result(std::vector<std::vector<int>>& out) const {

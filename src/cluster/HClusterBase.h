@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <memory>
 #include <vector>
 
@@ -71,9 +72,11 @@ class MORVA_EXPORT HClusterBase {
   static void remove(int const& value, std::vector<int>& list);
 
  protected:
-  /// The points of the run in the form that the engines measure them in: made once for a run, and
-  /// from `vt_point` for an operation that is called outside of one.
+  /// The points in the form that the engines measure them in: `vt_point` as it is now, or the
+  /// points of a run in place.
   std::shared_ptr<morva::DistanceTable const> table() const;
+  /// `mi_count`, as far as there are points.
+  std::size_t point_count() const;
   /// Whether this run leaves the points, and all that would be as large as they are, with the
   /// caller: nobody can look at `vt_point` before the engine is gone.
   bool is_in_place() const;
@@ -85,8 +88,7 @@ class MORVA_EXPORT HClusterBase {
   /// A run as `cluster`, which leaves `vt_point` empty.
   bool cluster_in_place(std::vector<HPointN> const& points);
   bool cluster_in_place(std::shared_ptr<morva::DistanceTable const> table);
-  bool run(std::shared_ptr<morva::DistanceTable const> table);
 
+  // The points of a run in place.
   std::shared_ptr<morva::DistanceTable const> table_;
-  bool is_in_place_ = false;
 };

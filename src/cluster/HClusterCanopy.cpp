@@ -16,15 +16,18 @@ constexpr int most_steps = 2000;
 constexpr std::size_t no_limit = std::numeric_limits<std::size_t>::max();
 
 // One canopy after the other, as `HClusterCanopy::start`, but no more than `most` of them.
-std::vector<std::vector<int>> pass(morva::DistanceTable const& table,
+std::vector<std::vector<int>> pass(morva::DistanceTable const& table, std::size_t count,
                                    std::vector<int> const& indices, double t2, std::size_t most) {
+  auto const is_point = [count](int index) {
+    return index >= 0 && static_cast<std::size_t>(index) < count;
+  };
   std::vector<std::vector<int>> canopies;
   std::vector<int> remaining = indices;
   std::vector<char> is_near(table.size());
   while (!remaining.empty() && canopies.size() < most) {
     int const seed = remaining.front();
     std::vector<int> canopy = {seed};
-    bool const is_seed_point = morva::is_point(table.points(), seed);
+    bool const is_seed_point = is_point(seed);
     if (is_seed_point) {
       table.within(table[static_cast<std::size_t>(seed)], 0, t2,
                    morva::DistanceTable::Border::inside, is_near);
@@ -33,7 +36,7 @@ std::vector<std::vector<int>> pass(morva::DistanceTable const& table,
     bool leaves_seed = true;
     for (int const index : std::span<int const>(remaining).subspan(1)) {
       // What is no point has distance 0.0.
-      bool const joins = is_seed_point && morva::is_point(table.points(), index)
+      bool const joins = is_seed_point && is_point(index)
                              ? is_near[static_cast<std::size_t>(index)] != 0
                              : 0.0 <= t2;
       // A repeated seed goes once with the seed, whether it joins or not.
@@ -93,7 +96,8 @@ bool HClusterCanopy::cluster() {
 
 void HClusterCanopy::start(std::vector<int> const& indices,
                            std::vector<std::vector<int>>& canopies) {
-  canopies = pass(*table(), indices, md_T2, no_limit);
+  std::shared_ptr<morva::DistanceTable const> const points = table();
+  canopies = pass(*points, point_count(), indices, md_T2, no_limit);
 }
 
 void HClusterCanopy::get_vt_less_t2(int const& seed, std::vector<int>& remaining,
@@ -123,7 +127,8 @@ bool HClusterCanopy::cluster_k(std::vector<int> const& indices) {
       decrease_t2(low, high);
     }
     // One canopy more than wanted tells as much as all of them.
-    vt_result = pass(*points, indices, md_T2, wanted == no_limit ? no_limit : wanted + 1);
+    vt_result =
+        pass(*points, point_count(), indices, md_T2, wanted == no_limit ? no_limit : wanted + 1);
     is_whole = vt_result.size() <= wanted;
     bool const stays = md_T2 == before || std::isnan(md_T2);
     if (md_T2 < least_t2 || stays) {

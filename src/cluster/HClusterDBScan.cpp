@@ -96,13 +96,10 @@ void HClusterDBScan::mark_kernel_point() {
     return;
   }
   std::shared_ptr<morva::NeighbourMatrix const> const matrix = neighbours();
-  for (int i = 0; i < mi_count; ++i) {
-    int count = 0;
-    for (std::uint64_t const word : matrix->of(static_cast<std::size_t>(i))) {
-      count += std::popcount(word);
-    }
+  for (std::size_t i = 0; i < point_count(); ++i) {
+    auto const count = static_cast<long long>(matrix->count_neighbours(i, point_count()));
     if (mi_min_points <= count) {
-      vt_kernel.push_back(i);
+      vt_kernel.push_back(static_cast<int>(i));
     }
   }
   mb_mark_kernel = true;
@@ -117,9 +114,7 @@ void HClusterDBScan::mark_border_point() {
   std::shared_ptr<morva::NeighbourMatrix const> const matrix = neighbours();
   for (int const point : others) {
     auto const is_neighbour = [&matrix, point](int kernel) {
-      auto const i = static_cast<std::size_t>(kernel);
-      return (matrix->of(static_cast<std::size_t>(point))[i / morva::IndexSet::word_bits] &
-              morva::IndexSet::bit(i)) != 0;
+      return matrix->are_neighbours(point, kernel);
     };
     if (std::any_of(vt_kernel.begin(), vt_kernel.end(), is_neighbour)) {
       vt_border.push_back(point);
@@ -140,12 +135,13 @@ void HClusterDBScan::mark_noise_point() {
 }
 
 bool HClusterDBScan::cluster() {
+  neighbours_.reset();
   neighbours_ = neighbours();
   mark_kernel_point();
   mark_border_point();
   mark_noise_point();
-  auto const count = static_cast<std::size_t>(mi_count);
-  vt_result = morva::merge_kernel_groups(*neighbours_, vt_kernel, count);
+  std::erase_if(vt_kernel, [this](int kernel) { return !neighbours_->has_point(kernel); });
+  vt_result = morva::merge_kernel_groups(*neighbours_, vt_kernel);
   hand_out_border_points();
   neighbours_.reset();
   return !vt_result.empty();
@@ -154,13 +150,16 @@ bool HClusterDBScan::cluster() {
 void HClusterDBScan::hand_out_border_points() {
   // Walking the groups in order finds a neighbour in the first group that holds one.
   constexpr std::size_t none = std::numeric_limits<std::size_t>::max();
-  std::vector<std::size_t> first_group(static_cast<std::size_t>(mi_count), none);
+  std::vector<std::size_t> first_group(neighbours_->size(), none);
   for (std::size_t group = vt_result.size(); group-- > 0;) {
     for (int const member : vt_result[group]) {
       first_group[static_cast<std::size_t>(member)] = group;
     }
   }
   for (int const point : vt_border) {
+    if (!neighbours_->has_point(point)) {
+      continue;
+    }
     std::size_t group = none;
     morva::for_each_index(
         neighbours_->of(static_cast<std::size_t>(point)), 0,

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <functional>
+#include <iterator>
 #include <utility>
 
 #include "cluster/HClusterCanopy.h"
@@ -35,30 +37,35 @@ SparsePoint moved_mean(morva::CenterFinder& finder, DistanceTable const& points,
   return valid.empty() ? SparsePoint() : finder.median(points[0].n, valid);
 }
 
-HClusterKMeans::ClusterMap assign(DistanceTable const& points, DistanceTable const& means,
-                                  std::size_t keys) {
+// Assigns the first `count` points to the nearest of the first `mean_count` means; each mean has
+// its key.
+HClusterKMeans::ClusterMap assign(DistanceTable const& points, std::size_t count,
+                                  std::vector<SparsePoint>& means, std::size_t mean_count) {
   HClusterKMeans::ClusterMap clusters;
-  for (std::size_t mean = 0; mean < keys; ++mean) {
+  for (std::size_t mean = 0; mean < means.size(); ++mean) {
     clusters[static_cast<int>(mean)];
   }
-  for (std::size_t i = 0; i < points.size(); ++i) {
-    clusters[static_cast<int>(means.nearest(points[i]))].push_back(static_cast<int>(i));
+  auto const used = means.begin() + static_cast<std::ptrdiff_t>(std::min(mean_count, means.size()));
+  std::vector<SparsePoint> unused(std::make_move_iterator(used),
+                                  std::make_move_iterator(means.end()));
+  means.erase(used, means.end());
+  DistanceTable table(std::move(means), points.form());
+  for (std::size_t i = 0; i < count; ++i) {
+    clusters[static_cast<int>(table.nearest(points[i]))].push_back(static_cast<int>(i));
   }
+  means = table.take_points();
+  std::move(unused.begin(), unused.end(), std::back_inserter(means));
   return clusters;
 }
 
 // The means of a run, and what an iteration does with them.
 class MeanMover {
  public:
-  MeanMover(DistanceTable const& points, std::vector<SparsePoint> means)
-      : points_(points), means_(std::move(means)) {}
+  MeanMover(DistanceTable const& points, std::size_t count, std::vector<SparsePoint> means,
+            std::size_t mean_count)
+      : points_(points), count_(count), means_(std::move(means)), mean_count_(mean_count) {}
 
-  HClusterKMeans::ClusterMap assign() {
-    DistanceTable table(std::move(means_), points_.form());
-    HClusterKMeans::ClusterMap clusters = ::assign(points_, table, table.size());
-    means_ = table.take_points();
-    return clusters;
-  }
+  HClusterKMeans::ClusterMap assign() { return ::assign(points_, count_, means_, mean_count_); }
 
   // Moves the means as `gi_K_ClusterType` says; the same members have the same mean.
   void move(HClusterKMeans::ClusterMap const& clusters,
@@ -70,6 +77,9 @@ class MeanMover {
     }
     for (auto const& [key, members] : clusters) {
       auto const before = previous.find(key);
+      if (static_cast<std::size_t>(key) >= means_.size()) {
+        continue;
+      }
       if (rule != last_rule_ || before == previous.end() || members != before->second) {
         means_[static_cast<std::size_t>(key)] = moved_mean(finder_, points_, members, rule);
       }
@@ -84,44 +94,45 @@ class MeanMover {
   static constexpr int none = -1;
 
   DistanceTable const& points_;
+  std::size_t count_;
   std::vector<SparsePoint> means_;
+  std::size_t mean_count_;
   morva::CenterFinder finder_;
   int last_rule_ = none;
 };
 
-// The farthest pair, then always the first of the points with the greatest sum of distances to the
-// seeds so far; empty where there are not so many.
-std::vector<int> farthest_first(DistanceTable const& points, long long k) {
+// The farthest pair, then always the first of the candidates with the greatest sum of distances to
+// the seeds so far; empty where there are not so many.
+std::vector<int> farthest_first(DistanceTable const& points, std::vector<int> candidates,
+                                long long k) {
   auto const pair = morva::farthest_pair(points);
   if (!pair) {
     return {};
   }
-  std::vector<int> seeds = {static_cast<int>(pair->i), static_cast<int>(pair->j)};
-  std::vector<char> is_seed(points.size());
+  std::vector<int> seeds;
   std::vector<double> sums(points.size());
   std::vector<double> row(points.size());
   auto const add = [&](int seed) {
-    is_seed[static_cast<std::size_t>(seed)] = 1;
+    seeds.push_back(seed);
+    morva::remove_each({seed}, candidates);
     points.distances(points[static_cast<std::size_t>(seed)], 0, row);
-    for (std::size_t i = 0; i < row.size(); ++i) {
-      sums[i] += row[i];
-    }
+    std::transform(sums.begin(), sums.end(), row.begin(), sums.begin(), std::plus<>());
   };
-  add(seeds[0]);
-  add(seeds[1]);
+  add(static_cast<int>(pair->i));
+  add(static_cast<int>(pair->j));
   while (static_cast<long long>(seeds.size()) < k) {
     int farthest = -1;
     double greatest = 0.0;
-    for (std::size_t i = 0; i < sums.size(); ++i) {
-      if (is_seed[i] == 0 && sums[i] > greatest) {
-        greatest = sums[i];
-        farthest = static_cast<int>(i);
+    for (int const candidate : candidates) {
+      if (morva::is_point(points.points(), candidate) &&
+          sums[static_cast<std::size_t>(candidate)] > greatest) {
+        greatest = sums[static_cast<std::size_t>(candidate)];
+        farthest = candidate;
       }
     }
     if (farthest < 0) {
       return {};
     }
-    seeds.push_back(farthest);
     add(farthest);
   }
   return seeds;
@@ -254,14 +265,14 @@ bool HClusterKMeans::seed_with_farthest_points() {
     return get_k_means(vt_mean);
   }
   std::shared_ptr<DistanceTable const> const points = table();
-  for (int const seed : farthest_first(*points, mi_k)) {
+  for (int const seed : farthest_first(*points, vt_index, mi_k)) {
     means_.push_back((*points)[static_cast<std::size_t>(seed)]);
   }
   return !means_.empty();
 }
 
 bool HClusterKMeans::get_k_means(std::vector<HPointN>& means) {
-  std::vector<int> const seeds = farthest_first(*table(), mi_k);
+  std::vector<int> const seeds = farthest_first(*table(), vt_index, mi_k);
   for (int const seed : seeds) {
     means.push_back(vt_point[static_cast<std::size_t>(seed)]);
   }
@@ -272,7 +283,7 @@ bool HClusterKMeans::cluster() {
   std::shared_ptr<DistanceTable const> const points = table();
   // The seeds were found through the points' columns; from here on the means' are.
   points->release_columns();
-  MeanMover mover(*points, load_means());
+  MeanMover mover(*points, point_count(), load_means(), mean_count());
   CycleDetector cycles;
   ClusterMap previous;
   std::vector<ClusterMap> seen;
@@ -282,7 +293,7 @@ bool HClusterKMeans::cluster() {
       if (!is_exist_empty_cluster(current)) {
         break;
       }
-      morva::fill_empty_clusters(*points, current);
+      morva::fill_empty_clusters(*points, point_count(), current);
       if (std::find(seen.begin(), seen.end(), current) != seen.end()) {
         break;
       }
@@ -333,10 +344,11 @@ int HClusterKMeans::get_mean_nearest_index(int const& point) const {
 
 void HClusterKMeans::get_mean_cluster(ClusterMap& clusters) const {
   std::vector<SparsePoint> means = load_means();
-  std::size_t const keys = means.size();
-  means.resize(std::min(keys, static_cast<std::size_t>(std::max(mi_k, 0LL))));
-  std::shared_ptr<DistanceTable const> const points = table();
-  clusters = assign(*points, DistanceTable(std::move(means), points->form()), keys);
+  clusters = assign(*table(), point_count(), means, mean_count());
+}
+
+std::size_t HClusterKMeans::mean_count() const {
+  return static_cast<std::size_t>(std::max(mi_k, 0LL));
 }
 
 bool HClusterKMeans::is_exist_empty_cluster(ClusterMap const& clusters) const {
@@ -373,5 +385,5 @@ int HClusterKMeans::get_mean_farest_index(std::vector<int> const& members,
 }
 
 void HClusterKMeans::trim_mean_cluster(ClusterMap& clusters) const {
-  morva::fill_empty_clusters(*table(), clusters);
+  morva::fill_empty_clusters(*table(), point_count(), clusters);
 }

@@ -49,8 +49,8 @@ class MORVA_EXPORT HClusterKMeans : public HClusterBase {
   /// means stay, and each iteration logs one line at level 1.
   bool cluster() override;
   /// Appends `mi_k` seeds to `means`: the farthest pair, then always the point with the greatest
-  /// sum of distances to the seeds so far. False, with nothing appended, when there are not so many
-  /// points, or no distance above 0.0.
+  /// sum of distances to the seeds so far, of `vt_index`. False, with nothing appended, when there
+  /// are not so many points, or no distance above 0.0.
   bool get_k_means(std::vector<HPointN>& means);
   /// Of the candidates, the first with the greatest sum of distances to the seeds; -1 when none has
   /// a sum above 0.0.
@@ -78,6 +78,7 @@ class MORVA_EXPORT HClusterKMeans : public HClusterBase {
  private:
   std::vector<morva::SparsePoint> load_means() const;
   void store_means(std::vector<morva::SparsePoint> means);
+  std::size_t mean_count() const;
   bool seed_with_canopies();
   bool seed_with_farthest_points();
 

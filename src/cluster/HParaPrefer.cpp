@@ -173,7 +173,7 @@ void HParaPrefer::get_nearest_value(std::vector<double> const& list, double cons
   }
   double const limit = avg + margin;
   out.clear();
-  for (std::size_t i = 0; i < list.size() && (list[i] <= limit || i < wanted); ++i) {
+  for (std::size_t i = 0; i < list.size() && (!(list[i] > limit) || i < wanted); ++i) {
     out.push_back(list[i]);
   }
 }

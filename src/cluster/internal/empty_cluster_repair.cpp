@@ -26,7 +26,8 @@ using Candidates = std::map<int, Candidate>;
 // bound holds, the distance is measured.
 class CenterDistances {
  public:
-  explicit CenterDistances(DistanceTable const& points) : points_(points) {}
+  CenterDistances(DistanceTable const& points, std::size_t count)
+      : points_(points), count_(count) {}
 
   void add_cluster(std::vector<int> const& members) {
     std::vector<SparsePoint const*> const valid = valid_members(points_.points(), members);
@@ -39,7 +40,7 @@ class CenterDistances {
       dense_[center.columns[i]] = center.values[i];
     }
     for (int const member : members) {
-      if (is_point(points_.points(), member)) {
+      if (member >= 0 && static_cast<std::size_t>(member) < count_) {
         candidates_[member] = bound(points_[static_cast<std::size_t>(member)], center);
       }
     }
@@ -96,6 +97,7 @@ class CenterDistances {
   }
 
   DistanceTable const& points_;
+  std::size_t count_;
   CenterFinder finder_;
   std::vector<SparsePoint> centers_;
   std::vector<double> dense_;
@@ -104,8 +106,9 @@ class CenterDistances {
 
 }  // namespace
 
-void fill_empty_clusters(DistanceTable const& points, std::map<int, std::vector<int>>& clusters) {
-  CenterDistances distances(points);
+void fill_empty_clusters(DistanceTable const& points, std::size_t count,
+                         std::map<int, std::vector<int>>& clusters) {
+  CenterDistances distances(points, count);
   std::size_t empty_count = 0;
   for (auto const& [key, members] : clusters) {
     if (members.empty()) {

@@ -1,22 +1,26 @@
 #include "cluster/internal/kernel_groups.h"
 
+#include <algorithm>
 #include <cstddef>
+#include <functional>
+#include <iterator>
 #include <optional>
+#include <set>
 
 namespace morva {
 
 namespace {
 
-// Groups are told by their kernel points.
+// The groups of ascending kernel points, each told by its kernel point. Instead of comparing groups
+// with groups, each point that enters a group adds the groups that hold it to those that the group
+// meets: one row of the matrix for each.
 class KernelGroups {
  public:
-  KernelGroups(NeighbourMatrix const& neighbours, std::vector<int> const& kernels,
-               std::size_t point_count)
+  KernelGroups(NeighbourMatrix const& neighbours, std::vector<int> const& kernels)
       : neighbours_(neighbours),
         kernels_(kernels),
-        point_count_(point_count),
-        is_kernel_(point_count),
-        alive_(point_count) {
+        is_kernel_(neighbours.size()),
+        alive_(neighbours.size()) {
     for (int const kernel : kernels) {
       is_kernel_.insert(static_cast<std::size_t>(kernel));
       alive_.insert(static_cast<std::size_t>(kernel));
@@ -39,8 +43,8 @@ class KernelGroups {
   }
 
   std::vector<int> grow(std::size_t position) {
-    IndexSet members(point_count_);
-    IndexSet met(point_count_);
+    IndexSet members(neighbours_.size());
+    IndexSet met(neighbours_.size());
     absorb(kernel(position), members, met);
     std::size_t next = position + 1;
     while (auto const other = first_met(met, next)) {
@@ -98,17 +102,50 @@ class KernelGroups {
 
   NeighbourMatrix const& neighbours_;
   std::vector<int> const& kernels_;
-  std::size_t point_count_;
   IndexSet is_kernel_;
   IndexSet alive_;
 };
 
+bool shares_element(std::vector<int> const& a, std::vector<int> const& b) {
+  return std::any_of(b.begin(), b.end(), [&a](int element) {
+    return std::find(a.begin(), a.end(), element) != a.end();
+  });
+}
+
+// The same for kernel points in any order, which only a caller makes: group by group.
+std::vector<std::vector<int>> merge_unordered(NeighbourMatrix const& neighbours,
+                                              std::vector<int> const& kernels) {
+  std::vector<std::vector<int>> groups;
+  for (auto kernel = kernels.begin(); kernel != kernels.end(); ++kernel) {
+    groups.push_back({*kernel});
+    std::copy_if(kernel + 1, kernels.end(), std::back_inserter(groups.back()),
+                 [&](int other) { return neighbours.are_neighbours(*kernel, other); });
+  }
+  for (std::size_t i = 0; i < groups.size(); ++i) {
+    for (std::size_t j = i + 1; j < groups.size();) {
+      if (!shares_element(groups[i], groups[j])) {
+        ++j;
+        continue;
+      }
+      std::set<int> elements(groups[i].begin(), groups[i].end());
+      elements.insert(groups[j].begin(), groups[j].end());
+      groups[i].assign(elements.begin(), elements.end());
+      groups[j].clear();
+      j = i + 2;
+    }
+  }
+  std::erase_if(groups, [](std::vector<int> const& group) { return group.empty(); });
+  return groups;
+}
+
 }  // namespace
 
 std::vector<std::vector<int>> merge_kernel_groups(NeighbourMatrix const& neighbours,
-                                                  std::vector<int> const& kernels,
-                                                  std::size_t point_count) {
-  return KernelGroups(neighbours, kernels, point_count).merge();
+                                                  std::vector<int> const& kernels) {
+  bool const is_ascending =
+      std::adjacent_find(kernels.begin(), kernels.end(), std::greater_equal<>()) == kernels.end();
+  return is_ascending ? KernelGroups(neighbours, kernels).merge()
+                      : merge_unordered(neighbours, kernels);
 }
 
 }  // namespace morva

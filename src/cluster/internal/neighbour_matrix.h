@@ -46,8 +46,10 @@ void for_each_index(std::span<std::uint64_t const> words, std::size_t from, Visi
 class NeighbourMatrix {
  public:
   explicit NeighbourMatrix(std::size_t count)
-      : row_words_(IndexSet::words_for(count)), words_(row_words_ * count) {}
+      : count_(count), row_words_(IndexSet::words_for(count)), words_(row_words_ * count) {}
 
+  std::size_t size() const { return count_; }
+  bool has_point(int i) const { return i >= 0 && static_cast<std::size_t>(i) < count_; }
   void join(std::size_t i, std::size_t j) {
     words_[i * row_words_ + j / IndexSet::word_bits] |= IndexSet::bit(j);
     words_[j * row_words_ + i / IndexSet::word_bits] |= IndexSet::bit(i);
@@ -55,8 +57,27 @@ class NeighbourMatrix {
   std::span<std::uint64_t const> of(std::size_t i) const {
     return std::span(words_).subspan(i * row_words_, row_words_);
   }
+  /// Whether both are points and neighbours.
+  bool are_neighbours(int i, int j) const {
+    return has_point(i) && has_point(j) &&
+           (of(static_cast<std::size_t>(i))[static_cast<std::size_t>(j) / IndexSet::word_bits] &
+            IndexSet::bit(static_cast<std::size_t>(j))) != 0;
+  }
+  /// Number of the neighbours of i that are below `end`.
+  std::size_t count_neighbours(std::size_t i, std::size_t end) const {
+    std::size_t count = 0;
+    std::size_t const whole = end / IndexSet::word_bits;
+    for (std::uint64_t const word : of(i).first(whole)) {
+      count += static_cast<std::size_t>(std::popcount(word));
+    }
+    if (end % IndexSet::word_bits != 0) {
+      count += static_cast<std::size_t>(std::popcount(of(i)[whole] & (IndexSet::bit(end) - 1)));
+    }
+    return count;
+  }
 
  private:
+  std::size_t count_;
   std::size_t row_words_;
   std::vector<std::uint64_t> words_;
 };

@@ -4,7 +4,7 @@
 #include <cstring>
 
 // On x86-64 each loop is compiled for several widths, of which the loader picks one; not under the
-// address sanitizer, which starts up after the loader has picked.
+// sanitizers, which start up after the loader has picked.
 
 namespace morva::wide {
 
@@ -16,7 +16,7 @@ using Group = std::array<Vector, lanes / width>;
 
 }  // namespace
 
-#if defined(__x86_64__) && !defined(__SANITIZE_ADDRESS__)
+#if defined(__x86_64__) && !defined(MORVA_SANITIZED)
 [[gnu::target_clones("avx512f", "avx2", "default")]]
 #endif
 void add_square_differences(std::span<double const> x, double const* group, double* sums) {
@@ -34,7 +34,7 @@ void add_square_differences(std::span<double const> x, double const* group, doub
   std::memcpy(sums, total.data(), sizeof total);
 }
 
-#if defined(__x86_64__) && !defined(__SANITIZE_ADDRESS__)
+#if defined(__x86_64__) && !defined(MORVA_SANITIZED)
 [[gnu::target_clones("avx512f", "avx2", "default")]]
 #endif
 void add_products(std::span<double const> x, double const* group, double* sums) {
@@ -51,7 +51,7 @@ void add_products(std::span<double const> x, double const* group, double* sums) 
   std::memcpy(sums, total.data(), sizeof total);
 }
 
-#if defined(__x86_64__) && !defined(__SANITIZE_ADDRESS__)
+#if defined(__x86_64__) && !defined(MORVA_SANITIZED)
 [[gnu::target_clones("avx512f", "avx2", "default")]]
 #endif
 void add_to_all(double value, std::span<double> out) {
