@@ -3,6 +3,7 @@
 // MORVA_CORPUS names, and for versions of texts.
 
 #include <algorithm>
+#include <array>
 #include <cstddef>
 #include <cstdio>
 #include <functional>
@@ -39,14 +40,23 @@ struct Texts {
   std::vector<int> labels;
 };
 
-/// The texts whose place in their class, modulo 10, lies in [first, last), of the classes wanted.
-Texts some_of(bench::LabelledTexts const& set, int first, int last,
-              std::function<bool(int)> const& is_wanted) {
+/// A set with one of the ways to split it: by the place of a text in its class plus `shift`, modulo
+/// 10.
+struct Split {
+  bench::LabelledTexts const& set;
+  int shift = 0;
+};
+/// So that nine of ten texts are decided, each once.
+constexpr std::array shifts = {0, 3, 6};
+
+/// The texts of the wanted classes that the split puts in [first, last).
+Texts some_of(Split const& split, int first, int last, std::function<bool(int)> const& is_wanted) {
+  bench::LabelledTexts const& set = split.set;
   Texts part;
-  std::vector<int> seen(static_cast<std::size_t>(set.class_count));
+  std::vector<int> places(static_cast<std::size_t>(set.class_count), split.shift);
   for (std::size_t i = 0; i < set.records.size(); ++i) {
     int const label = set.labels[i];
-    int const place = seen[static_cast<std::size_t>(label)]++ % 10;
+    int const place = places[static_cast<std::size_t>(label)]++ % 10;
     if (place >= first && place < last && is_wanted(label)) {
       part.records.push_back(set.records[i]);
       part.labels.push_back(label);
@@ -232,11 +242,11 @@ Outcome try_kmeans(std::string const& title, Texts const& learnt, Texts const& d
 }
 
 /// Each class in a box of its own.
-Outcome try_alone(bench::LabelledTexts const& set, Texts const& decided) {
+Outcome try_alone(Split const& split, Texts const& decided) {
   Outcome outcome{"K-means, a box for each class", {}};
-  for (int label = 0; label < set.class_count; ++label) {
+  for (int label = 0; label < split.set.class_count; ++label) {
     InstalledBox const box(
-        kmeans_box(some_of(set, 0, 7, [&](int other) { return other == label; })));
+        kmeans_box(some_of(split, 0, 7, [&](int other) { return other == label; })));
     outcome.scores.push_back(ask(box, label, decided));
   }
   return outcome;
@@ -259,14 +269,14 @@ std::vector<Neighbourhood> neighbourhoods() {
 
 /// The neighbourhood of the highest recall at the wanted precision, found among the learnt texts:
 /// five of ten as members, two as texts to decide.
-Neighbourhood tune(bench::LabelledTexts const& set) {
-  InstalledBox box(dbscan_box(some_of(set, 0, 5, any_class)));
-  Texts const decided = some_of(set, 5, 7, any_class);
+Neighbourhood tune(Split const& split) {
+  InstalledBox box(dbscan_box(some_of(split, 0, 5, any_class)));
+  Texts const decided = some_of(split, 5, 7, any_class);
   Neighbourhood best = neighbourhoods().front();
   double best_recall = 0.0;
   for (Neighbourhood const& trial : neighbourhoods()) {
     box.set_neighbourhood(trial.eps, trial.minpts);
-    Score const score = total(ask_all(box, set.class_count, decided));
+    Score const score = total(ask_all(box, split.set.class_count, decided));
     if (score.precision() >= wanted_precision && score.recall() > best_recall) {
       best = trial;
       best_recall = score.recall();
@@ -278,8 +288,7 @@ Neighbourhood tune(bench::LabelledTexts const& set) {
 Outcome try_dbscan(std::string const& title, InstalledBox& box, Neighbourhood const& parameters,
                    Texts const& decided, int count) {
   box.set_neighbourhood(parameters.eps, parameters.minpts);
-  return {fmt::format("DBSCAN, {}eps {:.2f}, minpts {}", title, parameters.eps, parameters.minpts),
-          ask_all(box, count, decided)};
+  return {title, ask_all(box, count, decided)};
 }
 
 std::string cell(Score const& score) {
@@ -309,13 +318,13 @@ void print_outcomes(bench::LabelledTexts const& set, std::vector<Outcome> const&
 /// A class beside texts that are learnt only so that the class has competitors.
 enum class Company { none, one_class, class_each };
 
-Texts with_company(bench::LabelledTexts const& set, int label, int stranger, Company company) {
-  Texts texts = some_of(set, 0, 7, [&](int other) {
+Texts with_company(Split const& split, int label, int stranger, Company company) {
+  Texts texts = some_of(split, 0, 7, [&](int other) {
     return other == label || (company != Company::none && other != stranger);
   });
   if (company == Company::one_class) {
     for (int& other : texts.labels) {
-      other = other == label ? label : set.class_count;
+      other = other == label ? label : split.set.class_count;
     }
   }
   return texts;
@@ -323,67 +332,110 @@ Texts with_company(bench::LabelledTexts const& set, int label, int stranger, Com
 
 /// Each class asked about its own texts and about those of a class that was not learnt, for every
 /// pair of them.
-void print_company(bench::LabelledTexts const& set, std::string const& title, Company company) {
+void print_company(Split const& split, std::string const& title, Company company) {
   Score sum;
-  int strangers = 0;
-  for (int label = 0; label < set.class_count; ++label) {
-    for (int stranger = 0; stranger < set.class_count; ++stranger) {
-      if (stranger != label) {
-        InstalledBox const box(kmeans_box(with_company(set, label, stranger, company)));
-        Texts const decided =
-            some_of(set, 7, 10, [&](int other) { return other == label || other == stranger; });
-        sum.add(ask(box, label, decided));
-        strangers +=
-            static_cast<int>(std::count(decided.labels.begin(), decided.labels.end(), stranger));
+  std::ptrdiff_t strangers = 0;
+  for (int label = 0; label < split.set.class_count; ++label) {
+    for (int stranger = 0; stranger < split.set.class_count; ++stranger) {
+      if (stranger == label) {
+        continue;
       }
+      InstalledBox const box(kmeans_box(with_company(split, label, stranger, company)));
+      Texts const decided =
+          some_of(split, 7, 10, [&](int other) { return other == label || other == stranger; });
+      sum.add(ask(box, label, decided));
+      strangers += std::count(decided.labels.begin(), decided.labels.end(), stranger);
     }
   }
   fmt::print("| {} | {:.0f} % | {:.0f} % |\n", title, 100.0 * sum.recall(),
-             100.0 * sum.wrong / strangers);
+             100.0 * sum.wrong / static_cast<double>(strangers));
 }
 
 /// How many texts of a class that was not learnt are taken for one that was.
 void print_strangers(bench::LabelledTexts const& set) {
+  Split const split{set};
   fmt::print(
       "\n| the box of a class has beside it | own texts taken | strangers taken "
       "|\n|---|---:|---:|\n");
-  print_company(set, "nothing", Company::none);
-  print_company(set, "all other texts as one class", Company::one_class);
-  print_company(set, "all other texts, a class for each subject", Company::class_each);
+  print_company(split, "nothing", Company::none);
+  print_company(split, "all other texts as one class", Company::one_class);
+  print_company(split, "all other texts, a class for each subject", Company::class_each);
 }
 
-void print_neighbourhoods(InstalledBox& box, Texts const& decided, int class_count) {
-  fmt::print("\n| eps | minpts 1 | minpts 2 | minpts 4 |\n|---:|---|---|---|\n");
-  double last = 0.0;
+/// One score for each neighbourhood.
+std::vector<Score> try_neighbourhoods(InstalledBox& box, Texts const& decided, int class_count) {
+  std::vector<Score> scores;
   for (Neighbourhood const& trial : neighbourhoods()) {
     box.set_neighbourhood(trial.eps, trial.minpts);
-    if (trial.eps != last) {
-      fmt::print("{}| {:.2f} |", last == 0.0 ? "" : "\n", trial.eps);
+    scores.push_back(total(ask_all(box, class_count, decided)));
+  }
+  return scores;
+}
+
+void print_neighbourhoods(std::vector<Score> const& scores) {
+  std::vector<Neighbourhood> const trials = neighbourhoods();
+  fmt::print("\n| eps | minpts 1 | minpts 2 | minpts 4 |\n|---:|---|---|---|");
+  for (std::size_t i = 0; i < trials.size(); ++i) {
+    if (i == 0 || trials[i].eps != trials[i - 1].eps) {
+      fmt::print("\n| {:.2f} |", trials[i].eps);
     }
-    fmt::print(" {} |", cell(total(ask_all(box, class_count, decided))));
-    last = trial.eps;
+    fmt::print(" {} |", cell(scores[i]));
   }
   fmt::print("\n");
 }
 
-void measure_set(bench::LabelledTexts const& set) {
-  Texts const learnt = some_of(set, 0, 7, any_class);
-  Texts const decided = some_of(set, 7, 10, any_class);
-  fmt::print("\n### {}: {} texts learnt, {} decided\n\n", set.name, learnt.records.size(),
-             decided.records.size());
-  int const count = set.class_count;
-  std::vector<Outcome> outcomes = {
+void add(std::vector<Score> const& scores, std::vector<Score>& sums) {
+  sums.resize(scores.size());
+  for (std::size_t i = 0; i < scores.size(); ++i) {
+    sums[i].add(scores[i]);
+  }
+}
+
+/// What one split gives: the columns of the table of classes, and the scores of neighbourhoods.
+struct SplitResult {
+  std::vector<Outcome> outcomes;
+  std::vector<Score> neighbourhoods;
+};
+
+SplitResult measure_split(Split const& split) {
+  Texts const learnt = some_of(split, 0, 7, any_class);
+  Texts const decided = some_of(split, 7, 10, any_class);
+  int const count = split.set.class_count;
+  SplitResult result;
+  result.outcomes = {
       try_kmeans("K-means", learnt, decided, count),
       try_kmeans("K-means, trimmed", without_farthest(learnt), decided, count),
-      try_alone(set, decided),
+      try_alone(split, decided),
   };
-  Neighbourhood const tuned = tune(set);
+  Neighbourhood const automatic{estimated_eps(learnt), default_minpts};
+  Neighbourhood const tuned = tune(split);
+  fmt::print(
+      "- {} texts learnt, {} decided. DBSCAN: automatic eps {:.2f}, minpts {}; tuned eps "
+      "{:.2f}, minpts {}.\n",
+      learnt.records.size(), decided.records.size(), automatic.eps, automatic.minpts, tuned.eps,
+      tuned.minpts);
   InstalledBox box(dbscan_box(learnt));
-  outcomes.push_back(
-      try_dbscan("auto ", box, {estimated_eps(learnt), default_minpts}, decided, count));
-  outcomes.push_back(try_dbscan("tuned ", box, tuned, decided, count));
-  print_outcomes(set, outcomes);
-  print_neighbourhoods(box, decided, count);
+  result.outcomes.push_back(try_dbscan("DBSCAN, automatic", box, automatic, decided, count));
+  result.outcomes.push_back(try_dbscan("DBSCAN, tuned", box, tuned, decided, count));
+  result.neighbourhoods = try_neighbourhoods(box, decided, count);
+  return result;
+}
+
+void measure_set(bench::LabelledTexts const& set) {
+  fmt::print("\n### {}\n\n", set.name);
+  SplitResult sum;
+  for (int const shift : shifts) {
+    SplitResult const result = measure_split({set, shift});
+    sum.outcomes.resize(result.outcomes.size());
+    for (std::size_t i = 0; i < result.outcomes.size(); ++i) {
+      sum.outcomes[i].title = result.outcomes[i].title;
+      add(result.outcomes[i].scores, sum.outcomes[i].scores);
+    }
+    add(result.neighbourhoods, sum.neighbourhoods);
+  }
+  fmt::print("\n");
+  print_outcomes(set, sum.outcomes);
+  print_neighbourhoods(sum.neighbourhoods);
 }
 
 /// Whole texts are the members of one class; their versions belong to it, and other texts, which
@@ -400,14 +452,14 @@ void measure_versions(std::vector<bench::LabelledTexts> const& sets) {
   }
   std::size_t const version_count = decided.records.size();
   for (bench::LabelledTexts const& set : sets) {
-    Texts const others = some_of(set, versions_per_class, 10, any_class);
+    Texts const others = some_of({set}, versions_per_class, 10, any_class);
     decided.records.insert(decided.records.end(), others.records.begin(), others.records.end());
   }
   decided.labels.resize(decided.records.size(), 1);
   fmt::print("\n### Versions: {} texts learnt, {} versions of them and {} other texts decided\n",
              whole.records.size(), version_count, decided.records.size() - version_count);
   InstalledBox box(dbscan_box(whole));
-  print_neighbourhoods(box, decided, 1);
+  print_neighbourhoods(try_neighbourhoods(box, decided, 1));
 }
 
 }  // namespace
