@@ -9,6 +9,7 @@
 #include "classify/internal/match_dbscan.h"
 #include "classify/internal/match_kmeans.h"
 #include "classify/internal/prepared_boxes.h"
+#include "classify/internal/vocabulary.h"
 #include "host/internal/log_line.h"
 
 namespace {
@@ -17,6 +18,27 @@ constexpr wchar_t const* tag = L"../HFileMatchClassifyMgr";
 
 /// Classes by box.
 using Groups = std::map<HString, std::vector<HString>>;
+
+// Those of the ids for which `HFileClusterBoxMgr::is_in_box` is true, by one walk over the index.
+std::vector<HString> classes_in_box(std::vector<HString> const& class_ids, HString const& box_id) {
+  morva::Vocabulary const wanted(class_ids);
+  std::vector<char> is_listed(wanted.positions().size());
+  for (HClusterBoxLocalNode const& entry : HFileClusterBoxMgr::pins()->vt_local_box) {
+    if (!(entry.str_box_id == box_id)) {
+      continue;
+    }
+    for (HString const& id : entry.vt_class_id) {
+      auto const place = wanted.place_of(id, 0);
+      if (place.is_word) {
+        is_listed[place.rank] = 1;
+      }
+    }
+  }
+  std::vector<HString> kept;
+  std::copy_if(class_ids.begin(), class_ids.end(), std::back_inserter(kept),
+               [&](HString const& id) { return is_listed[wanted.place_of(id, 0).rank] != 0; });
+  return kept;
+}
 
 bool match_any(HFileMatchClassifyMgr const& manager, HFeatureNode const& node, Groups const& groups,
                HString& str_out) {
@@ -41,14 +63,11 @@ HFileMatchClassifyMgr* HFileMatchClassifyMgr::pins() {
 
 bool HFileMatchClassifyMgr::match(HFeatureNode const& node, std::vector<HString> const& vt_class_id,
                                   HString const& str_box_id, HString& str_out) const {
-  HFileClusterBoxMgr* const boxes = HFileClusterBoxMgr::pins();
-  std::vector<HString> class_ids;
-  std::copy_if(vt_class_id.begin(), vt_class_id.end(), std::back_inserter(class_ids),
-               [&](HString const& class_id) { return boxes->is_in_box(class_id, str_box_id); });
+  std::vector<HString> const class_ids = classes_in_box(vt_class_id, str_box_id);
   if (class_ids.empty()) {
     return false;
   }
-  QXPPolicyMorvaClustBox const* const box = boxes->find_box(str_box_id);
+  QXPPolicyMorvaClustBox const* const box = HFileClusterBoxMgr::pins()->find_box(str_box_id);
   if (box == nullptr || (box->i_cluster_type != 0 && box->i_cluster_type != 1)) {
     return false;
   }

@@ -1,10 +1,10 @@
 #include "classify/internal/match_dbscan.h"
 
-#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
 
+#include "classify/internal/class_positions.h"
 #include "classify/internal/comparison.h"
 #include "host/internal/log_line.h"
 
@@ -14,20 +14,6 @@ namespace {
 
 constexpr wchar_t const* tag = L"../HFileMatchClassifyDBScan";
 constexpr double tolerance = 0.000001;
-
-// The first class with that id, where it has members.
-QXPDBScanNode const* find_class(HString const& class_id, QXPPolicyMorvaClustBox const& box) {
-  auto const& classes = box.vt_dbscan_node;
-  log_line(3, tag, __LINE__, L"dbscan node size : ", HString(classes.size()));
-  auto const found = std::find_if(classes.begin(), classes.end(), [&](QXPDBScanNode const& each) {
-    return each.str_class_id == class_id;
-  });
-  if (found == classes.end() || found->vt_file_node.empty()) {
-    log_line(3, tag, __LINE__, L"not find : ", class_id);
-    return nullptr;
-  }
-  return &*found;
-}
 
 // Whether the document coincides with a member or has enough of them as neighbours. The members
 // are those of the comparison from `first` on; one that is not as long as the vocabulary is none.
@@ -73,10 +59,17 @@ bool match_dbscan(HFeatureNode const& node, std::span<HString const> class_ids,
     }
     return belongs_to(wanted, box.vt_words.size(), *with_all, members_before(wanted, classes));
   };
+  ClassPositions const positions(class_ids, classes, Occurrence::first);
   for (HString const& class_id : class_ids) {
-    QXPDBScanNode const* const wanted = find_class(class_id, box);
-    if (wanted != nullptr && is_accepted(*wanted)) {
-      str_out = wanted->str_class_name;
+    log_line(3, tag, __LINE__, L"dbscan node size : ", HString(classes.size()));
+    std::optional<std::size_t> const found = positions.of(class_id);
+    if (!found || classes[*found].vt_file_node.empty()) {
+      log_line(3, tag, __LINE__, L"not find : ", class_id);
+      continue;
+    }
+    QXPDBScanNode const& wanted = classes[*found];
+    if (is_accepted(wanted)) {
+      str_out = wanted.str_class_name;
       return true;
     }
   }

@@ -1,9 +1,11 @@
 #include "classify/internal/match_kmeans.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <optional>
 #include <vector>
 
+#include "classify/internal/class_positions.h"
 #include "classify/internal/comparison.h"
 #include "cluster/cluster_type.h"
 #include "dna/HFileDNA.h"
@@ -20,27 +22,13 @@ using Nearest = std::optional<DistanceTable::Found>;
 constexpr wchar_t const* tag = L"../HFileMatchClassifyKMeans";
 constexpr double tolerance = 0.000001;
 
-// The last class with that id, in a box whose centers are all as long as its vocabulary.
-std::optional<std::size_t> find_class(HString const& class_id, QXPPolicyMorvaClustBox const& box) {
-  auto const& classes = box.vt_kmeans_node;
-  if (!classes.empty()) {
-    gi_K_ClusterType = classes.front().str_dna.empty() ? 0 : 1;
-  }
-  std::optional<std::size_t> found;
-  for (std::size_t i = 0; i < classes.size(); ++i) {
-    if (classes[i].vt_weight.size() != box.vt_words.size()) {
-      log_line(1, tag, __LINE__, L"classNode.vt_words.size() : ", HString(box.vt_words.size()),
-               L", classNode.vt_weight.size()", HString(classes[i].vt_weight.size()));
-      return std::nullopt;
-    }
-    if (classes[i].str_class_id == class_id) {
-      found = i;
-    }
-  }
-  if (!found) {
-    log_line(3, tag, __LINE__, L"not find : ", class_id);
-  }
-  return found;
+void log_unequal(QXPKMeansNode const& node, QXPPolicyMorvaClustBox const& box) {
+  log_line(1, tag, __LINE__, L"classNode.vt_words.size() : ", HString(box.vt_words.size()),
+           L", classNode.vt_weight.size()", HString(node.vt_weight.size()));
+}
+
+void log_missing(HString const& class_id) {
+  log_line(3, tag, __LINE__, L"not find : ", class_id);
 }
 
 // A single class is compared by words whatever it holds.
@@ -97,9 +85,21 @@ bool match_kmeans(HFeatureNode const& node, std::span<HString const> class_ids,
     }
     return comparison->closest();
   };
+  if (!classes.empty()) {
+    gi_K_ClusterType = classes.front().str_dna.empty() ? 0 : 1;
+  }
+  auto const unequal = std::find_if(
+      classes.begin(), classes.end(),
+      [&box](QXPKMeansNode const& each) { return each.vt_weight.size() != box.vt_words.size(); });
+  ClassPositions const positions(class_ids, classes, Occurrence::last);
   for (HString const& class_id : class_ids) {
-    std::optional<std::size_t> const wanted = find_class(class_id, box);
+    if (unequal != classes.end()) {
+      log_unequal(*unequal, box);
+      continue;
+    }
+    std::optional<std::size_t> const wanted = positions.of(class_id);
     if (!wanted) {
+      log_missing(class_id);
       continue;
     }
     Nearest const nearest =

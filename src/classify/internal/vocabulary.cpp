@@ -29,7 +29,7 @@ struct Entry {
 
 }  // namespace
 
-Vocabulary::Vocabulary(std::vector<HString> const& words) : words_(words) {
+Vocabulary::Vocabulary(std::span<HString const> words) : words_(words.begin(), words.end()) {
   std::vector<Entry> entries;
   entries.reserve(words_.size());
   for (HString const& word : words_) {

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <span>
 #include <vector>
 
 #include "host/HString.h"
@@ -18,7 +19,7 @@ class Vocabulary {
   };
 
   /// A list of fewer than 2^31 words.
-  explicit Vocabulary(std::vector<HString> const& words);
+  explicit Vocabulary(std::span<HString const> words);
 
   /// The list as it was given.
   std::vector<HString> const& words() const { return words_; }
