@@ -63,6 +63,16 @@ struct LearnOptions : RunOptions {
 };
 int run_learn(LearnOptions const& options);
 
+/// `morvaai match`: the class of each file, by the boxes of this machine. The status is that of
+/// grep: 0 some file has one, 1 none has, 2 trouble.
+struct MatchOptions : RunOptions {
+  /// All boxes if empty.
+  std::vector<std::string> boxes;
+  /// Ids or names; all classes if empty.
+  std::vector<std::string> classes;
+};
+int run_match(MatchOptions const& options);
+
 /// `morvaai console`: the interactive clustering tool, for "canopy", "kmeans" or "dbscan".
 int run_console(std::string const& method);
 
@@ -72,6 +82,27 @@ struct BoxDumpOptions {
   bool json = false;
 };
 int run_box_dump(BoxDumpOptions const& options);
+
+/// `morvaai box list`: the boxes of this machine.
+int run_box_list(bool json);
+/// `morvaai box show` and `remove`, of one box, and `verify`, of those named or all.
+struct BoxOptions {
+  std::vector<std::string> ids;
+  bool json = false;
+};
+int run_box_show(BoxOptions const& options);
+int run_box_remove(BoxOptions const& options);
+int run_box_verify(BoxOptions const& options);
+/// `morvaai box add`: installs a box file.
+struct BoxAddOptions {
+  std::string file;
+  /// The file's name without its suffix if not given.
+  std::optional<std::string> id;
+  /// A box of that id may be replaced.
+  bool force = false;
+  bool json = false;
+};
+int run_box_add(BoxAddOptions const& options);
 
 /// `morvaai version`: versions and where the dictionary lies.
 int run_version(bool json);

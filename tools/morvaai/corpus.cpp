@@ -61,19 +61,29 @@ FileReport extract(HString const& path, bool with_dna) {
 
 }  // namespace
 
+int read_records(std::vector<HString> const& files, std::size_t jobs, bool with_dna,
+                 std::function<bool(std::size_t, Extracted)> const& take) {
+  return run_on_files(
+      files, jobs, [with_dna](HString const& path) { return extract(path, with_dna); },
+      [&](std::size_t index, FileReport const& report) {
+        if (report.output.empty()) {
+          return take(index, {std::nullopt, report.problem});
+        }
+        return take(index, {unpack(report.output, files[index]), {}});
+      });
+}
+
 Corpus read_corpus(std::vector<HString> const& files, std::size_t jobs, bool with_dna) {
   Corpus corpus;
-  auto const take = [&](std::size_t index, FileReport const& report) {
-    if (report.output.empty()) {
-      corpus.failed.push_back({files[index], report.problem});
-      return true;
+  corpus.status = read_records(files, jobs, with_dna, [&](std::size_t index, Extracted extracted) {
+    if (extracted.record) {
+      corpus.files.push_back(files[index]);
+      corpus.records.push_back(std::move(*extracted.record));
+    } else {
+      corpus.failed.push_back({files[index], std::move(extracted.reason)});
     }
-    corpus.files.push_back(files[index]);
-    corpus.records.push_back(unpack(report.output, files[index]));
     return true;
-  };
-  corpus.status = run_on_files(
-      files, jobs, [with_dna](HString const& path) { return extract(path, with_dna); }, take);
+  });
   return corpus;
 }
 

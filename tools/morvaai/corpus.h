@@ -1,6 +1,8 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -25,8 +27,19 @@ struct Corpus {
   int status = all_done;
 };
 
+/// What a file gave: its record, or why there is none.
+struct Extracted {
+  std::optional<HFeatureNode> record;
+  std::string reason;
+};
+
 /// Extracts the words of the files in worker processes, as `run_on_files` does, and with
-/// `with_dna` their wide fingerprints too. A file without any is one that failed.
+/// `with_dna` their wide fingerprints too; hands them to `take` in order of the files. A file
+/// without any is one that failed.
+int read_records(std::vector<HString> const& files, std::size_t jobs, bool with_dna,
+                 std::function<bool(std::size_t, Extracted)> const& take);
+
+/// The same, all together.
 Corpus read_corpus(std::vector<HString> const& files, std::size_t jobs, bool with_dna);
 
 }  // namespace tool

@@ -97,6 +97,23 @@ void add_learn_options(CLI::App& command, tool::LearnOptions& options) {
       "  morvaai learn inbox/ --box found -k 8");
 }
 
+void add_match_options(CLI::App& command, tool::MatchOptions& options) {
+  add_run_options(command, options);
+  command
+      .add_option("--box", options.boxes, "A box to ask; all boxes of this machine if not given")
+      ->allow_extra_args(false);
+  command
+      .add_option("--class", options.classes,
+                  "Id of a class to ask about, or its name; all classes of the boxes if not given")
+      ->allow_extra_args(false);
+  command.footer(
+      "Exit status: 0 some file has a class, 1 none has, 2 trouble.\n"
+      "Examples:\n"
+      "  morvaai match inbox/\n"
+      "  morvaai match --box company --class contracts --class offers *.docx\n"
+      "  morvaai match --json - < list.txt");
+}
+
 // The options of all commands, of which one runs, and the status that it leaves.
 struct Commands {
   tool::FeaturesOptions features;
@@ -107,6 +124,9 @@ struct Commands {
   tool::ClusterOptions cluster;
   std::string console_method;
   tool::LearnOptions learn;
+  tool::MatchOptions match;
+  tool::BoxOptions box;
+  tool::BoxAddOptions box_add;
   tool::BoxDumpOptions box_dump;
   bool version_json = false;
   int status = tool::all_done;
@@ -155,6 +175,10 @@ void add_corpus_commands(CLI::App& app, Commands& all) {
   add_learn_options(*command, all.learn);
   command->callback([&all] { all.status = tool::run_learn(all.learn); });
 
+  command = app.add_subcommand("match", "The class that each file belongs to");
+  add_match_options(*command, all.match);
+  command->callback([&all] { all.status = tool::run_match(all.match); });
+
   command = app.add_subcommand("console", "Clusters a folder, asking for what it needs to know");
   command->add_option("METHOD", all.console_method, "canopy, kmeans or dbscan")
       ->required()
@@ -164,7 +188,42 @@ void add_corpus_commands(CLI::App& app, Commands& all) {
 
 void add_box_commands(CLI::App& app, Commands& all) {
   CLI::App* const box = app.add_subcommand("box", "Cluster boxes")->require_subcommand(1);
-  CLI::App* command = box->add_subcommand("dump", "What a box file holds");
+  box->footer(
+      "Examples:\n"
+      "  morvaai box add company.box\n"
+      "  morvaai box verify\n"
+      "  morvaai box dump company.box --json");
+  auto const add_json = [](CLI::App& command, bool& json) {
+    command.add_flag("--json", json, "Print one JSON object a line for each box");
+  };
+  CLI::App* command = box->add_subcommand("list", "The boxes of this machine");
+  add_json(*command, all.box.json);
+  command->callback([&all] { all.status = tool::run_box_list(all.box.json); });
+
+  command = box->add_subcommand("show", "A box of this machine, its classes and their words");
+  command->add_option("ID", all.box.ids, "Name of the box")->required()->expected(1);
+  add_json(*command, all.box.json);
+  command->callback([&all] { all.status = tool::run_box_show(all.box); });
+
+  command = box->add_subcommand("add", "Installs a box file");
+  command->add_option("FILE", all.box_add.file, "A box file")->required();
+  command->add_option("--id", all.box_add.id,
+                      "Name of the box, without slashes and dots; that of the file if not given");
+  command->add_flag("--force", all.box_add.force, "Replace a box of that name");
+  add_json(*command, all.box_add.json);
+  command->callback([&all] { all.status = tool::run_box_add(all.box_add); });
+
+  command = box->add_subcommand("remove", "Removes a box and its file");
+  command->add_option("ID", all.box.ids, "Name of the box")->required()->expected(1);
+  add_json(*command, all.box.json);
+  command->callback([&all] { all.status = tool::run_box_remove(all.box); });
+
+  command = box->add_subcommand("verify", "Compares boxes with the index of them");
+  command->add_option("ID", all.box.ids, "Names of boxes; all that there are if not given");
+  add_json(*command, all.box.json);
+  command->callback([&all] { all.status = tool::run_box_verify(all.box); });
+
+  command = box->add_subcommand("dump", "What a box file holds");
   command->add_option("FILE", all.box_dump.file, "A box file")->required();
   command->add_flag("--json", all.box_dump.json, "Print one JSON object, which tells everything");
   command->callback([&all] { all.status = tool::run_box_dump(all.box_dump); });
@@ -175,12 +234,14 @@ int run(int argc, char** argv) {
   app.require_subcommand(1);
   app.failure_message(CLI::FailureMessage::help);
   app.footer(
-      "Exit status: 0 all files done, 1 some failed, 2 wrong use.\n"
+      "Exit status: 0 all files done, 1 some failed, 2 wrong use; of match as grep has it.\n"
       "Examples:\n"
       "  morvaai features report.docx -n 10\n"
       "  morvaai dna --json folder/ > dna.jsonl\n"
       "  morvaai compare old.docx new.pdf\n"
       "  morvaai cluster folder/ --method kmeans -k 8 -o classes/\n"
+      "  morvaai learn samples/ --box company --by-folder\n"
+      "  morvaai match inbox/ --box company\n"
       "  find . -name '*.pdf' | morvaai text -");
   Commands all;
   add_document_commands(app, all);

@@ -1,36 +1,22 @@
 #include <algorithm>
 #include <bit>
-#include <cerrno>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
-#include <cstdio>
-#include <cstring>
 #include <utility>
 #include <vector>
 
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
+#include "box_store.h"
+#include "box_text.h"
+
 #include "commands.h"
 
 namespace tool {
 
 namespace {
-
-/// What the negative result of reading a box says.
-std::string reason(int result) {
-  switch (-result) {
-    case EBADMSG:
-      return "no box file, or a damaged one";
-    case ENOTSUP:
-      return "a box file of another version";
-    case EFBIG:
-      return "a box file that is too large";
-    default:
-      return std::strerror(-result);
-  }
-}
 
 /// Writes a box as one JSON object, piece by piece: it may be far larger as text than in its file.
 class BoxJson {
@@ -104,17 +90,6 @@ class BoxJson {
   }
 };
 
-std::string type_name(int type) {
-  switch (type) {
-    case 0:
-      return "K-means";
-    case 1:
-      return "DBSCAN";
-    default:
-      return fmt::format("unknown type {}", type);
-  }
-}
-
 /// How many words have a weight, and the ten heaviest of them.
 std::string summary(std::vector<HString> const& words, std::vector<double> const& weights) {
   constexpr std::size_t most_shown = 10;
@@ -137,10 +112,23 @@ std::string summary(std::vector<HString> const& words, std::vector<double> const
   return text + "\n";
 }
 
-bool write_text(QXPPolicyMorvaClustBox const& box) {
+}  // namespace
+
+std::string box_type_name(int type) {
+  switch (type) {
+    case 0:
+      return "K-means";
+    case 1:
+      return "DBSCAN";
+    default:
+      return fmt::format("unknown type {}", type);
+  }
+}
+
+bool write_box_text(QXPPolicyMorvaClustBox const& box) {
   bool is_written = write_output(fmt::format(
-      "{}, {} words, {} classes, value {}\n", type_name(box.i_cluster_type), box.vt_words.size(),
-      box.vt_kmeans_node.size() + box.vt_dbscan_node.size(), box.i_box_value));
+      "{}, {} words, {} classes, value {}\n", box_type_name(box.i_cluster_type),
+      box.vt_words.size(), box.vt_kmeans_node.size() + box.vt_dbscan_node.size(), box.i_box_value));
   for (QXPKMeansNode const& node : box.vt_kmeans_node) {
     is_written =
         is_written && write_output(fmt::format(
@@ -162,17 +150,14 @@ bool write_text(QXPPolicyMorvaClustBox const& box) {
   return is_written;
 }
 
-}  // namespace
-
 int run_box_dump(BoxDumpOptions const& options) {
   HString const path = morvabs::from_path(options.file);
   QXPPolicyMorvaClustBox box;
-  int const result = box.from_file(path);
-  if (result < 0) {
-    std::fprintf(stderr, "morvaai: %s: %s\n", printable(path).c_str(), reason(result).c_str());
+  if (auto const problem = BoxStore::read(path, box)) {
+    complain(*problem);
     return some_failed;
   }
-  bool const is_written = options.json ? BoxJson::write(path, box) : write_text(box);
+  bool const is_written = options.json ? BoxJson::write(path, box) : write_box_text(box);
   return is_written ? all_done : some_failed;
 }
 

@@ -1,0 +1,238 @@
+#include <algorithm>
+#include <cmath>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <fmt/format.h>
+#include <nlohmann/json.hpp>
+
+#include "box_store.h"
+#include "box_text.h"
+
+#include "commands.h"
+
+namespace tool {
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+// An installed box as far as it can be read.
+struct Installed {
+  HString id;
+  HString file;
+  std::optional<HClusterBoxLocalNode> entry;
+  QXPPolicyMorvaClustBox box;
+  BoxStore::Problem unread;
+};
+
+Installed load(HString const& id) {
+  Installed found;
+  found.id = id;
+  found.entry = BoxStore::entry(id);
+  if (auto const file = BoxStore::file_of(id)) {
+    found.file = *file;
+    found.unread = BoxStore::read(found.file, found.box);
+  } else {
+    found.unread = "box " + printable(id) + ": no file can have that name";
+  }
+  return found;
+}
+
+std::size_t class_count(QXPPolicyMorvaClustBox const& box) {
+  return box.vt_kmeans_node.size() + box.vt_dbscan_node.size();
+}
+
+bool write_json(Json const& object) {
+  return write_output(object.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n");
+}
+
+Json summary(Installed const& found) {
+  Json object = {{"id", utf8(found.id)}, {"file", utf8(found.file)}};
+  if (found.unread) {
+    object["problem"] = *found.unread;
+    return object;
+  }
+  object["size"] = HFile::GetFileLen(found.file);
+  object["type"] = box_type_name(found.box.i_cluster_type);
+  object["words"] = found.box.vt_words.size();
+  object["classes"] = class_count(found.box);
+  return object;
+}
+
+bool write_summary(Installed const& found, bool json) {
+  if (json) {
+    return write_json(summary(found));
+  }
+  if (found.unread) {
+    complain(*found.unread);
+    return true;
+  }
+  return write_output(fmt::format("{}: {}, {} classes, {} words, {} bytes\n", printable(found.id),
+                                  box_type_name(found.box.i_cluster_type), class_count(found.box),
+                                  found.box.vt_words.size(), HFile::GetFileLen(found.file)));
+}
+
+Json classes_of(QXPPolicyMorvaClustBox const& box) {
+  Json classes = Json::array();
+  for (QXPKMeansNode const& node : box.vt_kmeans_node) {
+    classes.push_back({{"id", utf8(node.str_class_id)},
+                       {"name", utf8(node.str_class_name)},
+                       {"radius", node.d_radius}});
+  }
+  for (QXPDBScanNode const& node : box.vt_dbscan_node) {
+    classes.push_back({{"id", utf8(node.str_class_id)},
+                       {"name", utf8(node.str_class_name)},
+                       {"eps", node.d_eps},
+                       {"minpts", node.i_minpts},
+                       {"members", node.vt_file_node.size()}});
+  }
+  return classes;
+}
+
+// Whether a document can be compared with the classes: their lists must be as long as the
+// vocabulary.
+bool has_even_lists(QXPPolicyMorvaClustBox const& box) {
+  auto const is_even = [&box](auto const& node) {
+    return node.vt_weight.size() == box.vt_words.size();
+  };
+  return std::all_of(box.vt_kmeans_node.begin(), box.vt_kmeans_node.end(), is_even) &&
+         std::all_of(box.vt_dbscan_node.begin(), box.vt_dbscan_node.end(), [&](auto const& node) {
+           return std::all_of(node.vt_file_node.begin(), node.vt_file_node.end(), is_even);
+         });
+}
+
+// What is wrong with a box, each a phrase.
+std::vector<std::string> faults(Installed const& found) {
+  std::vector<std::string> all;
+  if (!found.entry) {
+    all.emplace_back("the index does not have it");
+  }
+  if (found.unread) {
+    all.push_back(*found.unread);
+    return all;
+  }
+  HString md5;
+  HFileMD5::get_file_md5(found.file, md5);
+  if (found.entry && found.entry->str_box_md5.not_empty() && found.entry->str_box_md5 != md5) {
+    all.emplace_back("the file is not the one that the index knows: its MD5 is another");
+  }
+  std::vector<HString> ids;
+  HFileClusterBoxMgr::pins()->get_vt_class_id(found.box, ids);
+  if (found.entry && found.entry->vt_class_id != ids) {
+    all.emplace_back("its classes are not those that the index lists");
+  }
+  if (found.box.i_cluster_type != 0 && found.box.i_cluster_type != 1) {
+    all.push_back("no document is found in a box of " + box_type_name(found.box.i_cluster_type));
+  }
+  if (!has_even_lists(found.box)) {
+    all.emplace_back("not all weight lists are as long as the vocabulary");
+  }
+  return all;
+}
+
+// Whether the box is as it should be, and what was found could be told.
+bool verify(HString const& id, bool json) {
+  std::vector<std::string> found{"there is no such box"};
+  if (BoxStore::has(id)) {
+    found = faults(load(id));
+  }
+  if (json) {
+    return write_json({{"id", utf8(id)}, {"problems", found}}) && found.empty();
+  }
+  for (std::string const& fault : found) {
+    complain("box " + printable(id) + ": " + fault);
+  }
+  return found.empty() && write_output(printable(id) + ": as it should be\n");
+}
+
+std::vector<HString> all_ids() {
+  std::vector<HString> ids;
+  for (HClusterBoxLocalNode const& node : BoxStore::entries()) {
+    ids.push_back(node.str_box_id);
+  }
+  return ids;
+}
+
+// Prints what a change of the boxes did.
+int told(BoxStore::Problem const& problem, HString const& id, bool json, char const* done) {
+  if (problem) {
+    complain(*problem);
+    return some_failed;
+  }
+  bool const is_written = json ? write_json({{"id", utf8(id)}, {"done", done}})
+                               : write_output(fmt::format("{}: {}\n", printable(id), done));
+  return is_written ? all_done : some_failed;
+}
+
+}  // namespace
+
+int run_box_list(bool json) {
+  bool is_well = true;
+  for (HString const& id : all_ids()) {
+    Installed const found = load(id);
+    is_well = write_summary(found, json) && !found.unread && is_well;
+  }
+  return is_well ? all_done : some_failed;
+}
+
+int run_box_show(BoxOptions const& options) {
+  HString const id = morvabs::from_path(options.ids.front());
+  if (!BoxStore::has(id)) {
+    complain("there is no box " + printable(id));
+    return some_failed;
+  }
+  Installed const found = load(id);
+  if (found.unread) {
+    complain(*found.unread);
+    return some_failed;
+  }
+  HString md5;
+  HFileMD5::get_file_md5(found.file, md5);
+  if (options.json) {
+    Json object = summary(found);
+    object["md5"] = utf8(md5);
+    object["classes"] = classes_of(found.box);
+    return write_json(object) ? all_done : some_failed;
+  }
+  bool const is_written =
+      write_output(fmt::format("{}: {}, {} bytes, MD5 {}\n", printable(id), printable(found.file),
+                               HFile::GetFileLen(found.file), printable(md5))) &&
+      write_box_text(found.box);
+  return is_written ? all_done : some_failed;
+}
+
+int run_box_add(BoxAddOptions const& options) {
+  HString const file = morvabs::from_path(options.file);
+  HString const id = options.id ? morvabs::from_path(*options.id) : file.get_short_name_no_suffix();
+  if (auto const refused = BoxStore::refuse_id(id)) {
+    complain(*refused + (options.id ? "" : ": give another with --id"));
+    return wrong_use;
+  }
+  return told(BoxStore::install(file, id, options.force), id, options.json, "added");
+}
+
+int run_box_remove(BoxOptions const& options) {
+  HString const id = morvabs::from_path(options.ids.front());
+  return told(BoxStore::remove(id), id, options.json, "removed");
+}
+
+int run_box_verify(BoxOptions const& options) {
+  std::vector<HString> ids;
+  for (std::string const& id : options.ids) {
+    ids.push_back(morvabs::from_path(id));
+  }
+  if (ids.empty()) {
+    ids = all_ids();
+    std::vector<HString> const unlisted = BoxStore::unlisted();
+    ids.insert(ids.end(), unlisted.begin(), unlisted.end());
+  }
+  bool is_well = true;
+  for (HString const& id : ids) {
+    is_well = verify(id, options.json) && is_well;
+  }
+  return is_well ? all_done : some_failed;
+}
+
+}  // namespace tool

@@ -1,0 +1,175 @@
+#include "decision.h"
+
+#include <algorithm>
+
+#include <fmt/format.h>
+#include <nlohmann/json.hpp>
+
+#include "report.h"
+
+namespace tool {
+
+namespace {
+
+// What the classifiers add to a radius.
+constexpr double tolerance = 0.000001;
+constexpr std::size_t most_words = 10;
+
+// The document and the weight lists of a box as points over the words of both.
+class Space {
+ public:
+  Space(HFeatureNode const& document, std::vector<HString> const& box_words) {
+    HFeatureNode box;
+    box.vt_words = box_words;
+    HClusterFileData::get_words({document, box}, words_);
+    HClusterFileData::get_data(document, words_, document_, false);
+    for (HString const& word : box_words) {
+      positions_.push_back(static_cast<std::size_t>(
+          std::lower_bound(words_.begin(), words_.end(), word) - words_.begin()));
+    }
+  }
+
+  // A list as long as the box has words; of a word that it has twice, the later weight counts.
+  HPointN point(std::vector<double> const& weights) const {
+    HPointN point(std::vector<double>(words_.size()));
+    for (std::size_t i = 0; i < weights.size(); ++i) {
+      point.vt_data[positions_[i]] = weights[i];
+    }
+    return point;
+  }
+  double distance(HPointN const& point) const { return HPointN::get_distance(document_, point); }
+
+  std::vector<std::pair<HString, double>> shared_words(HPointN const& point) const {
+    std::vector<std::pair<HString, double>> shared;
+    for (std::size_t i = 0; i < words_.size(); ++i) {
+      double const product = document_.vt_data[i] * point.vt_data[i];
+      if (product > 0.0) {
+        shared.emplace_back(words_[i], product);
+      }
+    }
+    std::stable_sort(shared.begin(), shared.end(),
+                     [](auto const& a, auto const& b) { return a.second > b.second; });
+    shared.resize(std::min(shared.size(), most_words));
+    return shared;
+  }
+
+ private:
+  std::vector<HString> words_;
+  std::vector<std::size_t> positions_;
+  HPointN document_;
+};
+
+void measure_center(HFeatureNode const& document, QXPKMeansNode const& node,
+                    QXPPolicyMorvaClustBox const& box, Decision& decision) {
+  decision.class_name = node.str_class_name;
+  decision.radius = node.d_radius;
+  if (is_by_fingerprint(box)) {
+    decision.distance =
+        HPointN::get_distance(HFileDNA::get_pointn(document.str_file_id, document.str_dna),
+                              HFileDNA::get_pointn(node.str_class_id, node.str_dna));
+    return;
+  }
+  Space const space(document, box.vt_words);
+  HPointN const center = space.point(node.vt_weight);
+  decision.distance = space.distance(center);
+  decision.words = space.shared_words(center);
+}
+
+void measure_members(HFeatureNode const& document, QXPDBScanNode const& node,
+                     QXPPolicyMorvaClustBox const& box, Decision& decision) {
+  decision.class_name = node.str_class_name;
+  Decision::Neighbours neighbours{{}, 0, node.d_eps, node.i_minpts};
+  Space const space(document, box.vt_words);
+  QXPFeatureNode const* nearest = nullptr;
+  for (QXPFeatureNode const& member : node.vt_file_node) {
+    if (member.vt_weight.size() != box.vt_words.size()) {
+      continue;
+    }
+    double const distance = space.distance(space.point(member.vt_weight));
+    neighbours.count += distance < node.d_eps + tolerance ? 1 : 0;
+    if (nearest == nullptr || distance < decision.distance) {
+      nearest = &member;
+      decision.distance = distance;
+    }
+  }
+  if (nearest != nullptr) {
+    neighbours.nearest_file = nearest->str_file_id;
+    decision.words = space.shared_words(space.point(nearest->vt_weight));
+  }
+  decision.neighbours = neighbours;
+}
+
+}  // namespace
+
+bool is_by_fingerprint(QXPPolicyMorvaClustBox const& box) {
+  return box.i_cluster_type == 0 && box.vt_kmeans_node.size() > 1 &&
+         box.vt_kmeans_node.front().str_dna.not_empty();
+}
+
+Decision explain(HFeatureNode const& document, HString const& class_id, HString const& box_id,
+                 QXPPolicyMorvaClustBox const& box) {
+  Decision decision;
+  decision.class_id = class_id;
+  decision.box_id = box_id;
+  auto const is_class = [&](auto const& node) { return node.str_class_id == class_id; };
+  // Of several classes with one id, the last one with a center counts and the first one with files.
+  if (box.i_cluster_type == 0) {
+    auto const& classes = box.vt_kmeans_node;
+    auto const found = std::find_if(classes.rbegin(), classes.rend(), is_class);
+    if (found != classes.rend()) {
+      measure_center(document, *found, box, decision);
+    }
+  } else {
+    auto const& classes = box.vt_dbscan_node;
+    auto const found = std::find_if(classes.begin(), classes.end(), is_class);
+    if (found != classes.end()) {
+      measure_members(document, *found, box, decision);
+    }
+  }
+  return decision;
+}
+
+std::string Decision::as_text(HString const& path) const {
+  std::string text =
+      fmt::format("{}: {} (class {}, box {})\n  distance {:.6f}", printable(path),
+                  printable(class_name), printable(class_id), printable(box_id), distance);
+  if (radius) {
+    text += fmt::format(", radius {:.6f}\n", *radius);
+  }
+  if (neighbours) {
+    text += fmt::format(" from {}, {} neighbours within eps {:.6f}, minpts {}\n",
+                        printable(neighbours->nearest_file), neighbours->count, neighbours->eps,
+                        neighbours->minpts);
+  }
+  if (!words.empty()) {
+    text += "  words:";
+    for (auto const& [word, product] : words) {
+      text += fmt::format(" {}({:.3g})", printable(word), product);
+    }
+    text += "\n";
+  }
+  return text;
+}
+
+std::string Decision::as_json(HString const& path) const {
+  nlohmann::ordered_json object;
+  object["file"] = utf8(path);
+  object["class"] = {{"name", utf8(class_name)}, {"id", utf8(class_id)}, {"box", utf8(box_id)}};
+  object["distance"] = distance;
+  if (radius) {
+    object["radius"] = *radius;
+  }
+  if (neighbours) {
+    object["nearest"] = utf8(neighbours->nearest_file);
+    object["neighbours"] = neighbours->count;
+    object["eps"] = neighbours->eps;
+    object["minpts"] = neighbours->minpts;
+  }
+  object["words"] = nlohmann::ordered_json::array();
+  for (auto const& [word, product] : words) {
+    object["words"].push_back({{"word", utf8(word)}, {"product", product}});
+  }
+  return object.dump() + "\n";
+}
+
+}  // namespace tool
