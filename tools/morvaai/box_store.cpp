@@ -160,13 +160,13 @@ BoxStore::Problem BoxStore::install(HString const& file, HString const& id, bool
   HString const target = file_of(id).value_or(HString());
   bool const is_new = !HFile::IsFileExist(target);
   if (!may_replace && !is_same_file(file, target)) {
-    if (Problem const refused = refuse_replacing(id)) {
+    if (Problem refused = refuse_replacing(id)) {
       return refused;
     }
   }
   {
     QXPPolicyMorvaClustBox box;
-    if (Problem const unread = read(file, box)) {
+    if (Problem unread = read(file, box)) {
       return unread;
     }
     if (int const result = box.to_file(target); result < 0) {

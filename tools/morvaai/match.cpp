@@ -37,6 +37,7 @@ struct Questions {
 
 std::vector<HString> from_arguments(std::vector<std::string> const& arguments) {
   std::vector<HString> texts;
+  texts.reserve(arguments.size());
   for (std::string const& argument : arguments) {
     texts.push_back(morvabs::from_path(argument));
   }
