@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <utility>
@@ -39,8 +40,26 @@ struct Decision {
 /// Whether documents are compared with the classes of the box by their fingerprints.
 bool is_by_fingerprint(QXPPolicyMorvaClustBox const& box);
 
-/// Measures how the document lies to a class of the box that it was found in.
-Decision explain(HFeatureNode const& document, HString const& class_id, HString const& box_id,
-                 QXPPolicyMorvaClustBox const& box);
+/// Tells what spoke for the classes of a box.
+class Explainer {
+ public:
+  /// The box must live as long.
+  Explainer(HString const& box_id, QXPPolicyMorvaClustBox const& box);
+
+  /// Measures how the document lies to the class that it was found in.
+  Decision explain(HFeatureNode const& document, HString const& class_id);
+
+ private:
+  void measure_center(HFeatureNode const& document, QXPKMeansNode const& node, Decision& decision);
+  void measure_members(HFeatureNode const& document, QXPDBScanNode const& node, Decision& decision);
+  void sort_words();
+
+  HString box_id_;
+  QXPPolicyMorvaClustBox const& box_;
+  /// The words of the box in order, each once, and the place of each word of the box among them;
+  /// both from the first time on that they are needed.
+  std::vector<HString> words_;
+  std::vector<std::size_t> places_;
+};
 
 }  // namespace tool

@@ -24,7 +24,8 @@ enum Outcome : int { some_matched = 0, none_matched = 1, trouble = 2 };
 struct Question {
   HString box_id;
   std::vector<HString> class_ids;
-  QXPPolicyMorvaClustBox const* box = nullptr;
+  QXPPolicyMorvaClustBox const* box;
+  Explainer explainer;
 };
 
 // What is to be asked; `problem` tells why it cannot be.
@@ -85,7 +86,8 @@ Questions ask_boxes(std::vector<HString> const& box_ids) {
       continue;
     }
     if (QXPPolicyMorvaClustBox const* const box = load(entry.str_box_id)) {
-      questions.all.push_back({entry.str_box_id, entry.vt_class_id, box});
+      questions.all.push_back(
+          {entry.str_box_id, entry.vt_class_id, box, Explainer(entry.str_box_id, *box)});
     } else {
       questions.is_partial = true;
     }
@@ -162,17 +164,17 @@ void keep_classes(std::vector<HString> const& classes, Questions& questions) {
   }
 }
 
-std::optional<Decision> decide(HFeatureNode const& document, std::vector<Question> const& asked) {
+std::optional<Decision> decide(HFeatureNode const& document, std::vector<Question>& asked) {
   HFileMatchClassifyMgr const* const manager = HFileMatchClassifyMgr::pins();
   HString name;
-  for (Question const& question : asked) {
+  for (Question& question : asked) {
     if (!manager->match(document, question.class_ids, question.box_id, name)) {
       continue;
     }
     // It tells the name; the class is the first that says yes by itself.
     for (HString const& id : question.class_ids) {
       if (manager->match(document, id, question.box_id, name)) {
-        return explain(document, id, question.box_id, *question.box);
+        return question.explainer.explain(document, id);
       }
     }
   }
