@@ -1,3 +1,4 @@
+#include <cstdlib>
 #include <string>
 #include <vector>
 
@@ -147,6 +148,17 @@ TEST_F(BoxesCommand, add_leaves_no_file_where_the_index_cannot_be_written) {
   EXPECT_THAT(names_in(boxes), ElementsAre("box.ini"));
 }
 
+TEST_F(BoxesCommand, runs_side_by_side_lose_no_entry) {
+  std::string const file = box_elsewhere("ships.box");
+  std::string command;
+  for (int i = 0; i < 20; ++i) {
+    command += std::string(MORVAAI_PROGRAM " box add '") + file + "' --id b" + std::to_string(i) +
+               " >/dev/null & ";
+  }
+  ASSERT_EQ(std::system((command + "wait").c_str()), 0);
+  EXPECT_EQ(box({"list"}).lines().size(), 20U);
+}
+
 TEST_F(BoxesCommand, remove_takes_file_and_entry) {
   box({"add", box_elsewhere("ships.box")});
   Finished const finished = box({"remove", "ships"});
@@ -177,11 +189,13 @@ TEST_F(BoxesCommand, remove_of_an_unknown_box_fails) {
 }
 
 TEST_F(BoxesCommand, remove_never_leaves_the_directory) {
-  boxes.write("box.ini", "[../ships]\nMD5 = \nCLASS = \n");
-  std::string const outside = (boxes.path().parent_path() / "ships.box").string();
-  box({"remove", "../ships"});
-  EXPECT_THAT(index(), Not(HasSubstr("ships")));
-  EXPECT_EQ(box({"remove", "../" + boxes.path().filename().string() + "/x"}).status, 1);
+  std::filesystem::create_directory(box_file("inside"));
+  boxes.write("ships.box", "outside");
+  test::EnvironmentVariable const inside("MORVA_BOX_PATH", box_file("inside"));
+  boxes.write("inside/box.ini", "[../ships]\nMD5 = \nCLASS = \n");
+  EXPECT_EQ(box({"remove", "../ships"}).status, 0);
+  EXPECT_EQ(boxes.read("ships.box"), "outside");
+  EXPECT_THAT(boxes.read("inside/box.ini"), Not(HasSubstr("ships")));
 }
 
 TEST_F(BoxesCommand, verify_finds_nothing_wrong_with_what_was_added) {
