@@ -220,7 +220,11 @@ std::uint64_t Lexicon::suggest_frequency(std::wstring_view word) const {
   auto const total = static_cast<double>(total_);
   Shares shares(*this, total);
   Segmenter(*this).cut_without_model(word, shares);
-  auto const suggested = static_cast<std::uint64_t>(shares.product() * total) + 1;
+  // A damaged dictionary can ask for more than any integer holds.
+  double const share = shares.product() * total;
+  auto const suggested = share < static_cast<double>(greatest_frequency)
+                             ? static_cast<std::uint64_t>(share) + 1
+                             : greatest_frequency;
   WordEntry const known = find(word);
   return std::min(std::max(suggested, known.is_prefix ? known.frequency : 1), greatest_frequency);
 }

@@ -1,5 +1,6 @@
 #include <algorithm>
-#include <cstring>
+#include <bit>
+#include <cstdint>
 #include <limits>
 #include <random>
 #include <set>
@@ -208,7 +209,9 @@ class RandomFeatures {
 };
 
 bool same_bits(Values const& a, Values const& b) {
-  return a.size() == b.size() && std::memcmp(a.data(), b.data(), a.size() * sizeof(double)) == 0;
+  return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](double x, double y) {
+    return std::bit_cast<std::uint64_t>(x) == std::bit_cast<std::uint64_t>(y);
+  });
 }
 
 TEST(ClusterFileData, the_vocabulary_is_the_ordered_set_of_random_words) {

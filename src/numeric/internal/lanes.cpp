@@ -23,9 +23,9 @@ Lanes::Lanes(std::span<SparsePoint const> points) {
   std::size_t const groups = (points.size() + lanes - 1) / lanes;
   data_.assign(groups * columns_ * lanes, 0.0);
   for (std::size_t j = 0; j < points.size(); ++j) {
-    double* const group = data_.data() + j / lanes * columns_ * lanes + j % lanes;
+    std::size_t const first = j / lanes * columns_ * lanes + j % lanes;
     for (std::size_t i = 0; i < points[j].columns.size(); ++i) {
-      group[points[j].columns[i] * lanes] = points[j].values[i];
+      data_[first + points[j].columns[i] * lanes] = points[j].values[i];
     }
   }
 }

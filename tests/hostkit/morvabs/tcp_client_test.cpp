@@ -82,7 +82,7 @@ TEST(SITcpClient, a_server_that_does_not_answer_is_given_up) {
 }
 
 TEST(SITcpClient, without_descriptors_there_is_no_connection) {
-#ifdef __SANITIZE_ADDRESS__
+#ifdef MORVA_SANITIZED
   GTEST_SKIP() << "the sanitizer needs descriptors of its own to look at an exception";
 #endif
   Server const server;
