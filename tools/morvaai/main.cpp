@@ -93,7 +93,7 @@ void add_learn_options(CLI::App& command, tool::LearnOptions& options) {
       "The box is installed in the directory of boxes and entered in its index.\n"
       "Examples:\n"
       "  morvaai learn samples/ --box company --by-folder\n"
-      "  morvaai learn samples/ --box company --by-folder -m dbscan --eps 1.2 --minpts 3\n"
+      "  morvaai learn samples/ --box company --by-folder -m dbscan --eps 1.5 --minpts 1\n"
       "  morvaai learn inbox/ --box found -k 8");
 }
 
@@ -229,7 +229,8 @@ void add_box_commands(CLI::App& app, Commands& all) {
   command->callback([&all] { all.status = tool::run_box_dump(all.box_dump); });
 }
 
-int run(int argc, char** argv) {
+// `failure` is the status after an exception.
+int run(int argc, char** argv, int& failure) {
   CLI::App app{"Words, fingerprints, likeness and classes of documents.", "morvaai"};
   app.require_subcommand(1);
   app.failure_message(CLI::FailureMessage::help);
@@ -254,6 +255,10 @@ int run(int argc, char** argv) {
     app.parse(argc, argv);
   } catch (CLI::ParseError const& error) {
     return app.exit(error) == 0 ? tool::all_done : tool::wrong_use;
+  } catch (...) {
+    // There, 1 says that no file has a class.
+    failure = app.got_subcommand("match") ? tool::wrong_use : failure;
+    throw;
   }
   return all.status;
 }
@@ -266,10 +271,11 @@ int main(int argc, char** argv) {
   if (std::getenv("MORVA_LOG_LEVEL") == nullptr) {
     HFileLog::ins()->mi_level = 0;
   }
+  int failure = tool::some_failed;
   try {
-    return run(argc, argv);
+    return run(argc, argv, failure);
   } catch (std::exception const& error) {
     std::fprintf(stderr, "morvaai: %s\n", error.what());
-    return tool::some_failed;
+    return failure;
   }
 }
