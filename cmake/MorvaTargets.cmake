@@ -71,6 +71,8 @@ function(morva_add_test name)
   add_executable(${name} ${ARGN})
   target_include_directories(${name} PRIVATE "${PROJECT_SOURCE_DIR}/hostkit" "${PROJECT_SOURCE_DIR}/tests")
   target_link_libraries(${name} PRIVATE morva_settings GTest::gmock_main)
+  # What is tested is compiled as it ships; the tests themselves would take half as long again.
+  target_compile_options(${name} PRIVATE $<$<CONFIG:Release>:-O1>)
   set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/tests")
   gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60
     PROPERTIES TIMEOUT 300)
