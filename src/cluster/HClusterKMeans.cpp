@@ -145,7 +145,7 @@ class CycleDetector {
  public:
   /// Number of rounds that lead back to `current`, in whole periods; 0 where none is known.
   int rounds_to_skip(int round, HClusterKMeans::ClusterMap const& current) {
-    if (current == anchor_) {
+    if (round > anchor_round_ && current == anchor_) {
       int const period = round - anchor_round_;
       return (most_rounds - 1 - round) / period * period;
     }
