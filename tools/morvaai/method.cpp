@@ -56,7 +56,7 @@ std::string misplaced_parameter(MethodOptions const& options) {
 }
 
 std::string contradiction(MethodOptions const& options) {
-  if (std::string const misplaced = misplaced_parameter(options); !misplaced.empty()) {
+  if (std::string misplaced = misplaced_parameter(options); !misplaced.empty()) {
     return misplaced;
   }
   if (is_by_k(options) && !options.k && !options.canopy_seeds) {
