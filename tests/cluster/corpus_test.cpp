@@ -48,7 +48,7 @@ class CorpusClusters : public testing::Test {
  protected:
   static void SetUpTestSuite() {
     char const* const corpus = std::getenv("MORVA_CORPUS");
-    if (corpus == nullptr) {
+    if (corpus == nullptr || *corpus == '\0') {
       return;
     }
     test::TemporaryDirectory const directory;
