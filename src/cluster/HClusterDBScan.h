@@ -50,7 +50,8 @@ class MORVA_EXPORT HClusterDBScan : public HClusterBase {
   void get_vt_noise(std::vector<int>& out);
   using HClusterBase::cluster;
   int get_cluster_type() const override;
-  /// True when there is a cluster. Memory: one bit for each pair of points.
+  /// True when there is a cluster. What is no point leaves `vt_kernel`. Memory: one bit for each
+  /// pair of points.
   bool cluster() override;
   bool is_less_than_eps(HPointN const& a, HPointN const& b) const;
   bool is_greater_than_similarity(HPointN const& a, HPointN const& b) const;

@@ -35,7 +35,7 @@ class CenterDistances {
                            ? SparsePoint()
                            : finder_.mean(points_[0].n, valid, static_cast<double>(valid.size())));
     SparsePoint const& center = centers_.back();
-    dense_.assign(std::max(dense_.size(), width(center)), 0.0);
+    dense_.assign(std::max(dense_.size(), column_count({&center, 1})), 0.0);
     for (std::size_t i = 0; i < center.columns.size(); ++i) {
       dense_[center.columns[i]] = center.values[i];
     }
@@ -78,10 +78,6 @@ class CenterDistances {
   }
 
  private:
-  static std::size_t width(SparsePoint const& point) {
-    return point.columns.empty() ? 0 : std::size_t{point.columns.back()} + 1;
-  }
-
   Candidate bound(SparsePoint const& point, SparsePoint const& center) const {
     std::size_t const index = centers_.size() - 1;
     if (!point.is_tame || !center.is_tame || point.n != center.n) {

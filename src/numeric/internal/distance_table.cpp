@@ -22,14 +22,10 @@ constexpr double no_distance_squared = no_distance * no_distance;
 // values.
 DistanceTable::Form fitting_form(std::vector<SparsePoint> const& points) {
   std::size_t values = 0;
-  std::size_t columns = 0;
   for (SparsePoint const& point : points) {
     values += point.columns.size();
-    if (!point.columns.empty()) {
-      columns = std::max(columns, std::size_t{point.columns.back()} + 1);
-    }
   }
-  bool const is_dense = values > columns * points.size() / 3;
+  bool const is_dense = values > column_count(points) * points.size() / 3;
   return is_dense ? DistanceTable::Form::dense : DistanceTable::Form::sparse;
 }
 

@@ -14,12 +14,7 @@ using wide::lanes;
 
 }  // namespace
 
-Lanes::Lanes(std::span<SparsePoint const> points) {
-  for (SparsePoint const& point : points) {
-    if (!point.columns.empty()) {
-      columns_ = std::max(columns_, std::size_t{point.columns.back()} + 1);
-    }
-  }
+Lanes::Lanes(std::span<SparsePoint const> points) : columns_(column_count(points)) {
   std::size_t const groups = (points.size() + lanes - 1) / lanes;
   data_.assign(groups * columns_ * lanes, 0.0);
   for (std::size_t j = 0; j < points.size(); ++j) {
@@ -31,8 +26,7 @@ Lanes::Lanes(std::span<SparsePoint const> points) {
 }
 
 std::vector<double> Lanes::in_full(SparsePoint const& x) const {
-  std::size_t const last = x.columns.empty() ? 0 : std::size_t{x.columns.back()} + 1;
-  std::vector<double> dense(std::max(columns_, last), 0.0);
+  std::vector<double> dense(std::max(columns_, column_count({&x, 1})), 0.0);
   for (std::size_t i = 0; i < x.columns.size(); ++i) {
     dense[x.columns[i]] = x.values[i];
   }

@@ -8,13 +8,7 @@
 namespace morva {
 
 Postings::Postings(std::span<SparsePoint const> points) {
-  std::size_t columns = 0;
-  for (SparsePoint const& point : points) {
-    if (!point.columns.empty()) {
-      columns = std::max(columns, std::size_t{point.columns.back()} + 1);
-    }
-  }
-  start_.assign(columns + 1, 0);
+  start_.assign(column_count(points) + 1, 0);
   for (SparsePoint const& point : points) {
     for (std::uint32_t const column : point.columns) {
       ++start_[column];

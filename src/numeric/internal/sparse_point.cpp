@@ -103,6 +103,16 @@ std::vector<SparsePoint> compress(std::vector<HPointN> const& points, Dimension 
   return result;
 }
 
+std::size_t column_count(std::span<SparsePoint const> points) {
+  std::size_t count = 0;
+  for (SparsePoint const& point : points) {
+    if (!point.columns.empty()) {
+      count = std::max(count, std::size_t{point.columns.back()} + 1);
+    }
+  }
+  return count;
+}
+
 HPointN expand(SparsePoint const& point) {
   HPointN result;
   result.resize(point.n);

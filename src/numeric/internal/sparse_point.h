@@ -1,7 +1,9 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <limits>
+#include <span>
 #include <vector>
 
 #include "numeric/HPointN.h"
@@ -35,6 +37,8 @@ enum class Dimension { stated, stored };
 SparsePoint compress(HPointN const& point, Dimension dimension = Dimension::stated);
 std::vector<SparsePoint> compress(std::vector<HPointN> const& points,
                                   Dimension dimension = Dimension::stated);
+/// Number of columns up to the last that one of the points has a value in.
+std::size_t column_count(std::span<SparsePoint const> points);
 /// The point without a label.
 HPointN expand(SparsePoint const& point);
 
