@@ -1,11 +1,10 @@
 #include "host/Orlec/ParseFile.h"
 
-#include <exception>
-#include <new>
 #include <string>
 
 #include "host/Orlec/Global.h"
 #include "host/utf8.h"
+#include "morvakit/embedded.h"
 #include "morvakit/formats.h"
 #include "morvakit/read_context.h"
 
@@ -26,6 +25,7 @@ struct ParseFile::State {
   std::unique_ptr<TextCallback> owned_callback;
   ParseOutcome outcome = ParseOutcome::not_parsed;
   std::string reason;
+  ParseCounts counts;
 
   HString full_path() const;
   void update_names();
@@ -104,11 +104,16 @@ HString ParseFile::GetReason() const {
   return HString(state_->reason.c_str());
 }
 
+ParseCounts ParseFile::GetCounts() const {
+  return state_->counts;
+}
+
 namespace {
 
 bool gives_text(ParseOutcome outcome) {
   return outcome == ParseOutcome::text || outcome == ParseOutcome::no_text ||
-         outcome == ParseOutcome::limit_reached || outcome == ParseOutcome::timed_out;
+         outcome == ParseOutcome::incomplete || outcome == ParseOutcome::limit_reached ||
+         outcome == ParseOutcome::timed_out;
 }
 
 /// The parser for all formats: what differs between them is the function that reads.
@@ -122,34 +127,8 @@ class DocumentParser final : public ParseFile {
   HString const& GetFileFolderName() const override { return state_->folder_name; }
 
  private:
-  void read(morvakit::ReadContext& context) const;
-
   tessarine::Recognition recognition_;
 };
-
-void DocumentParser::read(morvakit::ReadContext& context) const {
-  if (recognition_.encrypted) {
-    context.end(ParseOutcome::encrypted, "the document needs a password");
-    return;
-  }
-  auto const most = context.limits().i_input_bytes;
-  if (state_->reader->GetSize() > most) {
-    context.end(ParseOutcome::limit_reached, "the file is over " + std::to_string(most) + " bytes");
-    return;
-  }
-  auto const reader = morvakit::find_reader(recognition_.type);
-  if (reader == nullptr) {
-    context.end(ParseOutcome::not_supported, "there is no reader for this type");
-    return;
-  }
-  try {
-    reader(*state_->reader, recognition_, context);
-  } catch (std::bad_alloc const&) {
-    throw;
-  } catch (std::exception const&) {
-    context.end(ParseOutcome::failed, "the reader of this type failed");
-  }
-}
 
 bool DocumentParser::InitFile() {
   auto* const callback = state_->callback;
@@ -158,7 +137,8 @@ bool DocumentParser::InitFile() {
   if (callback != nullptr) {
     callback->OnBegin();
   }
-  read(context);
+  morvakit::read_document(*state_->reader, recognition_, context);
+  state_->counts = context.counts();
   state_->outcome = context.outcome();
   state_->reason = context.reason();
   if (callback != nullptr && !callback->OnEnd(gives_text(state_->outcome))) {
@@ -187,7 +167,7 @@ ParseFile* GetParser(Reader* reader, bool /*reserved*/) {
     return nullptr;
   }
   auto const recognition = tessarine::recognize(*reader);
-  if (!recognition.encrypted && morvakit::find_reader(recognition.type) == nullptr) {
+  if (!recognition.encrypted && !morvakit::can_read(recognition.type)) {
     return nullptr;
   }
   return std::make_unique<DocumentParser>(*reader, recognition).release();
@@ -205,6 +185,8 @@ HString GetOutcomeName(ParseOutcome outcome) {
       return HString("encrypted");
     case ParseOutcome::not_supported:
       return HString("not supported");
+    case ParseOutcome::incomplete:
+      return HString("incomplete");
     case ParseOutcome::damaged:
       return HString("damaged");
     case ParseOutcome::limit_reached:

@@ -37,4 +37,12 @@ ReadFunction find_reader(tessarine::FileType type) {
   }
 }
 
+StorageReadFunction find_storage_reader(tessarine::FileType /*type*/) {
+  return nullptr;
+}
+
+bool can_read(tessarine::FileType type) {
+  return find_reader(type) != nullptr || find_storage_reader(type) != nullptr;
+}
+
 }  // namespace morvakit

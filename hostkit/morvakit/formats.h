@@ -4,6 +4,7 @@
 #include "morvakit/read_context.h"
 
 #include "tessarine/file_type.h"
+#include "tessarine/ole_storage.h"
 
 namespace morvakit {
 
@@ -12,9 +13,15 @@ namespace morvakit {
 using ReadFunction = void (*)(Orlec::Reader const& reader,
                               tessarine::Recognition const& recognition, ReadContext& context);
 
+/// The same for a format of OLE2, where a document is a storage, a file's root or one within it.
+using StorageReadFunction = void (*)(tessarine::OleStorage const& storage, ReadContext& context);
+
 /// The reader for a type; null when there is none. `formats.cpp` holds the table: a new format is
 /// one source and one line there.
 ReadFunction find_reader(tessarine::FileType type);
+StorageReadFunction find_storage_reader(tessarine::FileType type);
+/// Whether there is one of either kind.
+bool can_read(tessarine::FileType type);
 
 // The readers, one source each.
 void read_plain_text(Orlec::Reader const&, tessarine::Recognition const&, ReadContext&);

@@ -1,6 +1,7 @@
 #include "morvakit/read_context.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "host/utf8.h"
 
@@ -31,72 +32,101 @@ int separation(char character) {
 }  // namespace
 
 ReadContext::ReadContext(Orlec::TextCallback* callback, Orlec::ParseLimits const& limits)
-    : callback_(callback),
-      limits_(limits),
-      deadline_(Clock::now() + std::chrono::milliseconds(std::clamp<std::int64_t>(
-                                   limits.i_milliseconds, 0, longest_milliseconds))) {}
+    : own_whole_(std::make_unique<Whole>()), whole_(*own_whole_) {
+  whole_.callback = callback;
+  whole_.limits = limits;
+  whole_.deadline = Clock::now() + std::chrono::milliseconds(std::clamp<std::int64_t>(
+                                       limits.i_milliseconds, 0, longest_milliseconds));
+}
+
+ReadContext::ReadContext(Whole& whole, std::int64_t depth) : whole_(whole), depth_(depth) {
+  whole_.begins_file.fill(true);
+}
 
 bool ReadContext::text(Orlec::ParseTextType type, std::string_view utf8) {
-  if (ended_) {
+  if (ended()) {
     return false;
   }
   if (utf8.empty()) {
     return true;
   }
-  last_character_[static_cast<std::size_t>(type)] = utf8.back();
-  has_main_text_ = has_main_text_ || type == Orlec::ParseTextType_main;
-  if (callback_ == nullptr || callback_->OnText(type, utf8)) {
+  auto const kind = static_cast<std::size_t>(type);
+  if (std::exchange(whole_.begins_file[kind], false) && !separate(type, '\n')) {
+    return false;
+  }
+  whole_.last_character[kind] = utf8.back();
+  if (type == Orlec::ParseTextType_main) {
+    count_lines(utf8);
+  }
+  if (whole_.callback == nullptr || whole_.callback->OnText(type, utf8)) {
     return true;
   }
-  auto const reason = morvabs::to_utf8(callback_->GetStopReason().get_ws());
+  auto const reason = morvabs::to_utf8(whole_.callback->GetStopReason().get_ws());
   if (type == Orlec::ParseTextType_main) {
-    return end(Orlec::ParseOutcome::limit_reached, reason);
+    return end_all(Orlec::ParseOutcome::limit_reached, reason);
   }
   note(Orlec::ParseOutcome::limit_reached, reason);
   return true;
 }
 
 bool ReadContext::separate(Orlec::ParseTextType type, char separator) {
-  char const last = last_character_[static_cast<std::size_t>(type)];
+  char const last = whole_.last_character[static_cast<std::size_t>(type)];
   if (last == '\0' || separation(last) >= separation(separator)) {
-    return !ended_;
+    return !ended();
   }
   return text(type, std::string_view(&separator, 1));
 }
 
+void ReadContext::count_lines(std::string_view utf8) {
+  for (char const character : utf8) {
+    bool const is_end = separation(character) == separation('\n');
+    whole_.counts.i_line += !is_end && whole_.is_line_empty ? 1 : 0;
+    whole_.is_line_empty = is_end;
+  }
+}
+
+void ReadContext::count_pages(std::int64_t number) {
+  whole_.counts.i_page += depth_ == 0 ? number : 0;
+}
+
+void ReadContext::count_images(std::int64_t number) {
+  whole_.counts.i_img += depth_ == 0 ? number : 0;
+}
+
 bool ReadContext::keep_going() {
   constexpr std::uint32_t calls_between_looks = 64;
-  if (!ended_ && calls_++ % calls_between_looks == 0 && Clock::now() >= deadline_) {
-    end(Orlec::ParseOutcome::timed_out,
-        "the time of " + std::to_string(limits_.i_milliseconds) + " milliseconds is used up");
+  if (!ended() && whole_.calls++ % calls_between_looks == 0 && Clock::now() >= whole_.deadline) {
+    end_all(Orlec::ParseOutcome::timed_out,
+            "the time of " + std::to_string(limits().i_milliseconds) + " milliseconds is used up");
   }
-  return !ended_;
+  return !ended();
 }
 
 bool ReadContext::charge_expansion(std::int64_t packed, std::int64_t unpacked, std::int64_t added) {
-  expanded_ += added;
-  if (expanded_ > limits_.i_expanded_bytes) {
-    return end(Orlec::ParseOutcome::limit_reached,
-               "unpacked parts over " + std::to_string(limits_.i_expanded_bytes) + " bytes");
+  whole_.expanded += added;
+  if (whole_.expanded > limits().i_expanded_bytes) {
+    return end_all(Orlec::ParseOutcome::limit_reached,
+                   "unpacked parts over " + std::to_string(limits().i_expanded_bytes) + " bytes");
   }
   if (unpacked >= ratio_counts_from &&
-      unpacked / std::max<std::int64_t>(packed, 1) >= limits_.i_expansion_ratio) {
+      unpacked / std::max<std::int64_t>(packed, 1) >= limits().i_expansion_ratio) {
     return end(
         Orlec::ParseOutcome::limit_reached,
-        "a part unpacks to over " + std::to_string(limits_.i_expansion_ratio) + " times its size");
+        "a part unpacks to over " + std::to_string(limits().i_expansion_ratio) + " times its size");
   }
-  return !ended_;
+  return !ended();
 }
 
 bool ReadContext::charge_memory(std::size_t bytes) {
-  constexpr std::size_t most = std::size_t{256} << 20;
-  kept_ += bytes;
-  return kept_ <= most || end(Orlec::ParseOutcome::limit_reached,
-                              "lists of parts and styles over " + std::to_string(most) + " bytes");
+  whole_.kept += bytes;
+  auto const most = limits().i_list_bytes;
+  return whole_.kept <= static_cast<std::size_t>(std::max<std::int64_t>(most, 0)) ||
+         end_all(Orlec::ParseOutcome::limit_reached,
+                 "lists of parts and styles over " + std::to_string(most) + " bytes");
 }
 
 bool ReadContext::end(Orlec::ParseOutcome outcome, std::string_view reason) {
-  if (!ended_) {
+  if (!ended()) {
     ended_ = true;
     outcome_ = outcome;
     reason_ = reason;
@@ -104,18 +134,39 @@ bool ReadContext::end(Orlec::ParseOutcome outcome, std::string_view reason) {
   return false;
 }
 
+/// A bound on the whole is used up: no file of those that are open can be read any further.
+bool ReadContext::end_all(Orlec::ParseOutcome outcome, std::string_view reason) {
+  if (!ended()) {
+    whole_.ended = true;
+    whole_.outcome = outcome;
+    whole_.reason = reason;
+  }
+  return false;
+}
+
 void ReadContext::note(Orlec::ParseOutcome outcome, std::string_view reason) {
-  if (!ended_ && outcome_ == Orlec::ParseOutcome::not_parsed) {
+  bool const is_first = outcome_ == Orlec::ParseOutcome::not_parsed;
+  bool const is_worse =
+      outcome == Orlec::ParseOutcome::limit_reached && outcome_ == Orlec::ParseOutcome::incomplete;
+  if (!ended() && (is_first || is_worse)) {
     outcome_ = outcome;
     reason_ = reason;
   }
 }
 
 Orlec::ParseOutcome ReadContext::outcome() const {
+  if (whole_.ended) {
+    return whole_.outcome;
+  }
   if (outcome_ != Orlec::ParseOutcome::not_parsed) {
     return outcome_;
   }
-  return has_main_text_ ? Orlec::ParseOutcome::text : Orlec::ParseOutcome::no_text;
+  bool const has_main_text = whole_.last_character[Orlec::ParseTextType_main] != '\0';
+  return has_main_text ? Orlec::ParseOutcome::text : Orlec::ParseOutcome::no_text;
+}
+
+std::string const& ReadContext::reason() const {
+  return whole_.ended ? whole_.reason : reason_;
 }
 
 }  // namespace morvakit

@@ -229,6 +229,10 @@ bool XmlStream::Parser::begin(bool last) {
   if (!expat) {
     throw std::bad_alloc();
   }
+  // Each byte of the document may give a hundred: what is more counts once it is over the bound.
+  auto const most = std::max<std::int64_t>(context.limits().i_entity_bytes, 0);
+  XML_SetBillionLaughsAttackProtectionActivationThreshold(expat.get(),
+                                                          static_cast<unsigned long long>(most));
   XML_SetUserData(expat.get(), this);
   XML_SetElementHandler(expat.get(), on_start, on_end);
   XML_SetCharacterDataHandler(expat.get(), on_characters);
@@ -283,7 +287,9 @@ void XmlStream::Parser::report() {
     return;
   }
   if (code == XML_ERROR_AMPLIFICATION_LIMIT_BREACH) {
-    context.end(Orlec::ParseOutcome::limit_reached, "the expansion of entities is over its bound");
+    context.end(Orlec::ParseOutcome::limit_reached,
+                "the expansion of entities is over " +
+                    std::to_string(context.limits().i_entity_bytes) + " bytes");
     return;
   }
   fault = "line " + std::to_string(XML_GetCurrentLineNumber(expat.get())) + ": " +

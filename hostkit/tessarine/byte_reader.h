@@ -5,21 +5,23 @@
 #include <string_view>
 
 #include "host/Orlec/IFile.h"
+#include "host/export.h"
 
 namespace tessarine {
 
 /// Up to `size` bytes at `offset`; shorter at the end of the file, empty on failure.
-std::string read_piece(Orlec::Reader const& reader, std::int64_t offset, std::int64_t size);
+MORVA_EXPORT std::string read_piece(Orlec::Reader const& reader, std::int64_t offset,
+                                    std::int64_t size);
 
 /// Little-endian integers of a piece; 0 where the piece is too short.
-std::uint16_t little16(std::string_view bytes, std::size_t offset);
-std::uint32_t little32(std::string_view bytes, std::size_t offset);
-std::uint64_t little64(std::string_view bytes, std::size_t offset);
+MORVA_EXPORT std::uint16_t little16(std::string_view bytes, std::size_t offset);
+MORVA_EXPORT std::uint32_t little32(std::string_view bytes, std::size_t offset);
+MORVA_EXPORT std::uint64_t little64(std::string_view bytes, std::size_t offset);
 
 /// The text with the ASCII letters in lower case.
-std::string ascii_lower(std::string_view text);
+MORVA_EXPORT std::string ascii_lower(std::string_view text);
 
 /// Suffix of the file's name in ASCII lower case without the point; empty without one.
-std::string name_suffix(Orlec::Reader const& reader);
+MORVA_EXPORT std::string name_suffix(Orlec::Reader const& reader);
 
 }  // namespace tessarine

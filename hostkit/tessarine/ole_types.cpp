@@ -5,7 +5,7 @@
 #include <string>
 
 #include "tessarine/byte_reader.h"
-#include "tessarine/ole_container.h"
+#include "tessarine/ole_storage.h"
 #include "tessarine/zip_types.h"
 
 namespace tessarine {
@@ -115,7 +115,7 @@ Recognition recognize_remains(Orlec::Reader const& reader, std::string const& na
   return {FileType::ole_other, ""};
 }
 
-Recognition recognize_other_streams(OleContainer const& container) {
+Recognition recognize_other_streams(OleStorage const& container) {
   struct Marker {
     std::string_view stream;
     FileType type;
@@ -157,31 +157,34 @@ bool is_bare_workbook(std::string_view head) {
 }
 
 Recognition recognize_ole(Orlec::Reader const& reader) {
-  OleContainer const container(reader);
+  OleStorage const root(reader);
   auto const suffix = name_suffix(reader);
-  if (!container.is_open()) {
+  if (!root.is_open()) {
     return recognize_remains(reader, suffix);
   }
-  if (container.has("EncryptedPackage")) {
-    return recognize_encrypted_package(suffix);
+  auto const recognition = recognize_ole_storage(root, suffix);
+  bool const is_known = recognition.type != FileType::ole_other || *recognition.suffix != '\0';
+  return is_known ? recognition : recognize_remains(reader, suffix);
+}
+
+Recognition recognize_ole_storage(OleStorage const& storage, std::string const& name_suffix) {
+  if (storage.has("EncryptedPackage")) {
+    return recognize_encrypted_package(name_suffix);
+  }
+  auto recognition = Recognition{};
+  if (storage.has("PowerPoint Document")) {
+    recognition = recognize_slides(storage.content("Current User", stream_head_limit), name_suffix);
+  } else if (storage.has("WordDocument")) {
+    recognition = recognize_word(storage.content("WordDocument", stream_head_limit), name_suffix);
+  } else if (storage.has("Workbook")) {
+    recognition = recognize_workbook(storage.content("Workbook", stream_head_limit), name_suffix);
+  } else if (storage.has("Book")) {
+    recognition = recognize_workbook(storage.content("Book", stream_head_limit), name_suffix);
+  } else {
+    recognition = recognize_other_streams(storage);
   }
   // Rights management wraps the whole document in one stream and leaves a stub in its place.
-  auto const is_wrapped = container.has("\tDRMContent") || container.has("\tDRMViewerContent");
-  auto recognition = Recognition{};
-  if (container.has("PowerPoint Document")) {
-    recognition = recognize_slides(container.content("Current User", stream_head_limit), suffix);
-  } else if (container.has("WordDocument")) {
-    recognition = recognize_word(container.content("WordDocument", stream_head_limit), suffix);
-  } else if (container.has("Workbook")) {
-    recognition = recognize_workbook(container.content("Workbook", stream_head_limit), suffix);
-  } else if (container.has("Book")) {
-    recognition = recognize_workbook(container.content("Book", stream_head_limit), suffix);
-  } else {
-    recognition = recognize_other_streams(container);
-    if (recognition.type == FileType::ole_other && *recognition.suffix == '\0') {
-      recognition = recognize_remains(reader, suffix);
-    }
-  }
+  auto const is_wrapped = storage.has("\tDRMContent") || storage.has("\tDRMViewerContent");
   recognition.encrypted = recognition.encrypted || is_wrapped;
   return recognition;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <memory>
 
 #include "host/HString.h"
@@ -16,10 +17,24 @@ enum class ParseOutcome {
   no_text,        ///< read, and its main text is empty (a scanned page, an empty document)
   encrypted,      ///< needs a password
   not_supported,  ///< the type is known but there is no reader for it here
+  incomplete,     ///< read, but for an embedded file that is damaged or needs a password
   damaged,        ///< the format's rules are broken; the text up to there was delivered
   limit_reached,  ///< a bound of `ParseLimits` was hit; the text up to there was delivered
   timed_out,      ///< the time of `ParseLimits` was used up; the text up to there was delivered
   failed,         ///< reading the file or writing the output failed
+};
+
+/// What a document is made of beside its text, as far as its format tells; 0 where it does not.
+struct ParseCounts {
+  /// Lines of main text that are not empty, as they were delivered.
+  std::int64_t i_line = 0;
+  /// Pages, slides or sheets. For a format that leaves the breaking into pages to the program that
+  /// shows it, the number that the document states.
+  std::int64_t i_page = 0;
+  /// Pictures in the document, not in what is embedded in it.
+  std::int64_t i_img = 0;
+  /// Files embedded in, attached to or packed into it, at all depths.
+  std::int64_t i_embed = 0;
 };
 
 /// A parser for one file. Made by `GetParser`, owned by the caller, good for one parse.
@@ -30,7 +45,7 @@ class MORVA_EXPORT ParseFile {
   ParseFile& operator=(ParseFile const&) = delete;
 
   /// Parses the file, filling the callback. True when there is text to be used: outcomes `text`,
-  /// `no_text`, `limit_reached` and `timed_out`.
+  /// `no_text`, `incomplete`, `limit_reached` and `timed_out`.
   virtual bool InitFile() = 0;
   /// The name that the parser knows the file by: the alias where one that is not empty was set,
   /// else the file name set, else the name in the path.
@@ -56,6 +71,8 @@ class MORVA_EXPORT ParseFile {
   /// One English phrase behind the outcome, such as "the ZIP directory is missing"; empty for
   /// `text`.
   HString GetReason() const;
+  /// What was counted by the parse; all 0 before it.
+  ParseCounts GetCounts() const;
 
  protected:
   explicit ParseFile(Reader const& reader);

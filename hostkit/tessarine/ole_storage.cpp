@@ -1,7 +1,7 @@
-#include "tessarine/ole_container.h"
+#include "tessarine/ole_storage.h"
 
 #include <algorithm>
-#include <mutex>
+#include <utility>
 #include <vector>
 
 #include <gsf/gsf-infile-msole.h>
@@ -112,44 +112,103 @@ struct Unreference {
   void operator()(gpointer object) const { g_object_unref(object); }
 };
 
+using Input = std::unique_ptr<GsfInput, Unreference>;
+
+class StreamReader final : public Orlec::Reader {
+ public:
+  StreamReader(Input input, std::string_view name)
+      : input_(std::move(input)), name_(std::string(name).c_str()) {}
+
+  std::int64_t ReadAt(std::int64_t offset, void* buffer, std::int64_t size) const override {
+    auto const count = std::min(size, GetSize() - offset);
+    if (offset < 0 || count <= 0) {
+      return 0;
+    }
+    bool const is_read = gsf_input_seek(input_.get(), offset, G_SEEK_SET) == FALSE &&
+                         gsf_input_read(input_.get(), static_cast<std::size_t>(count),
+                                        static_cast<guint8*>(buffer)) != nullptr;
+    return is_read ? count : -1;
+  }
+  std::int64_t GetSize() const override { return gsf_input_size(input_.get()); }
+  HString const& GetPath() const override { return name_; }
+
+ private:
+  Input input_;
+  HString name_;
+};
+
 }  // namespace
 
-struct OleContainer::State {
-  std::unique_ptr<GsfInfile, Unreference> root;
+struct OleStorage::State {
+  std::unique_ptr<GsfInfile, Unreference> infile;
 
-  std::unique_ptr<GsfInput, Unreference> child(std::string_view name) const {
-    return std::unique_ptr<GsfInput, Unreference>(
-        root == nullptr ? nullptr
-                        : gsf_infile_child_by_name(root.get(), std::string(name).c_str()));
+  Input child(std::string_view name) const {
+    return Input(infile == nullptr
+                     ? nullptr
+                     : gsf_infile_child_by_name(infile.get(), std::string(name).c_str()));
   }
 };
 
-OleContainer::OleContainer(Orlec::Reader const& reader) : state_(std::make_unique<State>()) {
-  std::unique_ptr<GsfInput, Unreference> const input(make_input(reader));
-  state_->root.reset(gsf_infile_msole_new(input.get(), nullptr));
+OleStorage::OleStorage(Orlec::Reader const& file) : state_(std::make_unique<State>()) {
+  Input const input(make_input(file));
+  state_->infile.reset(gsf_infile_msole_new(input.get(), nullptr));
 }
 
-OleContainer::~OleContainer() = default;
+OleStorage::OleStorage(std::unique_ptr<State> state) : state_(std::move(state)) {}
+OleStorage::~OleStorage() = default;
+OleStorage::OleStorage(OleStorage&& other) noexcept = default;
+OleStorage& OleStorage::operator=(OleStorage&& other) noexcept = default;
 
-bool OleContainer::is_open() const {
-  return state_->root != nullptr;
+bool OleStorage::is_open() const {
+  return state_->infile != nullptr;
 }
 
-bool OleContainer::has(std::string_view name) const {
+std::vector<OleEntry> OleStorage::entries() const {
+  std::vector<OleEntry> entries;
+  auto const count = is_open() ? gsf_infile_num_children(state_->infile.get()) : 0;
+  for (int i = 0; i < count; ++i) {
+    Input const child(gsf_infile_child_by_index(state_->infile.get(), i));
+    auto const* const name = gsf_infile_name_by_index(state_->infile.get(), i);
+    if (child == nullptr || name == nullptr) {
+      continue;
+    }
+    bool const is_storage =
+        GSF_IS_INFILE(child.get()) && gsf_infile_num_children(GSF_INFILE(child.get())) >= 0;
+    entries.push_back({name, is_storage, is_storage ? 0 : gsf_input_size(child.get())});
+  }
+  return entries;
+}
+
+bool OleStorage::has(std::string_view name) const {
   return state_->child(name) != nullptr;
 }
 
-std::string OleContainer::content(std::string_view name, std::int64_t limit) const {
-  auto const stream = state_->child(name);
-  if (stream == nullptr) {
+OleStorage OleStorage::storage(std::string_view name) const {
+  auto state = std::make_unique<State>();
+  if (auto child = state_->child(name); child != nullptr && GSF_IS_INFILE(child.get()) &&
+                                        gsf_infile_num_children(GSF_INFILE(child.get())) >= 0) {
+    state->infile.reset(GSF_INFILE(child.release()));
+  }
+  return OleStorage(std::move(state));
+}
+
+std::unique_ptr<Orlec::Reader> OleStorage::stream(std::string_view name) const {
+  auto child = state_->child(name);
+  if (child == nullptr) {
+    return nullptr;
+  }
+  return std::make_unique<StreamReader>(std::move(child), name);
+}
+
+std::string OleStorage::content(std::string_view name, std::int64_t limit) const {
+  auto const found = stream(name);
+  if (found == nullptr) {
     return {};
   }
-  auto const size = std::clamp<std::int64_t>(gsf_input_size(stream.get()), 0, limit);
-  std::string content(static_cast<std::size_t>(size), '\0');
-  auto* const bytes = reinterpret_cast<guint8*>(content.data());
-  if (size == 0 || gsf_input_read(stream.get(), content.size(), bytes) == nullptr) {
-    return {};
-  }
+  std::string content(
+      static_cast<std::size_t>(std::clamp<std::int64_t>(found->GetSize(), 0, limit)), '\0');
+  auto const got = found->ReadAt(0, content.data(), static_cast<std::int64_t>(content.size()));
+  content.resize(static_cast<std::size_t>(std::max<std::int64_t>(got, 0)));
   return content;
 }
 

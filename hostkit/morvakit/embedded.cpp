@@ -1,0 +1,107 @@
+#include "morvakit/embedded.h"
+
+#include <exception>
+#include <functional>
+#include <new>
+#include <string>
+
+#include "host/utf8.h"
+#include "morvakit/formats.h"
+
+#include "tessarine/ole_types.h"
+
+namespace morvakit {
+
+namespace {
+
+using Orlec::ParseOutcome;
+
+/// Runs a format's reader on a document whose type is known.
+void read_guarded(tessarine::Recognition const& recognition, ReadContext& context,
+                  std::function<void()> const& read) {
+  if (recognition.encrypted) {
+    context.end(ParseOutcome::encrypted, "the document needs a password");
+    return;
+  }
+  try {
+    read();
+  } catch (std::bad_alloc const&) {
+    throw;
+  } catch (std::exception const&) {
+    context.end(ParseOutcome::failed, "the reader of this type failed");
+  }
+}
+
+/// What became of an embedded file, told to the document that it is embedded in.
+void note_fault(ReadContext const& inner, std::string const& name, ReadContext& context) {
+  auto const outcome = inner.outcome();
+  if (outcome == ParseOutcome::text || outcome == ParseOutcome::no_text ||
+      outcome == ParseOutcome::not_supported) {
+    return;
+  }
+  auto reason = name.empty() ? "an embedded file" : "\"" + name + "\"";
+  reason += outcome == ParseOutcome::encrypted ? " needs a password" : ": " + inner.reason();
+  context.note(outcome == ParseOutcome::limit_reached ? outcome : ParseOutcome::incomplete, reason);
+}
+
+/// Counts the file and reads it in a context of its own, unless it lies too deep.
+bool read_inner(std::string const& name, ReadContext& context,
+                std::function<void(ReadContext&)> const& read) {
+  if (!context.keep_going()) {
+    return false;
+  }
+  context.count_embedded();
+  if (context.depth() >= context.limits().i_nesting) {
+    context.note(ParseOutcome::limit_reached, "files embedded in each other over " +
+                                                  std::to_string(context.limits().i_nesting) +
+                                                  " deep");
+    return true;
+  }
+  auto inner = context.for_embedded();
+  read(inner);
+  note_fault(inner, name, context);
+  return context.keep_going();
+}
+
+}  // namespace
+
+void read_document(Orlec::Reader const& reader, tessarine::Recognition const& recognition,
+                   ReadContext& context) {
+  auto const most = context.limits().i_input_bytes;
+  if (reader.GetSize() > most && !recognition.encrypted) {
+    context.end(ParseOutcome::limit_reached, "the file is over " + std::to_string(most) + " bytes");
+    return;
+  }
+  read_guarded(recognition, context, [&] {
+    if (auto const read_file = find_reader(recognition.type); read_file != nullptr) {
+      read_file(reader, recognition, context);
+    } else if (auto const read_storage = find_storage_reader(recognition.type);
+               read_storage != nullptr) {
+      read_storage(tessarine::OleStorage(reader), context);
+    } else {
+      context.end(ParseOutcome::not_supported, "there is no reader for this type");
+    }
+  });
+}
+
+bool read_embedded(Orlec::Reader const& file, ReadContext& context) {
+  auto const name = morvabs::to_utf8(file.GetPath().get_ws());
+  return read_inner(name, context, [&](ReadContext& inner) {
+    read_document(file, tessarine::recognize(file), inner);
+  });
+}
+
+bool read_embedded(tessarine::OleStorage const& storage, std::string_view name,
+                   ReadContext& context) {
+  return read_inner(std::string(name), context, [&](ReadContext& inner) {
+    auto const recognition = tessarine::recognize_ole_storage(storage, {});
+    auto const read = find_storage_reader(recognition.type);
+    read_guarded(recognition, inner, [&] {
+      if (read != nullptr) {
+        read(storage, inner);
+      }
+    });
+  });
+}
+
+}  // namespace morvakit
