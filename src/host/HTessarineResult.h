@@ -24,6 +24,7 @@ struct HTessarineResult {
   HString str_property;
   /// Characters covered by the file's words.
   std::int32_t i_word = 0;
+  /// Lines, pages, pictures and embedded files, as `Orlec::ParseCounts` has them.
   std::int32_t i_line = 0;
   std::int32_t i_page = 0;
   std::int32_t i_img = 0;
@@ -31,10 +32,19 @@ struct HTessarineResult {
   std::vector<std::int64_t> vt_embed;
 };
 
-/// Recognises files by their content; a file's name only tells apart kinds of plain text.
+/// Recognises files by their content, and fills the record from it; a file's name only tells apart
+/// kinds of plain text.
 class MORVA_EXPORT HTessarine {
  public:
   /// Fills `str_path`, `str_suffix` and `b_encrypt` of the record and leaves its other fields.
   /// False, with only `str_path` set, when the file cannot be read or its type is unknown.
   static bool recognize(HString const& path, HTessarineResult& result);
+
+  /// Recognises a file and reads it, within the bounds of `Orlec::Global`: sets `str_path`,
+  /// `str_suffix` (empty for an unknown type), `b_encrypt`, the texts (at most the characters that
+  /// `ParseLimits::i_memory_chars` keeps), and `i_line`, `i_page`, `i_img` and `i_embed`, of which
+  /// those that the format does not tell become 0; a count beyond 32 bits becomes the largest
+  /// number. `i_word` and `vt_embed` are left. Returns what `Orlec::ParseFile::InitFile` would;
+  /// with false, the texts hold what could be read.
+  static bool read(HString const& path, HTessarineResult& result);
 };

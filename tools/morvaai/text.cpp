@@ -23,6 +23,13 @@ constexpr std::array<std::pair<char const*, Orlec::ParseTextType>, 9> kinds = {{
     {"other", Orlec::ParseTextType_other},
 }};
 
+nlohmann::ordered_json json_counts(Orlec::ParseCounts const& counts) {
+  return {{"lines", counts.i_line},
+          {"pages", counts.i_page},
+          {"images", counts.i_img},
+          {"embedded", counts.i_embed}};
+}
+
 FileReport report_text(HString const& path, TextOptions const& options) {
   Document const document(path);
   std::string text;
@@ -51,6 +58,10 @@ FileReport report_text(HString const& path, TextOptions const& options) {
   nlohmann::ordered_json object;
   object["file"] = utf8(path);
   object["outcome"] = document.outcome_name();
+  if (!document.reason().empty()) {
+    object["reason"] = document.reason();
+  }
+  object["counts"] = json_counts(document.parser()->GetCounts());
   object["text"] = std::move(texts);
   return {object.dump() + "\n", problem};
 }
