@@ -7,6 +7,7 @@
 
 #include "host/utf8.h"
 #include "morvakit/formats.h"
+#include "morvakit/ole_object.h"
 
 #include "tessarine/ole_types.h"
 
@@ -84,24 +85,63 @@ void read_document(Orlec::Reader const& reader, tessarine::Recognition const& re
   });
 }
 
-bool read_embedded(Orlec::Reader const& file, ReadContext& context) {
+namespace {
+
+/// Reads the document that the storage is; a file that it wraps within its own wrapping counts as
+/// embedded in it.
+void read_storage(tessarine::OleStorage const& storage, std::string_view name,
+                  ReadContext& context) {
+  auto const recognition = tessarine::recognize_ole_storage(storage, {});
+  read_guarded(recognition, context, [&] {
+    if (auto const read = find_storage_reader(recognition.type); read != nullptr) {
+      read(storage, context);
+    } else if (auto const wrapped = open_wrapped_file(storage, name); wrapped != nullptr) {
+      read_embedded(*wrapped, context);
+    }
+  });
+}
+
+bool read_file(Orlec::Reader const& file, tessarine::Recognition const& recognition,
+               ReadContext& context) {
   auto const name = morvabs::to_utf8(file.GetPath().get_ws());
   return read_inner(name, context, [&](ReadContext& inner) {
-    read_document(file, tessarine::recognize(file), inner);
+    if (recognition.type == tessarine::FileType::ole_other) {
+      read_storage(tessarine::OleStorage(file), name, inner);
+    } else {
+      read_document(file, recognition, inner);
+    }
   });
+}
+
+/// The file that the storage wraps, unless the storage is a document itself.
+std::unique_ptr<Orlec::Reader> unwrap(tessarine::OleStorage const& storage, std::string_view name) {
+  auto const recognition = tessarine::recognize_ole_storage(storage, {});
+  bool const is_document =
+      recognition.encrypted || find_storage_reader(recognition.type) != nullptr;
+  return is_document ? nullptr : open_wrapped_file(storage, name);
+}
+
+}  // namespace
+
+bool read_embedded(Orlec::Reader const& file, ReadContext& context) {
+  auto const recognition = tessarine::recognize(file);
+  if (recognition.type == tessarine::FileType::ole_other) {
+    tessarine::OleStorage const storage(file);
+    if (auto const wrapped = unwrap(storage, morvabs::to_utf8(file.GetPath().get_ws()));
+        wrapped != nullptr) {
+      return read_file(*wrapped, tessarine::recognize(*wrapped), context);
+    }
+  }
+  return read_file(file, recognition, context);
 }
 
 bool read_embedded(tessarine::OleStorage const& storage, std::string_view name,
                    ReadContext& context) {
-  return read_inner(std::string(name), context, [&](ReadContext& inner) {
-    auto const recognition = tessarine::recognize_ole_storage(storage, {});
-    auto const read = find_storage_reader(recognition.type);
-    read_guarded(recognition, inner, [&] {
-      if (read != nullptr) {
-        read(storage, inner);
-      }
-    });
-  });
+  if (auto const wrapped = unwrap(storage, name); wrapped != nullptr) {
+    return read_file(*wrapped, tessarine::recognize(*wrapped), context);
+  }
+  return read_inner(std::string(name), context,
+                    [&](ReadContext& inner) { read_storage(storage, name, inner); });
 }
 
 }  // namespace morvakit

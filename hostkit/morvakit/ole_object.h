@@ -17,8 +17,8 @@ std::unique_ptr<Orlec::Reader> open_wrapped_file(tessarine::OleStorage const& st
                                                  std::string_view name);
 
 /// The file in the data of a packager's object, which begin at `offset`, as RTF and the OLE of
-/// before compound files have them. Null where the data are none.
+/// before compound files have them. Its path is as above. Null where the data are none.
 std::unique_ptr<Orlec::Reader> open_packaged_file(std::unique_ptr<Orlec::Reader> data,
-                                                  std::int64_t offset);
+                                                  std::int64_t offset, std::string_view name);
 
 }  // namespace morvakit
