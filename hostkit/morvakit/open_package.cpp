@@ -1,10 +1,10 @@
 #include "morvakit/open_package.h"
 
-#include <algorithm>
 #include <array>
 #include <utility>
 
 #include "morvakit/office_properties.h"
+#include "morvakit/part_path.h"
 
 namespace morvakit {
 
@@ -13,54 +13,6 @@ namespace {
 std::string_view last_piece(std::string_view address) {
   auto const slash = address.rfind('/');
   return slash == std::string_view::npos ? address : address.substr(slash + 1);
-}
-
-int hexadecimal(char c) {
-  if (c >= '0' && c <= '9') {
-    return c - '0';
-  }
-  char const lower = static_cast<char>(c | 0x20);
-  return lower >= 'a' && lower <= 'f' ? lower - 'a' + 10 : -1;
-}
-
-std::string decode_percent(std::string_view text) {
-  std::string result;
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    int const high = text[i] == '%' && i + 2 < text.size() ? hexadecimal(text[i + 1]) : -1;
-    int const low = high >= 0 ? hexadecimal(text[i + 2]) : -1;
-    if (low >= 0) {
-      result += static_cast<char>(high * 16 + low);
-      i += 2;
-    } else {
-      result += text[i];
-    }
-  }
-  return result;
-}
-
-/// The part that `target` names, seen from `source`: "." and ".." are resolved and never lead out
-/// of the package.
-std::string resolve(std::string_view source, std::string_view target) {
-  std::string path;
-  if (target.empty() || target.front() != '/') {
-    auto const slash = source.rfind('/');
-    path = slash == std::string_view::npos ? std::string() : std::string(source.substr(0, slash));
-  }
-  auto const decoded = decode_percent(target.substr(0, target.find('#')));
-  std::string_view rest = decoded;
-  while (!rest.empty()) {
-    auto const slash = std::min(rest.find_first_of("/\\"), rest.size());
-    auto const piece = rest.substr(0, slash);
-    rest.remove_prefix(std::min(slash + 1, rest.size()));
-    if (piece == "..") {
-      auto const cut = path.rfind('/');
-      path.resize(cut == std::string::npos ? 0 : cut);
-    } else if (!piece.empty() && piece != ".") {
-      path += path.empty() ? "" : "/";
-      path += piece;
-    }
-  }
-  return path;
 }
 
 class RelationshipHandler final : public XmlHandler {
@@ -82,7 +34,7 @@ class RelationshipHandler final : public XmlHandler {
     }
     found_.push_back({std::string(attributes.get("Id")),
                       std::string(last_piece(attributes.get("Type"))),
-                      external ? std::string(target) : resolve(source_, target), external});
+                      external ? std::string(target) : resolve_part(source_, target), external});
   }
   void end(XmlName const& /*name*/) override {}
   void characters(std::string_view /*utf8*/) override {}
