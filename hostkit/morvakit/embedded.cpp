@@ -33,6 +33,18 @@ void read_guarded(tessarine::Recognition const& recognition, ReadContext& contex
   }
 }
 
+/// A directory that cannot be read ends the reading, one that is damaged leaves what can be
+/// reached.
+void note_directory_fault(tessarine::OleStorage const& root, ReadContext& context) {
+  if (root.is_over_bound()) {
+    context.end(ParseOutcome::limit_reached, root.fault());
+  } else if (!root.is_open()) {
+    context.end(ParseOutcome::damaged, root.fault());
+  } else if (!root.fault().empty()) {
+    context.note(ParseOutcome::damaged, root.fault());
+  }
+}
+
 /// What became of an embedded file, told to the document that it is embedded in.
 void note_fault(ReadContext const& inner, std::string const& name, ReadContext& context) {
   auto const outcome = inner.outcome();
@@ -78,7 +90,11 @@ void read_document(Orlec::Reader const& reader, tessarine::Recognition const& re
       read_file(reader, recognition, context);
     } else if (auto const read_storage = find_storage_reader(recognition.type);
                read_storage != nullptr) {
-      read_storage(tessarine::OleStorage(reader), context);
+      tessarine::OleStorage const root(reader);
+      note_directory_fault(root, context);
+      if (!context.ended()) {
+        read_storage(root, context);
+      }
     } else {
       context.end(ParseOutcome::not_supported, "there is no reader for this type");
     }

@@ -21,7 +21,8 @@ struct OleEntry {
 };
 
 /// A storage of an OLE2 compound file: the root, or one within another. A value that is cheap to
-/// move; the bytes of the file have to outlive all that is made from it.
+/// move; the bytes of the file have to outlive all that is made from it. Names are found exactly,
+/// else without regard to the case of ASCII letters. A directory of over 20000 entries is refused.
 class MORVA_EXPORT OleStorage {
  public:
   /// The root of a compound file.
@@ -35,6 +36,11 @@ class MORVA_EXPORT OleStorage {
   /// False when the directory of the file cannot be read, or there is no such storage; it is empty
   /// then.
   bool is_open() const;
+  /// An English phrase for what is wrong with the file's header or directory; empty where nothing
+  /// is. What can be reached of a directory that is merely damaged is there, and the storage open.
+  std::string fault() const;
+  /// Whether it is not open because the directory has too many entries.
+  bool is_over_bound() const;
   /// What the storage holds, in the order of its directory.
   std::vector<OleEntry> entries() const;
   /// Whether it holds a stream or storage of that name.
@@ -42,7 +48,8 @@ class MORVA_EXPORT OleStorage {
   /// The storage of that name within this one; not open where there is none.
   OleStorage storage(std::string_view name) const;
   /// Random access to a stream, named by its name; null where there is none. It may outlive the
-  /// storage. A chain of sectors that is broken makes reading fail, or fall short.
+  /// storage. A chain of sectors that is broken makes reading fail, or fall short. Small reads near
+  /// each other cost little; an object serves one thread at a time.
   std::unique_ptr<Orlec::Reader> stream(std::string_view name) const;
   /// First bytes of a stream, `limit` at most; empty where there is none.
   std::string content(std::string_view name, std::int64_t limit) const;
