@@ -177,6 +177,13 @@ std::string format_number(std::string_view stored, NumberKind kind, bool from_19
   if (result.ec != std::errc() || result.ptr != end || !std::isfinite(value)) {
     return std::string(stored);
   }
+  return format_number(value, kind, from_1904);
+}
+
+std::string format_number(double value, NumberKind kind, bool from_1904) {
+  if (!std::isfinite(value)) {
+    return {};
+  }
   if (kind != NumberKind::number && value >= 0.0 && value < first_day_too_late) {
     return date_text(value, kind, from_1904);
   }

@@ -18,5 +18,7 @@ NumberKind kind_of_builtin_format(int number);
 /// numbers in the shortest form that gives the same value. A text that is no number is given back
 /// as it is. `from_1904`: days are counted from 1904 in place of 1900.
 std::string format_number(std::string_view stored, NumberKind kind, bool from_1904);
+/// The same for a number as binary workbooks store it; empty for one that is not finite.
+std::string format_number(double value, NumberKind kind, bool from_1904);
 
 }  // namespace morvakit

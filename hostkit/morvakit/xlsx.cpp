@@ -1,15 +1,15 @@
-#include <algorithm>
 #include <charconv>
 #include <string>
-#include <unordered_map>
 #include <vector>
 
 #include "host/utf8.h"
-#include "morvakit/drawing_text.h"
+#include "morvakit/cell_styles.h"
 #include "morvakit/formats.h"
-#include "morvakit/number_format.h"
 #include "morvakit/open_package.h"
 #include "morvakit/shared_strings.h"
+#include "morvakit/sheet_parts.h"
+#include "morvakit/sheet_text.h"
+#include "morvakit/tagged_handler.h"
 
 namespace morvakit {
 
@@ -17,11 +17,6 @@ namespace {
 
 /// Text that is put together before it is delivered is never longer than this.
 constexpr std::size_t longest_piece = std::size_t{64} << 10;
-
-constexpr Namespace thread_space{
-    "http://schemas.microsoft.com/office/spreadsheetml/2018/threadedcomments",
-    "http://schemas.microsoft.com/office/spreadsheetml/2018/threadedcomments"};
-constexpr Namespace vml_space{"urn:schemas-microsoft-com:vml", "urn:schemas-microsoft-com:vml"};
 
 template <typename Number>
 Number to_number(std::string_view text, Number otherwise, int base = 10) {
@@ -57,9 +52,10 @@ struct Workbook {
     std::string relation;
   };
 
+  explicit Workbook(ReadContext& context) : styles(context) {}
+
   std::vector<Sheet> sheets;
-  std::vector<NumberKind> styles;
-  bool from_1904 = false;
+  CellStyles styles;
 };
 
 class WorkbookHandler final : public XmlHandler {
@@ -80,7 +76,7 @@ class WorkbookHandler final : public XmlHandler {
       }
     } else if (name.local == "workbookPr") {
       auto const value = attributes.get("date1904");
-      workbook_.from_1904 = value == "1" || value == "true";
+      workbook_.styles.count_from_1904(value == "1" || value == "true");
     }
   }
   void end(XmlName const& /*name*/) override {}
@@ -93,25 +89,16 @@ class WorkbookHandler final : public XmlHandler {
 /// Finds out what the cell styles make of numbers.
 class StyleHandler final : public XmlHandler {
  public:
-  StyleHandler(ReadContext& context, Workbook& workbook) : context_(context), workbook_(workbook) {}
+  explicit StyleHandler(CellStyles& styles) : styles_(styles) {}
 
  private:
   void start(XmlName const& name, XmlAttributes const& attributes) override {
-    constexpr std::size_t about_one_entry = 64;
-    bool const is_format = name.local == "numFmt" || name.local == "xf";
-    if (is_format && !context_.charge_memory(about_one_entry)) {
-      return;
-    }
     if (name.local == "numFmt") {
-      custom_[to_number(attributes.get("numFmtId"), -1)] =
-          kind_of_format(attributes.get("formatCode"));
+      styles_.add_format(to_number(attributes.get("numFmtId"), -1), attributes.get("formatCode"));
     } else if (name.local == "cellXfs") {
       in_cell_styles_ = true;
     } else if (name.local == "xf" && in_cell_styles_) {
-      int const number = to_number(attributes.get("numFmtId"), 0);
-      auto const found = custom_.find(number);
-      workbook_.styles.push_back(found != custom_.end() ? found->second
-                                                        : kind_of_builtin_format(number));
+      styles_.add_style(to_number(attributes.get("numFmtId"), 0));
     }
   }
   void end(XmlName const& name) override {
@@ -119,9 +106,7 @@ class StyleHandler final : public XmlHandler {
   }
   void characters(std::string_view /*utf8*/) override {}
 
-  ReadContext& context_;
-  Workbook& workbook_;
-  std::unordered_map<int, NumberKind> custom_;
+  CellStyles& styles_;
   bool in_cell_styles_ = false;
 };
 
@@ -134,9 +119,6 @@ enum class SheetTag {
   item,      ///< a shared string
   left_out,  ///< formulas, phonetic readings
   header,
-  comment,
-  threaded_text,
-  box,
 };
 
 TagTable<SheetTag> const& tags() {
@@ -155,9 +137,6 @@ TagTable<SheetTag> const& tags() {
       {sheet_space, "evenFooter", header},
       {sheet_space, "firstHeader", header},
       {sheet_space, "firstFooter", header},
-      {sheet_space, "comment", comment},
-      {thread_space, "text", threaded_text},
-      {vml_space, "textbox", box},
   };
   return table;
 }
@@ -198,35 +177,11 @@ class StringsHandler final : public TaggedHandler<SheetTag> {
   bool in_text_ = false;
 };
 
-/// The text of a printed header or footer, without the codes for fonts, page numbers and the like.
-std::string header_text(std::string_view code) {
-  constexpr std::string_view digits = "0123456789";
-  std::string result;
-  std::size_t at = 0;
-  while ((at = code.find('&')) != std::string_view::npos && at + 1 < code.size()) {
-    result.append(code.substr(0, at));
-    char const what = code[at + 1];
-    code.remove_prefix(at + 2);
-    if (what == '&') {
-      result += '&';
-    } else if (what == '"') {
-      code.remove_prefix(std::min(code.find('"'), code.size() - 1) + (code.empty() ? 0 : 1));
-    } else if (digits.find(what) != std::string_view::npos) {
-      code.remove_prefix(std::min(code.find_first_not_of(digits), code.size()));
-    } else if (what == 'K') {
-      code.remove_prefix(std::min<std::size_t>(6, code.size()));
-    } else if ((what == 'L' || what == 'C' || what == 'R') && !result.empty()) {
-      result += '\t';
-    }
-  }
-  return result.append(code);
-}
-
 /// Reads the cells of a sheet, and its printed headers and footers.
 class SheetHandler final : public TaggedHandler<SheetTag> {
  public:
-  SheetHandler(TextFlow& flow, Workbook const& workbook, SharedStrings const& strings)
-      : TaggedHandler(tags()), flow_(flow), workbook_(workbook), strings_(strings) {}
+  SheetHandler(TextFlow& flow, CellStyles const& styles, SharedStrings const& strings)
+      : TaggedHandler(tags()), flow_(flow), styles_(styles), strings_(strings) {}
 
  private:
   bool open(SheetTag tag, XmlName const& name, XmlAttributes const& attributes) override;
@@ -238,7 +193,7 @@ class SheetHandler final : public TaggedHandler<SheetTag> {
   void close_cell();
 
   TextFlow& flow_;
-  Workbook const& workbook_;
+  CellStyles const& styles_;
   SharedStrings const& strings_;
   std::string type_;
   std::uint32_t style_ = 0;
@@ -288,9 +243,7 @@ void SheetHandler::close_cell() {
   } else if (type_ == "e" || type_ == "d") {
     flow_.text(Orlec::ParseTextType_main, piece_);
   } else {
-    auto const kind =
-        style_ < workbook_.styles.size() ? workbook_.styles[style_] : NumberKind::number;
-    flow_.text(Orlec::ParseTextType_main, format_number(piece_, kind, workbook_.from_1904));
+    flow_.text(Orlec::ParseTextType_main, styles_.text(piece_, style_));
   }
   piece_.clear();
   flow_.separate(Orlec::ParseTextType_main, '\t');
@@ -330,74 +283,11 @@ void SheetHandler::text(std::string_view utf8) {
   }
 }
 
-/// Reads the parts beside a sheet: comments of both sorts, and the captions of form controls.
-class SheetCommentHandler final : public TaggedHandler<SheetTag> {
- public:
-  SheetCommentHandler(TextFlow& flow, Orlec::ParseTextType kind)
-      : TaggedHandler(tags()), flow_(flow), kind_(kind) {}
-
- private:
-  static bool holds_text(SheetTag tag) {
-    return tag == SheetTag::text || tag == SheetTag::threaded_text || tag == SheetTag::box;
-  }
-  bool open(SheetTag tag, XmlName const& /*name*/, XmlAttributes const& /*attributes*/) override {
-    text_depth_ += holds_text(tag) ? 1 : 0;
-    return tag != SheetTag::left_out;
-  }
-  void close(SheetTag tag) override {
-    text_depth_ -= holds_text(tag) ? 1 : 0;
-    if (tag == SheetTag::comment || tag == SheetTag::threaded_text || tag == SheetTag::box) {
-      flow_.separate(kind_, '\n');
-    }
-  }
-  void text(std::string_view utf8) override {
-    bool const is_blank = utf8.find_first_not_of(" \t\r\n") == std::string_view::npos;
-    if (text_depth_ > 0 && !(is_blank && kind_ == Orlec::ParseTextType_control)) {
-      flow_.text(kind_, utf8);
-    }
-  }
-
-  TextFlow& flow_;
-  Orlec::ParseTextType kind_;
-  int text_depth_ = 0;
-};
-
-void read_drawing(OpenPackage& package, std::string const& part, TextFlow& flow) {
-  if (package.was_parsed(part)) {
-    return;
-  }
-  DrawingHandler handler(flow, Orlec::ParseTextType_main);
-  package.parse_once(part, handler);
-  auto const relationships = package.relationships(part);
-  read_graphics(package, relationships, flow);
-  read_link_targets(relationships, flow);
-}
-
-void read_beside_sheet(OpenPackage& package, std::string const& part, TextFlow& flow) {
-  auto const relationships = package.relationships(part);
-  for (auto const& relationship : relationships) {
-    if (relationship.external) {
-      continue;
-    }
-    if (relationship.type == "drawing") {
-      read_drawing(package, relationship.target, flow);
-    } else if (relationship.type == "comments" || relationship.type == "threadedComment") {
-      SheetCommentHandler handler(flow, Orlec::ParseTextType_comment);
-      package.parse_once(relationship.target, handler);
-    } else if (relationship.type == "vmlDrawing") {
-      SheetCommentHandler handler(flow, Orlec::ParseTextType_control);
-      package.parse_once(relationship.target, handler, PartFault::ignored);
-    }
-  }
-  read_controls(package, relationships, flow);
-  read_link_targets(relationships, flow);
-}
-
 void read_workbook_parts(OpenPackage& package, std::vector<Relationship> const& relationships,
                          Workbook& workbook, SharedStrings& strings) {
   for (auto const& relationship : relationships) {
     if (relationship.type == "styles") {
-      StyleHandler handler(package.context(), workbook);
+      StyleHandler handler(workbook.styles);
       package.parse_once(relationship.target, handler);
     } else if (relationship.type == "sharedStrings") {
       if (auto const index = package.container().find(relationship.target)) {
@@ -422,7 +312,7 @@ void read_xlsx(Orlec::Reader const& reader, tessarine::Recognition const& /*reco
     return;
   }
   TextFlow flow(context);
-  Workbook workbook;
+  Workbook workbook(context);
   WorkbookHandler handler(context, workbook);
   package.parse_once(part, handler);
   auto const relationships = package.relationships(part);
@@ -433,7 +323,7 @@ void read_xlsx(Orlec::Reader const& reader, tessarine::Recognition const& /*reco
     flow.line(Orlec::ParseTextType_main, sheet.name);
     auto const* const target = by_id.find(sheet.relation);
     if (target != nullptr && !target->external && !package.was_parsed(target->target)) {
-      SheetHandler cells(flow, workbook, strings);
+      SheetHandler cells(flow, workbook.styles, strings);
       package.parse_once(target->target, cells);
       flow.separate(Orlec::ParseTextType_main, '\n');
       read_beside_sheet(package, target->target, flow);
