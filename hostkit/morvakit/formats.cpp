@@ -32,6 +32,12 @@ ReadFunction find_reader(tessarine::FileType type) {
         return read_pdf;
       }
       return nullptr;
+    case FileType::zip:
+      return read_zip;
+    case FileType::tar:
+    case FileType::gzip:
+    case FileType::other_archive:
+      return read_archive;
     default:
       return nullptr;
   }

@@ -32,5 +32,7 @@ void read_xlsx(Orlec::Reader const&, tessarine::Recognition const&, ReadContext&
 void read_pptx(Orlec::Reader const&, tessarine::Recognition const&, ReadContext&);
 void read_odf(Orlec::Reader const&, tessarine::Recognition const&, ReadContext&);
 void read_pdf(Orlec::Reader const&, tessarine::Recognition const&, ReadContext&);
+void read_zip(Orlec::Reader const&, tessarine::Recognition const&, ReadContext&);
+void read_archive(Orlec::Reader const&, tessarine::Recognition const&, ReadContext&);
 
 }  // namespace morvakit

@@ -89,39 +89,79 @@ std::optional<std::uint64_t> ZipContainer::find(std::string_view name) const {
   return std::nullopt;
 }
 
+bool ZipContainer::is_encrypted(std::uint64_t index) const {
+  return archive_.entry(index).is_encrypted;
+}
+
 bool ZipContainer::read(std::uint64_t index, Consumer const& consumer) {
-  if (index >= count() || context_.ended()) {
-    return false;
-  }
-  auto const entry = archive_.entry(index);
-  auto const part_name = "the part " + name(index);
-  auto part = archive_.open(index);
-  if (part.fault() == ZipFault::encrypted) {
-    return context_.end(ParseOutcome::encrypted, "the document needs a password");
-  }
-  if (part.fault() == ZipFault::unsupported) {
-    context_.note(ParseOutcome::not_supported,
-                  part_name + " is packed by method " + std::to_string(entry.method));
-    return false;
-  }
-  if (is_doubled_[index]) {
+  if (index < count() && is_doubled_[index]) {
     context_.note(ParseOutcome::damaged, "two parts have the name " + name(index));
   }
+  auto const part_name = "the part " + name(index);
+  switch (unpack(index, consumer)) {
+    case Unpacking::done:
+      return true;
+    case Unpacking::stopped:
+      return false;
+    case Unpacking::encrypted:
+      return context_.end(ParseOutcome::encrypted, "the document needs a password");
+    case Unpacking::unsupported:
+      context_.note(ParseOutcome::not_supported, part_name + " is packed by method " +
+                                                     std::to_string(archive_.entry(index).method));
+      return false;
+    case Unpacking::damaged:
+      break;
+  }
+  context_.note(ParseOutcome::damaged, part_name + " cannot be unpacked");
+  return false;
+}
+
+void ZipContainer::read_member(std::uint64_t index, std::string_view shown_name,
+                               Consumer const& consumer) {
+  auto const quoted = "\"" + std::string(shown_name) + "\"";
+  switch (unpack(index, consumer)) {
+    case Unpacking::done:
+    case Unpacking::stopped:
+      return;
+    case Unpacking::encrypted:
+      context_.note(ParseOutcome::incomplete, quoted + " needs a password");
+      return;
+    case Unpacking::unsupported:
+      context_.note(ParseOutcome::incomplete,
+                    quoted + ": packed by method " + std::to_string(archive_.entry(index).method));
+      return;
+    case Unpacking::damaged:
+      break;
+  }
+  context_.note(ParseOutcome::incomplete, quoted + ": cannot be unpacked");
+}
+
+ZipContainer::Unpacking ZipContainer::unpack(std::uint64_t index, Consumer const& consumer) {
+  if (index >= count() || context_.ended()) {
+    return Unpacking::stopped;
+  }
+  auto part = archive_.open(index);
+  if (part.fault() == ZipFault::encrypted) {
+    return Unpacking::encrypted;
+  }
+  if (part.fault() == ZipFault::unsupported) {
+    return Unpacking::unsupported;
+  }
+  auto const packed = archive_.entry(index).packed;
   std::vector<char> buffer(std::size_t{64} << 10);
   std::int64_t unpacked = 0;
   for (;;) {
     auto const got = part.read(buffer.data(), buffer.size());
     if (got == 0) {
-      return true;
+      return Unpacking::done;
     }
     if (got < 0) {
-      context_.note(ParseOutcome::damaged, part_name + " cannot be unpacked");
-      return false;
+      return Unpacking::damaged;
     }
     unpacked += got;
-    if (!context_.charge_expansion(entry.packed, unpacked, got) || !context_.keep_going() ||
+    if (!context_.charge_expansion(packed, unpacked, got) || !context_.keep_going() ||
         !consumer(std::string_view(buffer.data(), static_cast<std::size_t>(got)))) {
-      return false;
+      return Unpacking::stopped;
     }
   }
 }

@@ -35,15 +35,24 @@ class ZipContainer {
   /// direction of slashes and to one in front.
   std::optional<std::uint64_t> find(std::string_view name) const;
 
+  /// Whether the part can only be unpacked with a password.
+  bool is_encrypted(std::uint64_t index) const;
+
   /// Takes one piece of a part; false to have no more of it.
   using Consumer = std::function<bool(std::string_view bytes)>;
-  /// Unpacks a part. True when it was read to its end; a fault is noted in the context or ends it.
-  /// A name that stands twice in the directory is noted as damage, and the part is read all the
-  /// same.
+  /// Unpacks a part of a document. True when it was read to its end; a fault is noted in the
+  /// context or ends it. A name that stands twice in the directory is noted as damage, and the part
+  /// is read all the same.
   bool read(std::uint64_t index, Consumer const& consumer);
+  /// Unpacks a file of an archive, where a fault of one, or one name for two, is none of the
+  /// others. A fault is noted as `incomplete`, with `shown_name` for the file's name.
+  void read_member(std::uint64_t index, std::string_view shown_name, Consumer const& consumer);
 
  private:
+  enum class Unpacking { done, stopped, damaged, unsupported, encrypted };
+
   void list();
+  Unpacking unpack(std::uint64_t index, Consumer const& consumer);
 
   ReadContext& context_;
   tessarine::ZipArchive archive_;

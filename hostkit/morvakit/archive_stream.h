@@ -1,0 +1,67 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include "host/Orlec/IFile.h"
+#include "morvakit/read_context.h"
+
+namespace morvakit {
+
+/// How the members of an archive are laid out.
+enum class ArchiveLayout {
+  tar_or_file,  ///< TAR; what is none, is one file without a name
+  rar,
+  cabinet,
+  cpio,
+  ar,
+  zip_headers,  ///< a ZIP without its directory, by the headers in front of the members
+};
+
+/// How the archive as a whole is packed.
+enum class ArchivePacking { none, gzip, bzip2, zstd, lz4, lzw, xz };
+
+/// What an archive says of a member.
+struct ArchiveEntry {
+  /// As it is stored, in UTF-8 where the format says so; empty for a file without a name.
+  std::string name;
+  /// Whether it is a file rather than a directory, a link or a device.
+  bool is_file = false;
+  bool is_encrypted = false;
+};
+
+/// The members of an archive in their order, unpacked in pieces. One layer of packing is taken off
+/// and no more, and no layout but the one asked for is tried. Memory is bounded by the windows of
+/// the formats, 128 MiB at most, whatever the file claims; names do not depend on the locale.
+class ArchiveStream {
+ public:
+  /// The reader and the context, which is asked for the time, have to outlive the stream.
+  ArchiveStream(Orlec::Reader const& reader, ReadContext& context, ArchiveLayout layout,
+                ArchivePacking packing);
+  ~ArchiveStream();
+  ArchiveStream(ArchiveStream const&) = delete;
+  ArchiveStream& operator=(ArchiveStream const&) = delete;
+
+  enum class Step {
+    entry,
+    end,
+    damaged,
+    encrypted,  ///< even the names need a password
+  };
+  /// Goes to the next member.
+  Step next(ArchiveEntry& entry);
+  /// Unpacks up to `size` bytes of the member, holes as zeros. Returns their number, 0 at its end,
+  /// -1 on a fault.
+  std::int64_t read(char* buffer, std::size_t size);
+
+ private:
+  struct Input;
+  struct Library;
+
+  std::unique_ptr<Input> input_;
+  std::unique_ptr<Library> library_;
+};
+
+}  // namespace morvakit
