@@ -193,6 +193,26 @@ TEST(DetectEncoding, chinese_text_in_wide_units_is_recognised) {
   }
 }
 
+TEST(DetectEncoding, text_in_utf16_whose_bytes_are_all_ascii_is_recognised) {
+  for (std::u16string const text :
+       {u"Поставщик обязуется передать оборудование", u"Ο προμηθευτής παραδίδει τον εξοπλισμό"}) {
+    EXPECT_EQ(morvabs::detect_encoding(utf16le(text)).name, "UTF-16LE");
+    EXPECT_EQ(morvabs::detect_encoding(swapped(utf16le(text))).name, "UTF-16BE");
+  }
+}
+
+TEST(DetectEncoding, short_russian_words_are_no_ideographs) {
+  EXPECT_EQ(morvabs::detect_encoding("\xD3\xD0\xC9\xD3\xCF\xCB \xCC\xC9\xC3").name, "KOI8-R");
+  EXPECT_EQ(morvabs::detect_encoding("\xF0\xCF\xC4\xDF\xA3\xCD \xC3\xC5\xCE").name, "KOI8-R");
+}
+
+TEST(DetectEncoding, few_ideographs_stay_ideographs) {
+  for (char const* const text : {"\xBA\xCF\xCD\xAC", "\xB2\xC6\xCE\xF1\xB1\xA8\xB1\xED",
+                                 "\xBC\xD7\xB7\xBD\xCE\xAF\xCD\xD0"}) {
+    EXPECT_EQ(morvabs::detect_encoding(text).name, "GB18030");
+  }
+}
+
 TEST(DetectEncoding, a_null_in_valid_utf8_does_not_make_it_wide) {
   EXPECT_EQ(morvabs::decode_text(std::string("a\0b", 3)), std::string("a\0b", 3));
   EXPECT_EQ(morvabs::decode_text(std::string("abc\0def ghi\n", 12)),
