@@ -18,6 +18,8 @@ ReadFunction find_reader(tessarine::FileType type) {
       return read_html;
     case FileType::docx:
       return read_docx;
+    case FileType::xls:
+      return read_xls;
     case FileType::xlsx:
       return read_xlsx;
     case FileType::pptx:
@@ -27,6 +29,10 @@ ReadFunction find_reader(tessarine::FileType type) {
     case FileType::odp:
     case FileType::odg:
       return read_odf;
+    case FileType::ofd:
+      return read_ofd;
+    case FileType::rtf:
+      return read_rtf;
     case FileType::pdf:
       if constexpr (MORVAKIT_WITH_PDF) {
         return read_pdf;
@@ -43,8 +49,14 @@ ReadFunction find_reader(tessarine::FileType type) {
   }
 }
 
-StorageReadFunction find_storage_reader(tessarine::FileType /*type*/) {
-  return nullptr;
+StorageReadFunction find_storage_reader(tessarine::FileType type) {
+  using tessarine::FileType;
+  switch (type) {
+    case FileType::xls:
+      return read_xls_storage;
+    default:
+      return nullptr;
+  }
 }
 
 bool can_read(tessarine::FileType type) {

@@ -28,10 +28,14 @@ void read_plain_text(Orlec::Reader const&, tessarine::Recognition const&, ReadCo
 void read_xml(Orlec::Reader const&, tessarine::Recognition const&, ReadContext&);
 void read_html(Orlec::Reader const&, tessarine::Recognition const&, ReadContext&);
 void read_docx(Orlec::Reader const&, tessarine::Recognition const&, ReadContext&);
+void read_xls(Orlec::Reader const&, tessarine::Recognition const&, ReadContext&);
+void read_xls_storage(tessarine::OleStorage const&, ReadContext&);
 void read_xlsx(Orlec::Reader const&, tessarine::Recognition const&, ReadContext&);
 void read_pptx(Orlec::Reader const&, tessarine::Recognition const&, ReadContext&);
 void read_odf(Orlec::Reader const&, tessarine::Recognition const&, ReadContext&);
+void read_ofd(Orlec::Reader const&, tessarine::Recognition const&, ReadContext&);
 void read_pdf(Orlec::Reader const&, tessarine::Recognition const&, ReadContext&);
+void read_rtf(Orlec::Reader const&, tessarine::Recognition const&, ReadContext&);
 void read_zip(Orlec::Reader const&, tessarine::Recognition const&, ReadContext&);
 void read_archive(Orlec::Reader const&, tessarine::Recognition const&, ReadContext&);
 
