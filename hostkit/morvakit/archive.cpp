@@ -7,6 +7,7 @@
 #include "morvakit/archive_member.h"
 #include "morvakit/archive_stream.h"
 #include "morvakit/formats.h"
+#include "morvakit/seven_zip.h"
 #include "morvakit/text_flow.h"
 
 namespace morvakit {
@@ -135,6 +136,10 @@ void ArchiveReading::finish(ArchiveStream::Step step) {
 
 void read_archive(Orlec::Reader const& reader, tessarine::Recognition const& recognition,
                   ReadContext& context) {
+  if (recognition.suffix == std::string_view("7z")) {
+    read_seven_zip(reader, context);
+    return;
+  }
   for (auto const& kind : kinds) {
     if (recognition.suffix == kind.suffix) {
       ArchiveStream archive(reader, context, kind.layout, kind.packing);

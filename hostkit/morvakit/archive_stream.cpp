@@ -10,7 +10,7 @@
 #include <archive_entry.h>
 #include <locale.h>
 
-#include "morvakit/xz_unpacker.h"
+#include "morvakit/lzma_unpacker.h"
 
 namespace morvakit {
 
@@ -102,7 +102,7 @@ struct ArchiveStream::Input {
 
   Orlec::Reader const& reader;
   ReadContext& context;
-  std::optional<XzUnpacker> xz;
+  std::optional<LzmaUnpacker> xz;
   std::vector<char> piece = std::vector<char>(std::size_t{64} << 10);
   std::int64_t position = 0;
 };

@@ -171,6 +171,20 @@ bool is_tar_header(std::string_view head) {
   return digits != 0 && stated == sum;
 }
 
+// The headers of the two common variants of CPIO are digits from the beginning to the end.
+Recognition recognize_cpio(std::string_view head) {
+  constexpr std::string_view octal = "01234567";
+  constexpr std::string_view hexadecimal = "0123456789ABCDEFabcdef";
+  bool const is_old = head.starts_with("070707");
+  bool const is_new = head.starts_with("070701") || head.starts_with("070702");
+  auto const header = head.substr(0, is_old ? 76 : 110);
+  bool const is_cpio = (is_old && header.size() == 76 &&
+                        header.find_first_not_of(octal) == std::string_view::npos) ||
+                       (is_new && header.size() == 110 &&
+                        header.find_first_not_of(hexadecimal) == std::string_view::npos);
+  return is_cpio ? Recognition{FileType::other_archive, "cpio"} : Recognition{};
+}
+
 }  // namespace
 
 Recognition recognize_signature(std::string_view head) {
@@ -181,7 +195,7 @@ Recognition recognize_signature(std::string_view head) {
     return {found->type, found->suffix};
   }
   for (auto const recognize_by : {recognize_riff, recognize_iso_media, recognize_emf,
-                                  recognize_two_letters, recognize_mpeg_audio}) {
+                                  recognize_two_letters, recognize_mpeg_audio, recognize_cpio}) {
     if (auto const recognition = recognize_by(head); recognition.type != FileType::unknown) {
       return recognition;
     }
