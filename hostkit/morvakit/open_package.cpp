@@ -99,6 +99,15 @@ void OpenPackage::parse_once(std::string const& part, XmlHandler& handler, PartF
   }
 }
 
+void OpenPackage::read_once(std::string const& part, ZipContainer::Consumer const& consumer) {
+  if (context_.ended() || !parsed_.insert(part).second) {
+    return;
+  }
+  if (auto const index = container_.find(part)) {
+    container_.read(*index, consumer);
+  }
+}
+
 RelationshipsById::RelationshipsById(std::vector<Relationship> const& relationships) {
   for (auto const& relationship : relationships) {
     by_id_.emplace(relationship.id, &relationship);

@@ -58,6 +58,8 @@ class OpenPackage {
   /// Parses a part that was not parsed before: relationships may form circles.
   void parse_once(std::string const& part, XmlHandler& handler,
                   PartFault fault = PartFault::damage);
+  /// The same for a part that is no XML.
+  void read_once(std::string const& part, ZipContainer::Consumer const& consumer);
   bool was_parsed(std::string const& part) const { return parsed_.count(part) != 0; }
 
  private:
