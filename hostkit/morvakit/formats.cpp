@@ -20,6 +20,8 @@ ReadFunction find_reader(tessarine::FileType type) {
       return read_docx;
     case FileType::xls:
       return read_xls;
+    case FileType::xlsb:
+      return read_xlsb;
     case FileType::xlsx:
       return read_xlsx;
     case FileType::pptx:
@@ -52,6 +54,8 @@ ReadFunction find_reader(tessarine::FileType type) {
 StorageReadFunction find_storage_reader(tessarine::FileType type) {
   using tessarine::FileType;
   switch (type) {
+    case FileType::doc:
+      return read_doc;
     case FileType::xls:
       return read_xls_storage;
     default:

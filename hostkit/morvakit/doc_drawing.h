@@ -1,0 +1,15 @@
+#pragma once
+
+#include <cstdint>
+
+#include "host/Orlec/IFile.h"
+#include "morvakit/doc_header.h"
+#include "morvakit/text_flow.h"
+
+namespace morvakit {
+
+/// Delivers the text that the drawings of a Word document hold outside its stories: that of word
+/// art, and the names and descriptions that stand in for pictures. Returns the number of pictures.
+std::int64_t read_drawings(Orlec::Reader const& tables, WordExtent extent, TextFlow& flow);
+
+}  // namespace morvakit
