@@ -23,8 +23,9 @@ using Orlec::ParseTextType;
 enum class Place {
   text,  ///< delivered
   left_out,
-  fonts,     ///< names of fonts
-  gathered,  ///< kept until the group ends, for what it says about other text
+  fonts,        ///< names of fonts
+  information,  ///< nothing but properties
+  gathered,     ///< kept until the group ends, for what it says about other text
 };
 
 /// What holds until the end of a group, and is what it was before behind it.
@@ -35,12 +36,11 @@ struct Group {
   ParseTextType kind = Orlec::ParseTextType_main;
   /// The destination that this very group is.
   RtfRole destination = RtfRole::unknown;
-  int font = RtfFonts::no_font;
-  int far_east_font = RtfFonts::no_font;
+  int font = RtfFonts::default_font;
+  int far_east_font = RtfFonts::default_font;
   int unicode_skip = 1;
   bool is_far_east = false;
   bool is_deleted = false;
-  bool is_information = false;
   bool is_object_data = false;
 };
 
@@ -186,9 +186,10 @@ bool RtfReader::end_group() {
   if (groups_.size() == 1) {
     return true;
   }
+  bool const is_whole = group().destination == RtfRole::document;
   finish(group());
   groups_.pop_back();
-  return groups_.size() > 1;
+  return !is_whole;
 }
 
 void RtfReader::finish(Group const& ended) {
@@ -242,6 +243,9 @@ void RtfReader::word(RtfToken const& token) {
 bool RtfReader::begin_destination(RtfWord const& word) {
   auto& group = groups_.back();
   switch (word.role) {
+    case RtfRole::document:
+      group.destination = groups_.size() == 2 ? word.role : group.destination;
+      return true;
     case RtfRole::left_out:
       group.place = group.resumed = Place::left_out;
       return true;
@@ -291,22 +295,23 @@ bool RtfReader::begin_destination(RtfWord const& word) {
 bool RtfReader::begin_part_of_information(RtfWord const& word) {
   switch (word.role) {
     case RtfRole::information:
-      group().is_information = true;
-      group().place = group().resumed = Place::left_out;
+      group().place = group().resumed = Place::information;
       return true;
     case RtfRole::property:
     case RtfRole::date:
-      if (group().is_information) {
-        group().place = Place::text;
+      if (group().place == Place::information) {
+        group().font = RtfFonts::document_font;
         begin_text(word.role, Orlec::ParseTextType_property);
         label_ = word.label;
         date_ = {};
       }
       return true;
     case RtfRole::property_name:
+      group().font = RtfFonts::document_font;
       begin_gathering(word.role);
       return true;
     case RtfRole::property_value:
+      group().font = RtfFonts::document_font;
       begin_text(word.role, Orlec::ParseTextType_property);
       return true;
     default:
@@ -384,7 +389,7 @@ bool RtfReader::use_encoding(RtfWord const& word, RtfToken const& token) {
       group.unicode_skip = std::clamp(token.parameter, 0, longest_skip);
       return true;
     case RtfRole::plain:
-      group.font = group.far_east_font = RtfFonts::no_font;
+      group.font = group.far_east_font = RtfFonts::default_font;
       group.is_far_east = group.is_deleted = false;
       return true;
     case RtfRole::deleted:
@@ -418,7 +423,7 @@ bool RtfReader::add_word(RtfWord const& word, RtfToken const& token) {
       }
       return true;
     case RtfRole::page_count:
-      context_.count_pages(group().is_information ? std::max(token.parameter, 0) : 0);
+      context_.count_pages(group().place == Place::information ? std::max(token.parameter, 0) : 0);
       return true;
     case RtfRole::date_part:
       date_[static_cast<std::size_t>(word.value)] = token.parameter;
@@ -464,7 +469,8 @@ bool RtfReader::turn_to_group() {
   constexpr std::size_t piece_size = 16 << 10;
   is_ignorable_ = false;
   Target const target{group().place, group().kind};
-  if (target.place == Place::left_out || target.place == Place::fonts || group().is_deleted) {
+  bool const is_wanted = target.place == Place::text || target.place == Place::gathered;
+  if (!is_wanted || group().is_deleted) {
     return false;
   }
   if (target != target_) {

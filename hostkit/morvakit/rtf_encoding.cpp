@@ -58,19 +58,19 @@ bool RtfFonts::select(int font) {
 void RtfFonts::set_charset(int charset) {
   // The default set is that of the document.
   constexpr int default_charset = 1;
-  if (selected_ != no_font && charset != default_charset) {
+  if (selected_ != default_font && charset != default_charset) {
     code_pages_[selected_] = charset == symbol_charset ? symbols : code_page_of_charset(charset);
   }
 }
 
 void RtfFonts::set_code_page(int code_page) {
-  if (selected_ != no_font && !code_page_name(code_page).empty()) {
+  if (selected_ != default_font && !code_page_name(code_page).empty()) {
     code_pages_[selected_] = code_page;
   }
 }
 
 int RtfFonts::code_page(int font) const {
-  auto const found = code_pages_.find(font == no_font ? default_font_ : font);
+  auto const found = code_pages_.find(font == default_font ? default_font_ : font);
   return found == code_pages_.end() || found->second == unknown ? default_code_page_
                                                                 : found->second;
 }

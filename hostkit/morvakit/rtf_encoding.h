@@ -18,7 +18,10 @@ class RtfFonts {
  public:
   /// Code page of the bytes of fonts for symbols, which are no text beyond ASCII.
   static constexpr int symbols = -1;
-  static constexpr int no_font = -1;
+  /// Stand for a font's number: the font that the document names, and none, for text that is not
+  /// shown.
+  static constexpr int default_font = -1;
+  static constexpr int document_font = -2;
 
   /// The code page of the document by its kind of character set, unless one is stated.
   void set_default_code_page(int code_page);
@@ -30,7 +33,6 @@ class RtfFonts {
   void set_charset(int charset);
   void set_code_page(int code_page);
 
-  /// `font`: `no_font` for the document's default font.
   int code_page(int font) const;
   int default_code_page() const { return default_code_page_; }
 
@@ -38,8 +40,8 @@ class RtfFonts {
   static constexpr int unknown = 0;
 
   std::unordered_map<int, int> code_pages_;
-  int selected_ = no_font;
-  int default_font_ = no_font;
+  int selected_ = default_font;
+  int default_font_ = default_font;
   int default_code_page_ = 1252;
   bool is_stated_ = false;
 };

@@ -48,6 +48,7 @@ void add_destinations(Table& table) {
           {"header", "headerl", "headerr", "headerf", "footer", "footerl", "footerr", "footerf"});
   add_all(table, {RtfRole::beside, Orlec::ParseTextType_control},
           {"ffname", "ffdeftext", "ffl", "ffhelptext", "ffstattext"});
+  add_all(table, {RtfRole::document}, {"rtf", "urtf"});
   table.emplace("footnote", RtfWord{RtfRole::beside, Orlec::ParseTextType_fn});
   table.emplace("annotation", RtfWord{RtfRole::beside, Orlec::ParseTextType_comment});
   table.emplace("ftnalt", RtfWord{RtfRole::endnote});

@@ -7,6 +7,7 @@ namespace morvakit {
 /// What a control word of RTF is to a reader of text. Most are about looks and are `unknown`.
 enum class RtfRole {
   unknown,
+  document,  ///< the group is the whole document, and nothing behind it counts
   // Destinations: what becomes of the rest of the group.
   left_out,
   kept,       ///< read where it stands, though readers that do not know it would leave it out
