@@ -160,4 +160,9 @@ bool read_embedded(tessarine::OleStorage const& storage, std::string_view name,
                     [&](ReadContext& inner) { read_storage(storage, name, inner); });
 }
 
+bool read_embedded(std::string_view name, ReadContext& context,
+                   std::function<void(ReadContext&)> const& read) {
+  return read_inner(std::string(name), context, read);
+}
+
 }  // namespace morvakit

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <string_view>
 
 #include "host/Orlec/IFile.h"
@@ -29,5 +30,10 @@ bool read_embedded(Orlec::Reader const& file, ReadContext& context);
 /// workbook in a text; `name` is for the reason only.
 bool read_embedded(tessarine::OleStorage const& storage, std::string_view name,
                    ReadContext& context);
+
+/// The same for a document that is no file of its own, such as one whose parts stand among those of
+/// the package that it is embedded in: `read` delivers its text to the context that it is given.
+bool read_embedded(std::string_view name, ReadContext& context,
+                   std::function<void(ReadContext&)> const& read);
 
 }  // namespace morvakit

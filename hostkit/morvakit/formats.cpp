@@ -33,6 +33,8 @@ ReadFunction find_reader(tessarine::FileType type) {
       return read_odf;
     case FileType::ofd:
       return read_ofd;
+    case FileType::epub:
+      return read_epub;
     case FileType::rtf:
       return read_rtf;
     case FileType::pdf:

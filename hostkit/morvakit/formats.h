@@ -35,6 +35,7 @@ void read_xlsb(Orlec::Reader const&, tessarine::Recognition const&, ReadContext&
 void read_xlsx(Orlec::Reader const&, tessarine::Recognition const&, ReadContext&);
 void read_pptx(Orlec::Reader const&, tessarine::Recognition const&, ReadContext&);
 void read_odf(Orlec::Reader const&, tessarine::Recognition const&, ReadContext&);
+void read_epub(Orlec::Reader const&, tessarine::Recognition const&, ReadContext&);
 void read_ofd(Orlec::Reader const&, tessarine::Recognition const&, ReadContext&);
 void read_pdf(Orlec::Reader const&, tessarine::Recognition const&, ReadContext&);
 void read_rtf(Orlec::Reader const&, tessarine::Recognition const&, ReadContext&);

@@ -6,6 +6,7 @@
 #include <unordered_set>
 #include <vector>
 
+#include "morvakit/element_text.h"
 #include "morvakit/embedded.h"
 #include "morvakit/formats.h"
 #include "morvakit/ofd_page.h"
@@ -18,50 +19,6 @@
 namespace morvakit {
 
 namespace {
-
-constexpr std::string_view blanks = " \t\r\n";
-
-std::string_view trimmed(std::string_view text) {
-  text.remove_prefix(std::min(text.find_first_not_of(blanks), text.size()));
-  return text.substr(0, text.find_last_not_of(blanks) + 1);
-}
-
-/// Gathers the text of those elements that a reader asks for by name, and hands it over when they
-/// end.
-class ElementText : public XmlHandler {
- public:
-  explicit ElementText(ReadContext& context) : context_(context) {}
-
- protected:
-  virtual bool is_wanted(std::string_view name) const = 0;
-  virtual void on_element(std::string_view /*name*/, XmlAttributes const& /*attributes*/) {}
-  virtual void on_text(std::string_view name, std::string_view text) = 0;
-  virtual void on_end(std::string_view /*name*/) {}
-
- private:
-  void start(XmlName const& name, XmlAttributes const& attributes) final {
-    text_.clear();
-    in_text_ = is_wanted(name.local);
-    on_element(name.local, attributes);
-  }
-  void end(XmlName const& name) final {
-    if (in_text_) {
-      on_text(name.local, trimmed(text_));
-    }
-    in_text_ = false;
-    on_end(name.local);
-  }
-  void characters(std::string_view utf8) final {
-    constexpr std::size_t longest = std::size_t{64} << 10;
-    if (in_text_ && text_.size() < longest && context_.keep_going()) {
-      text_ += utf8;
-    }
-  }
-
-  ReadContext& context_;
-  std::string text_;
-  bool in_text_ = false;
-};
 
 /// A document's state at one time, as a file of the package describes it.
 struct OfdVersion {
@@ -187,7 +144,7 @@ class OfdDocumentHandler final : public ElementText {
 /// Reads a list of files, and the root of the document in the description of a version.
 class OfdListHandler final : public ElementText {
  public:
-  explicit OfdListHandler(ReadContext& context) : ElementText(context), context_(context) {}
+  using ElementText::ElementText;
 
   std::vector<std::string> files;
 
@@ -196,12 +153,10 @@ class OfdListHandler final : public ElementText {
     return name == "FileLoc" || name == "DocRoot";
   }
   void on_text(std::string_view /*name*/, std::string_view text) override {
-    if (!text.empty() && context_.charge_memory(text.size() + sizeof(std::string))) {
+    if (!text.empty() && context().charge_memory(text.size() + sizeof(std::string))) {
       files.emplace_back(text);
     }
   }
-
-  ReadContext& context_;
 };
 
 /// Reads what programs add to a document in vocabularies of their own: each element with text that
@@ -211,6 +166,7 @@ class OfdDataHandler final : public ElementText {
   explicit OfdDataHandler(TextFlow& flow) : ElementText(flow.context()), flow_(flow) {}
 
  private:
+  // Dates and references would be noise.
   bool is_wanted(std::string_view name) const override {
     return name != "ObjectRef" && name != "FileLoc" && name != "ExtendData" && name != "Date";
   }
