@@ -1,3 +1,5 @@
+#include "morvakit/archive.h"
+
 #include <array>
 #include <string>
 #include <string_view>
@@ -97,6 +99,10 @@ void ArchiveReading::read_entry(ArchiveEntry const& entry) {
     return;
   }
   has_open_file_ = has_open_file_ || entry.is_file;
+  if (!entry.is_supported) {
+    context_.note(ParseOutcome::incomplete, "\"" + name + "\": packed in a way not known here");
+    return;
+  }
   read_file(name, entry.is_file);
 }
 
@@ -133,6 +139,12 @@ void ArchiveReading::finish(ArchiveStream::Step step) {
 }
 
 }  // namespace
+
+void read_zip_headers(Orlec::Reader const& reader, ReadContext& context) {
+  ArchiveStream archive(reader, context, ArchiveLayout::zip_headers, ArchivePacking::none);
+  ArchiveReading(reader, context, archive).read_all();
+  context.end(ParseOutcome::damaged, "the ZIP directory is missing");
+}
 
 void read_archive(Orlec::Reader const& reader, tessarine::Recognition const& recognition,
                   ReadContext& context) {

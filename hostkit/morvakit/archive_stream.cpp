@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <new>
 #include <optional>
+#include <string_view>
 #include <vector>
 
 #include <archive.h>
@@ -52,6 +53,17 @@ int filter_code(ArchivePacking packing) {
       break;
   }
   return ARCHIVE_FILTER_NONE;
+}
+
+/// Whether unpacking a member takes no more memory than its format needs: in a ZIP it may be packed
+/// by methods whose dictionary has the size that the member claims.
+bool is_bounded(archive* library) {
+  if ((archive_format(library) & ARCHIVE_FORMAT_BASE_MASK) != ARCHIVE_FORMAT_ZIP) {
+    return true;
+  }
+  std::string_view const format = archive_format_name(library);
+  return format.ends_with("(uncompressed)") || format.ends_with("(deflation)") ||
+         format.ends_with("(bzip)");
 }
 
 void support_layout(archive* library, ArchiveLayout layout) {
@@ -147,6 +159,8 @@ struct ArchiveStream::Library {
 
   std::unique_ptr<archive, Free> handle{archive_read_new()};
   bool is_open = false;
+  /// What cannot be unpacked at all looks like nothing to the library.
+  bool may_be_broken = false;
 };
 
 ArchiveStream::ArchiveStream(Orlec::Reader const& reader, ReadContext& context,
@@ -169,6 +183,7 @@ ArchiveStream::ArchiveStream(Orlec::Reader const& reader, ReadContext& context,
     return;
   }
   library_->is_open = archive_read_open1(library) == ARCHIVE_OK;
+  library_->may_be_broken = archive_errno(library) != 0;
 }
 
 ArchiveStream::~ArchiveStream() = default;
@@ -179,7 +194,9 @@ ArchiveStream::Step ArchiveStream::next(ArchiveEntry& entry) {
   archive_entry* found = nullptr;
   auto const result = library_->is_open ? archive_read_next_header(library, &found) : ARCHIVE_FATAL;
   if (result == ARCHIVE_EOF) {
-    return Step::end;
+    bool const is_broken =
+        library_->may_be_broken && archive_format(library) == ARCHIVE_FORMAT_EMPTY;
+    return is_broken ? Step::damaged : Step::end;
   }
   if (result < ARCHIVE_WARN || found == nullptr) {
     bool const is_locked = library_->is_open && archive_read_has_encrypted_entries(library) == 1;
@@ -190,6 +207,7 @@ ArchiveStream::Step ArchiveStream::next(ArchiveEntry& entry) {
   entry.name = is_named ? name : "";
   entry.is_file = archive_entry_filetype(found) == AE_IFREG;
   entry.is_encrypted = archive_entry_is_encrypted(found) != 0;
+  entry.is_supported = is_bounded(library);
   return Step::entry;
 }
 

@@ -30,6 +30,7 @@ struct ArchiveEntry {
   /// Whether it is a file rather than a directory, a link or a device.
   bool is_file = false;
   bool is_encrypted = false;
+  bool is_supported = true;  ///< whether it can be unpacked within bounds
 };
 
 /// The members of an archive in their order, unpacked in pieces. One layer of packing is taken off

@@ -1,6 +1,7 @@
 #include <string>
 
 #include "host/utf8.h"
+#include "morvakit/archive.h"
 #include "morvakit/archive_member.h"
 #include "morvakit/formats.h"
 #include "morvakit/text_flow.h"
@@ -48,8 +49,11 @@ bool read_member(ZipContainer& container, std::uint64_t index, std::string const
 
 void read_zip(Orlec::Reader const& reader, tessarine::Recognition const& /*recognition*/,
               ReadContext& context) {
-  ZipContainer container(reader, context);
+  ZipContainer container(reader, context, ZipContainer::Directory::may_be_broken);
   if (!container.is_open()) {
+    if (!context.ended()) {
+      read_zip_headers(reader, context);
+    }
     return;
   }
   auto const sample = sample_of_names(container);

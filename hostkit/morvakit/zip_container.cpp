@@ -39,9 +39,14 @@ bool check_state(ZipState state, ReadContext& context) {
 
 }  // namespace
 
-ZipContainer::ZipContainer(Orlec::Reader const& reader, ReadContext& context)
+ZipContainer::ZipContainer(Orlec::Reader const& reader, ReadContext& context, Directory directory)
     : context_(context), archive_(reader, bounds_of(context.limits())) {
-  if (check_state(archive_.state(), context)) {
+  auto const state = archive_.state();
+  bool const is_broken = state == ZipState::no_directory || state == ZipState::damaged;
+  if (is_broken && directory == Directory::may_be_broken) {
+    return;
+  }
+  if (check_state(state, context)) {
     list();
   }
 }

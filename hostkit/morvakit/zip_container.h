@@ -19,8 +19,12 @@ namespace morvakit {
 /// written to disk, and names are only compared: "../" in one has no effect.
 class ZipContainer {
  public:
-  /// Reads the directory. Ends the context where there is none or it has too many entries.
-  ZipContainer(Orlec::Reader const& reader, ReadContext& context);
+  enum class Directory { needed, may_be_broken };
+
+  /// Reads the directory. Ends the context where there is none that can be read, unless it may be
+  /// broken, and where it has too many entries.
+  ZipContainer(Orlec::Reader const& reader, ReadContext& context,
+               Directory directory = Directory::needed);
   ZipContainer(ZipContainer const&) = delete;
   ZipContainer& operator=(ZipContainer const&) = delete;
 

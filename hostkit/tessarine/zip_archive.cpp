@@ -148,9 +148,10 @@ ZipState state_of_error(int code) {
   }
 }
 
+/// Only methods whose memory does not depend on what the entry claims.
 bool is_known_method(zip_uint16_t method) {
   return method == ZIP_CM_STORE || method == ZIP_CM_DEFLATE ||
-         zip_compression_method_supported(method, 0) != 0;
+         (method == ZIP_CM_BZIP2 && zip_compression_method_supported(method, 0) != 0);
 }
 
 std::int64_t bounded(zip_uint64_t size, std::int64_t most) {
