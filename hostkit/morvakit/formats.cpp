@@ -60,6 +60,8 @@ StorageReadFunction find_storage_reader(tessarine::FileType type) {
       return read_doc;
     case FileType::xls:
       return read_xls_storage;
+    case FileType::ppt:
+      return read_ppt;
     default:
       return nullptr;
   }

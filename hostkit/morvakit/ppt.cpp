@@ -1,0 +1,196 @@
+#include <unordered_map>
+#include <unordered_set>
+#include <vector>
+
+#include "morvakit/formats.h"
+#include "morvakit/ole_properties.h"
+#include "morvakit/ppt_directory.h"
+#include "morvakit/ppt_document.h"
+#include "morvakit/ppt_object.h"
+#include "morvakit/ppt_records.h"
+#include "morvakit/ppt_slide.h"
+
+namespace morvakit {
+
+namespace {
+
+/// Reads the sheets of a presentation in the order of its lists.
+class Presentation {
+ public:
+  Presentation(PptStream& stream, PptDirectory const& directory, TextFlow& flow)
+      : stream_(stream), directory_(directory), flow_(flow), document_(stream, flow) {}
+
+  void read(PptRecord const& document);
+  void read_objects();
+
+ private:
+  using List = PptDocumentHandler::List;
+  using Identifiers = std::unordered_map<std::uint32_t, std::size_t>;
+
+  Identifiers identifiers(List list) const;
+  void read_slide(std::size_t index);
+  void read_notes(std::size_t index);
+  void read_masters(std::uint32_t identifier);
+  bool is_first(std::uint32_t object);
+
+  PptStream& stream_;
+  PptDirectory const& directory_;
+  TextFlow& flow_;
+  PptDocumentHandler document_;
+  Identifiers masters_;
+  Identifiers notes_;
+  std::unordered_set<std::uint32_t> read_;
+};
+
+Presentation::Identifiers Presentation::identifiers(List list) const {
+  Identifiers identifiers;
+  auto const& sheets = document_.list(list);
+  for (std::size_t i = 0; i < sheets.size(); ++i) {
+    identifiers.try_emplace(sheets[i].identifier, i);
+  }
+  return identifiers;
+}
+
+/// Whether an object was not read before: lists may name one twice.
+bool Presentation::is_first(std::uint32_t object) {
+  return stream_.context().charge_memory(sizeof(object)) && read_.insert(object).second;
+}
+
+void Presentation::read(PptRecord const& document) {
+  stream_.walk(document, document_);
+  masters_ = identifiers(PptDocumentHandler::masters);
+  notes_ = identifiers(PptDocumentHandler::notes);
+  auto const slides = document_.list(PptDocumentHandler::slides).size();
+  for (std::size_t i = 0; i < slides && stream_.context().keep_going(); ++i) {
+    read_slide(i);
+  }
+  auto const notes = document_.list(PptDocumentHandler::notes).size();
+  for (std::size_t i = 0; i < notes && stream_.context().keep_going(); ++i) {
+    read_notes(i);
+  }
+}
+
+void Presentation::read_slide(std::size_t index) {
+  auto const& listed = document_.list(PptDocumentHandler::slides)[index];
+  if (!is_first(listed.object)) {
+    return;
+  }
+  stream_.context().count_pages(1);
+  PptSheetHandler handler(stream_, flow_, PptSheetRole::slide,
+                          document_.outline(PptDocumentHandler::slides, index));
+  if (auto const slide = directory_.find(listed.object, ppt::slide); slide) {
+    stream_.walk(*slide, handler);
+  } else {
+    stream_.context().note(Orlec::ParseOutcome::damaged, "a slide is missing");
+  }
+  handler.finish();
+  if (auto const notes = notes_.find(handler.notes());
+      handler.notes() != 0 && notes != notes_.end()) {
+    read_notes(notes->second);
+  }
+  read_masters(handler.master());
+}
+
+void Presentation::read_notes(std::size_t index) {
+  auto const object = document_.list(PptDocumentHandler::notes)[index].object;
+  if (auto const notes = directory_.find(object, ppt::notes); notes && is_first(object)) {
+    PptSheetHandler handler(stream_, flow_, PptSheetRole::notes,
+                            document_.outline(PptDocumentHandler::notes, index));
+    stream_.walk(*notes, handler);
+    handler.finish();
+  }
+}
+
+/// The master behind a slide and, where that is one for titles, the main one behind it.
+void Presentation::read_masters(std::uint32_t identifier) {
+  for (auto found = masters_.find(identifier); identifier != 0 && found != masters_.end();
+       found = masters_.find(identifier)) {
+    auto const object = document_.list(PptDocumentHandler::masters)[found->second].object;
+    auto master = directory_.find(object, ppt::main_master);
+    if (!master) {
+      master = directory_.find(object, ppt::slide);
+    }
+    if (!master || !is_first(object)) {
+      return;
+    }
+    PptSheetHandler handler(stream_, flow_, PptSheetRole::master, {});
+    stream_.walk(*master, handler);
+    identifier = handler.master();
+  }
+}
+
+void Presentation::read_objects() {
+  for (auto const& listed : document_.objects()) {
+    auto const object = directory_.find(listed.object, ppt::ole_storage);
+    if (object && is_first(listed.object) && !read_embedded_object(stream_, *object, listed.name)) {
+      return;
+    }
+  }
+}
+
+/// Reads whatever presentations and sheets stand in the stream, in the order in which they do:
+/// without the lists of its objects it cannot be told which of them are valid.
+void salvage(PptStream& stream, TextFlow& flow) {
+  auto record = stream.record_at(0);
+  for (; record && stream.context().keep_going(); record = stream.record_at(record->end())) {
+    if (record->type == ppt::document) {
+      PptDocumentHandler document(stream, flow);
+      stream.walk(*record, document);
+      auto const slides = document.list(PptDocumentHandler::slides).size();
+      for (std::size_t i = 0; i < slides; ++i) {
+        auto const outline = document.outline(PptDocumentHandler::slides, i);
+        PptSheetHandler(stream, flow, PptSheetRole::slide, outline).finish();
+      }
+    } else if (record->type == ppt::slide || record->type == ppt::notes) {
+      bool const is_slide = record->type == ppt::slide;
+      stream.context().count_pages(is_slide ? 1 : 0);
+      PptSheetHandler sheet(stream, flow, is_slide ? PptSheetRole::slide : PptSheetRole::notes, {});
+      stream.walk(*record, sheet);
+    }
+  }
+}
+
+void read_stream(PptStream& stream, tessarine::OleStorage const& storage, TextFlow& flow) {
+  auto& context = stream.context();
+  PptDirectory const directory(stream, storage);
+  if (directory.is_encrypted()) {
+    context.end(Orlec::ParseOutcome::encrypted, "the document needs a password");
+    return;
+  }
+  auto const document = directory.document();
+  if (!document) {
+    context.note(Orlec::ParseOutcome::damaged,
+                 "the lists of the presentation's objects cannot be followed");
+    salvage(stream, flow);
+    read_ole_properties(storage, flow);
+    return;
+  }
+  Presentation presentation(stream, directory, flow);
+  presentation.read(*document);
+  read_ole_properties(storage, flow);
+  presentation.read_objects();
+}
+
+}  // namespace
+
+void read_ppt(tessarine::OleStorage const& storage, ReadContext& context) {
+  // A file for PowerPoint 95 and 97 alike has the presentation twice, the newer form in a storage.
+  auto const newer = storage.storage("PP97_DUALSTORAGE");
+  auto const& home = newer.is_open() ? newer : storage;
+  TextFlow flow(context);
+  auto bytes = home.stream("PowerPoint Document");
+  if (bytes == nullptr) {
+    read_ole_properties(home, flow);
+    if (home.has("PP40")) {
+      context.end(Orlec::ParseOutcome::not_supported,
+                  "presentations of PowerPoint 95 and before are not read");
+    } else {
+      context.end(Orlec::ParseOutcome::damaged, "the stream of the presentation is missing");
+    }
+    return;
+  }
+  PptStream stream(std::move(bytes), context);
+  read_stream(stream, home, flow);
+}
+
+}  // namespace morvakit
