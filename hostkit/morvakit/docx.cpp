@@ -242,10 +242,21 @@ ParseTextType kind_of(std::string_view relationship_type) {
   return Orlec::ParseTextType_main;
 }
 
-void read_part(OpenPackage& package, TextFlow& flow, std::string const& part, ParseTextType kind) {
+/// Reads a part and what it refers to; the relationships of the part, none where it was read
+/// before.
+std::vector<Relationship> read_part(OpenPackage& package, TextFlow& flow, std::string const& part,
+                                    ParseTextType kind) {
+  if (package.was_parsed(part)) {
+    return {};
+  }
   WordHandler handler(flow, kind);
   package.parse_once(part, handler);
   flow.separate(kind, '\n');
+  auto relationships = package.relationships(part);
+  read_graphics(package, relationships, flow);
+  read_controls(package, relationships, flow);
+  read_link_targets(relationships, flow);
+  return relationships;
 }
 
 }  // namespace
@@ -261,18 +272,16 @@ void read_docx(Orlec::Reader const& reader, tessarine::Recognition const& /*reco
     return;
   }
   TextFlow flow(context);
-  read_part(package, flow, document, Orlec::ParseTextType_main);
-  auto const relationships = package.relationships(document);
-  read_graphics(package, relationships, flow);
+  auto const relationships = read_part(package, flow, document, Orlec::ParseTextType_main);
   for (auto const& relationship : relationships) {
     auto const kind = kind_of(relationship.type);
     if (kind != Orlec::ParseTextType_main && !relationship.external) {
       read_part(package, flow, relationship.target, kind);
     }
   }
-  read_controls(package, relationships, flow);
-  read_link_targets(relationships, flow);
   read_package_properties(package, flow);
+  count_stated_pages(package);
+  package.read_embedded_parts();
 }
 
 }  // namespace morvakit

@@ -34,6 +34,7 @@ TagTable<DrawingTag> const& tags() {
       {chart_space, "numCache", cached_numbers},
       {chart_space, "numLit", cached_numbers},
       {chart_space, "v", cached_value},
+      {chart_space, "formatCode", number_format},
       {new_chart_space, "strDim", cached_strings},
       {new_chart_space, "numDim", cached_numbers},
       {new_chart_space, "pt", cached_value},
@@ -64,13 +65,21 @@ bool DrawingHandler::open(DrawingTag tag, XmlName const& /*name*/,
       ++text_depth_;
       break;
     case DrawingTag::cached_value:
-      text_depth_ += strings_depth_ > 0 ? 1 : 0;
+      in_piece_ = numbers_depth_ > 0;
+      text_depth_ += !in_piece_ && strings_depth_ > 0 ? 1 : 0;
+      piece_.clear();
+      break;
+    case DrawingTag::number_format:
+      in_piece_ = numbers_depth_ > 0;
+      piece_.clear();
       break;
     case DrawingTag::cached_strings:
       ++strings_depth_;
       break;
     case DrawingTag::cached_numbers:
-      return false;
+      ++numbers_depth_;
+      number_kind_ = NumberKind::number;
+      break;
     case DrawingTag::line_break:
       flow_.separate(kind_, '\n');
       break;
@@ -99,11 +108,18 @@ void DrawingHandler::close(DrawingTag tag) {
       flow_.separate(kind_, '\n');
       break;
     case DrawingTag::cached_value:
-      text_depth_ -= strings_depth_ > 0 ? 1 : 0;
-      flow_.separate(kind_, '\n');
+      close_value();
+      break;
+    case DrawingTag::number_format:
+      number_kind_ = kind_of_format(piece_);
+      in_piece_ = false;
       break;
     case DrawingTag::cached_strings:
       --strings_depth_;
+      break;
+    case DrawingTag::cached_numbers:
+      --numbers_depth_;
+      flow_.separate(kind_, '\n');
       break;
     case DrawingTag::cell:
       flow_.separate(kind_, '\t');
@@ -121,21 +137,51 @@ void DrawingHandler::close(DrawingTag tag) {
   }
 }
 
+void DrawingHandler::close_value() {
+  if (numbers_depth_ > 0) {
+    flow_.text(kind_, format_number(piece_, number_kind_, false));
+    flow_.separate(kind_, '\t');
+    in_piece_ = false;
+    return;
+  }
+  text_depth_ -= strings_depth_ > 0 ? 1 : 0;
+  flow_.separate(kind_, '\n');
+}
+
 void DrawingHandler::text(std::string_view utf8) {
+  constexpr std::size_t longest_piece = 4096;
+  if (in_piece_ && piece_.size() < longest_piece) {
+    piece_.append(utf8.substr(0, longest_piece));
+    return;
+  }
   if (text_depth_ > 0 && !hidden_) {
     flow_.text(kind_, utf8);
   }
 }
 
+namespace {
+
+void read_graphic(OpenPackage& package, std::string const& part, TextFlow& flow) {
+  DrawingHandler handler(flow, Orlec::ParseTextType_main);
+  package.parse_once(part, handler);
+  flow.separate(Orlec::ParseTextType_main, '\n');
+}
+
+}  // namespace
+
 void read_graphics(OpenPackage& package, std::vector<Relationship> const& relationships,
                    TextFlow& flow) {
   for (auto const& relationship : relationships) {
-    if (!relationship.external &&
-        (relationship.type == "diagramData" || relationship.type == "chart" ||
-         relationship.type == "chartEx")) {
-      DrawingHandler handler(flow, Orlec::ParseTextType_main);
-      package.parse_once(relationship.target, handler);
-      flow.separate(Orlec::ParseTextType_main, '\n');
+    bool const is_graphic = relationship.type == "diagramData" || relationship.type == "chart" ||
+                            relationship.type == "chartEx";
+    if (!is_graphic || relationship.external || package.was_parsed(relationship.target)) {
+      continue;
+    }
+    read_graphic(package, relationship.target, flow);
+    for (auto const& beside : package.relationships(relationship.target)) {
+      if (beside.type == "chartUserShapes" && !beside.external) {
+        read_graphic(package, beside.target, flow);
+      }
     }
   }
 }

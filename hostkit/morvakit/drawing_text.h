@@ -3,6 +3,7 @@
 #include <string>
 #include <string_view>
 
+#include "morvakit/number_format.h"
 #include "morvakit/open_package.h"
 #include "morvakit/tagged_handler.h"
 #include "morvakit/text_flow.h"
@@ -22,6 +23,7 @@ enum class DrawingTag {
   cached_strings,
   cached_numbers,
   cached_value,
+  number_format,
   comment_text,
 };
 
@@ -42,6 +44,7 @@ class DrawingHandler final : public TaggedHandler<DrawingTag> {
   void close(DrawingTag tag) override;
   void text(std::string_view utf8) override;
   void enter_placeholder(std::string_view type);
+  void close_value();
 
   TextFlow& flow_;
   Orlec::ParseTextType base_kind_;
@@ -50,6 +53,11 @@ class DrawingHandler final : public TaggedHandler<DrawingTag> {
   bool hidden_ = false;
   int text_depth_ = 0;
   int strings_depth_ = 0;
+  int numbers_depth_ = 0;
+  /// What the numbers of a chart stand for, and the one that is being read.
+  NumberKind number_kind_ = NumberKind::number;
+  std::string piece_;
+  bool in_piece_ = false;
 };
 
 /// Reads the diagrams and charts among a part's relationships into the main text.

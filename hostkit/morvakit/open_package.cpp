@@ -1,8 +1,10 @@
 #include "morvakit/open_package.h"
 
 #include <array>
+#include <charconv>
 #include <utility>
 
+#include "morvakit/archive_member.h"
 #include "morvakit/office_properties.h"
 #include "morvakit/part_path.h"
 
@@ -69,6 +71,38 @@ class ControlHandler final : public XmlHandler {
   TextFlow& flow_;
 };
 
+/// Finds the number of pages among the properties that an office program keeps for itself.
+class StatedPagesHandler final : public XmlHandler {
+ public:
+  /// 0 where there is none, or none that could be true.
+  std::int64_t pages() const {
+    constexpr std::int64_t most = 1000000;
+    std::int64_t pages = 0;
+    auto const* const end = text_.data() + text_.size();
+    bool const is_number = std::from_chars(text_.data(), end, pages).ptr == end;
+    return is_number && pages > 0 && pages <= most ? pages : 0;
+  }
+
+ private:
+  void start(XmlName const& name, XmlAttributes const& /*attributes*/) override {
+    is_inside_ = name.local == "Pages";
+  }
+  void end(XmlName const& /*name*/) override { is_inside_ = false; }
+  void characters(std::string_view utf8) override {
+    constexpr std::size_t longest = 20;
+    if (is_inside_ && text_.size() < longest) {
+      text_ += utf8.substr(0, longest);
+    }
+  }
+
+  std::string text_;
+  bool is_inside_ = false;
+};
+
+bool is_extended_properties(Relationship const& relationship) {
+  return relationship.type == "extended-properties" || relationship.type == "extendedProperties";
+}
+
 }  // namespace
 
 std::vector<Relationship> OpenPackage::relationships(std::string_view part) {
@@ -79,7 +113,48 @@ std::vector<Relationship> OpenPackage::relationships(std::string_view part) {
   std::vector<Relationship> found;
   RelationshipHandler handler(context_, part, found);
   parse_part(container_, context_, name, handler);
+  for (auto const& relationship : found) {
+    meet(relationship);
+  }
   return found;
+}
+
+void OpenPackage::meet(Relationship const& relationship) {
+  auto const& type = relationship.type;
+  bool const is_picture = type == "image";
+  bool const is_text = type == "aFChunk";
+  bool const is_file = type == "package" || type == "oleObject";
+  auto const& part = relationship.target;
+  if (relationship.external || !(is_picture || is_text || is_file) || !container_.find(part) ||
+      !context_.charge_memory(2 * (sizeof(std::string) + part.size())) ||
+      !met_.insert(part).second) {
+    return;
+  }
+  if (is_picture) {
+    context_.count_images(1);
+  } else {
+    (is_text ? text_pieces_ : embedded_).push_back(part);
+  }
+}
+
+void OpenPackage::read_embedded_parts() {
+  for (auto const& part : text_pieces_) {
+    read_embedded_part(part);
+  }
+  for (auto const& part : embedded_) {
+    read_embedded_part(part);
+  }
+}
+
+void OpenPackage::read_embedded_part(std::string const& part) {
+  auto const index = container_.find(part);
+  if (!index || !context_.keep_going()) {
+    return;
+  }
+  ArchiveMember file(part, context_);
+  container_.read_member(*index, part,
+                         [&file](std::string_view bytes) { return file.append(bytes); });
+  file.finish();
 }
 
 std::string OpenPackage::main_part() {
@@ -126,11 +201,22 @@ std::string_view relation_id(XmlAttributes const& attributes, std::string_view l
 
 void read_package_properties(OpenPackage& package, TextFlow& flow) {
   for (auto const& relationship : package.relationships({})) {
-    if (relationship.type == "core-properties" || relationship.type == "extended-properties" ||
-        relationship.type == "extendedProperties" || relationship.type == "custom-properties" ||
-        relationship.type == "customProperties") {
+    if (relationship.type == "core-properties" || is_extended_properties(relationship) ||
+        relationship.type == "custom-properties" || relationship.type == "customProperties") {
       PropertyHandler handler(flow, 2);
       package.parse_once(relationship.target, handler);
+    }
+  }
+}
+
+void count_stated_pages(OpenPackage& package) {
+  for (auto const& relationship : package.relationships({})) {
+    if (is_extended_properties(relationship)) {
+      StatedPagesHandler handler;
+      parse_part(package.container(), package.context(), relationship.target, handler,
+                 PartFault::ignored);
+      package.context().count_pages(handler.pages());
+      return;
     }
   }
 }

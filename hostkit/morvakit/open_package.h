@@ -41,7 +41,9 @@ struct Relationship {
   bool external = false;
 };
 
-/// A document of parts that are found through relationships, as Office Open XML has them.
+/// A document of parts that are found through relationships, as Office Open XML has them. Pictures
+/// and embedded files are met on the way: what the parts refer to whose relationships were asked
+/// for is counted, or kept for `read_embedded_parts`.
 class OpenPackage {
  public:
   OpenPackage(Orlec::Reader const& reader, ReadContext& context)
@@ -62,10 +64,20 @@ class OpenPackage {
   void read_once(std::string const& part, ZipContainer::Consumer const& consumer);
   bool was_parsed(std::string const& part) const { return parsed_.count(part) != 0; }
 
+  /// Reads the embedded files that were met, those first that are a piece of the document's own
+  /// text kept in another format. To be called when all other text has been delivered.
+  void read_embedded_parts();
+
  private:
+  void meet(Relationship const& relationship);
+  void read_embedded_part(std::string const& part);
+
   ReadContext& context_;
   ZipContainer container_;
   std::unordered_set<std::string> parsed_;
+  std::unordered_set<std::string> met_;
+  std::vector<std::string> text_pieces_;
+  std::vector<std::string> embedded_;
 };
 
 /// Finds relationships by their id. They stay the caller's and have to outlive it.
@@ -84,6 +96,8 @@ std::string_view relation_id(XmlAttributes const& attributes, std::string_view l
 
 /// What all Office Open XML documents have in common: properties, and the addresses behind links.
 void read_package_properties(OpenPackage& package, TextFlow& flow);
+/// Counts the pages that the properties state.
+void count_stated_pages(OpenPackage& package);
 void read_link_targets(std::vector<Relationship> const& relationships, TextFlow& flow);
 /// Captions and values of the controls that a part refers to.
 void read_controls(OpenPackage& package, std::vector<Relationship> const& relationships,

@@ -97,6 +97,7 @@ void read_pptx(Orlec::Reader const& reader, tessarine::Recognition const& /*reco
   for (auto const& id : list.ids()) {
     auto const* const slide = by_id.find(id);
     if (slide != nullptr && !slide->external && !package.was_parsed(slide->target)) {
+      context.count_pages(1);
       read_slide(package, slide->target, flow);
     }
     if (!context.keep_going()) {
@@ -104,6 +105,7 @@ void read_pptx(Orlec::Reader const& reader, tessarine::Recognition const& /*reco
     }
   }
   read_package_properties(package, flow);
+  package.read_embedded_parts();
 }
 
 }  // namespace morvakit

@@ -320,6 +320,7 @@ void read_xlsx(Orlec::Reader const& reader, tessarine::Recognition const& /*reco
   read_workbook_parts(package, relationships, workbook, strings);
   RelationshipsById const by_id(relationships);
   for (auto const& sheet : workbook.sheets) {
+    context.count_pages(1);
     flow.line(Orlec::ParseTextType_main, sheet.name);
     auto const* const target = by_id.find(sheet.relation);
     if (target != nullptr && !target->external && !package.was_parsed(target->target)) {
@@ -333,6 +334,7 @@ void read_xlsx(Orlec::Reader const& reader, tessarine::Recognition const& /*reco
     }
   }
   read_package_properties(package, flow);
+  package.read_embedded_parts();
 }
 
 }  // namespace morvakit
