@@ -230,7 +230,9 @@ std::string PropertySet::string_value(std::uint16_t type, std::int64_t& at) {
   // Lengths of strings in code pages are in bytes, even where the code page is that of UTF-16.
   std::int64_t const size = std::int64_t{word(at)} * (type == type_wide_string ? 2 : 1);
   auto const text = bytes(at + 4, size);
-  at += 4 + size + (4 - size % 4) % 4;
+  at += 4 + size;
+  // Only strings in Unicode are filled up to what follows in a vector.
+  at += type == type_wide_string ? (4 - size % 4) % 4 : 0;
   return one_line(is_wide ? decode_utf16(text.substr(0, text.size() / 2 * 2))
                           : decode_code_page(text, code_page_));
 }

@@ -18,6 +18,7 @@ struct Parsed {
   bool is_ok = false;
   Orlec::ParseOutcome outcome = Orlec::ParseOutcome::not_parsed;
   std::string reason;
+  Orlec::ParseCounts counts;
   std::map<int, std::string> text;
 
   std::string main() const { return kind(Orlec::ParseTextType_main); }
@@ -43,6 +44,7 @@ inline Parsed parse_bytes(std::string const& bytes, char const* name = "document
   parsed.is_ok = parser->InitFile();
   parsed.outcome = parser->GetOutcome();
   parsed.reason = morvabs::to_utf8(parser->GetReason().get_ws());
+  parsed.counts = parser->GetCounts();
   for (int type = Orlec::ParseTextType_main; type <= Orlec::ParseTextType_other; ++type) {
     if (auto* const text = callback.GetTextByType(static_cast<Orlec::ParseTextType>(type));
         text != nullptr) {
