@@ -39,6 +39,14 @@ ReadFunction find_reader(tessarine::FileType type) {
       return read_rtf;
     case FileType::pdf:
       if constexpr (MORVAKIT_WITH_PDF) {
+    case FileType::eml:
+      return read_eml;
+    case FileType::mbox:
+      return read_mbox;
+    case FileType::mhtml:
+      return read_mhtml;
+    case FileType::tnef:
+      return read_tnef;
         return read_pdf;
       }
       return nullptr;
@@ -60,6 +68,8 @@ StorageReadFunction find_storage_reader(tessarine::FileType type) {
       return read_doc;
     case FileType::xls:
       return read_xls_storage;
+    case FileType::msg:
+      return read_msg;
     case FileType::ppt:
       return read_ppt;
     default:

@@ -250,7 +250,12 @@ struct FreeParser {
 
 void read_html(Orlec::Reader const& reader, tessarine::Recognition const& /*recognition*/,
                ReadContext& context) {
-  auto const encoding = find_html_encoding(reader, context);
+  read_html_part(reader, {}, context);
+}
+
+void read_html_part(Orlec::Reader const& reader, std::string_view declared_encoding,
+                    ReadContext& context) {
+  auto const encoding = find_html_encoding(reader, context, declared_encoding);
   Page page(context);
   auto handler = make_handler();
   std::unique_ptr<htmlParserCtxt, FreeParser> const parser(

@@ -52,8 +52,9 @@ std::string declared_encoding(std::string_view sample) {
   return declaration.starts_with("<?xml") ? value_behind(declaration, "encoding") : std::string{};
 }
 
-/// Whether the bytes can be text of that encoding: few of them are malformed in it.
-bool agrees(std::string_view sample, std::string const& encoding) {
+}  // namespace
+
+bool agrees_with_encoding(std::string_view sample, std::string const& encoding) {
   morvabs::TextDecoder decoder(encoding);
   if (!decoder.is_known()) {
     return false;
@@ -70,9 +71,8 @@ bool agrees(std::string_view sample, std::string const& encoding) {
   return malformed * 50 <= beyond_ascii;
 }
 
-}  // namespace
-
-morvabs::DetectedEncoding find_html_encoding(Orlec::Reader const& reader, ReadContext& context) {
+morvabs::DetectedEncoding find_html_encoding(Orlec::Reader const& reader, ReadContext& context,
+                                             std::string_view declared) {
   std::string sample(
       static_cast<std::size_t>(std::clamp<std::int64_t>(reader.GetSize(), 0, sample_size)), '\0');
   auto const got = reader.ReadAt(0, sample.data(), static_cast<std::int64_t>(sample.size()));
@@ -88,13 +88,14 @@ morvabs::DetectedEncoding find_html_encoding(Orlec::Reader const& reader, ReadCo
   if (has_more && morvabs::is_utf8(whole)) {
     return {"UTF-8"};
   }
-  auto declared = declared_encoding(sample);
-  // A declaration that could be read as ASCII does not stand in UTF-16.
-  if (declared.empty() || declared.starts_with("utf-16") || declared.starts_with("utf-32") ||
-      !agrees(sample, declared)) {
-    return detected;
+  for (auto const& encoding : {ascii_lower(declared), declared_encoding(sample)}) {
+    // A declaration that could be read as ASCII does not stand in UTF-16.
+    bool const is_wide_name = encoding.starts_with("utf-16") || encoding.starts_with("utf-32");
+    if (!encoding.empty() && !is_wide_name && agrees_with_encoding(sample, encoding)) {
+      return {encoding};
+    }
   }
-  return {declared};
+  return detected;
 }
 
 }  // namespace morvakit

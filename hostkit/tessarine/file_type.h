@@ -40,6 +40,7 @@ enum class FileType {
   eml,
   mbox,
   mhtml,
+  tnef,
   epub,
   ofd,
   xps,

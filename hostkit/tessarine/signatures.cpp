@@ -51,6 +51,7 @@ constexpr std::array signatures{
     Signature{"\xca\xfe\xba\xbe"sv, FileType::executable, "class"},
     Signature{"\0asm\1"sv, FileType::executable, "wasm"},
     Signature{"dex\n03"sv, FileType::executable, "dex"},
+    Signature{"\x78\x9f\x3e\x22"sv, FileType::tnef, "dat"},
     Signature{"7z\xbc\xaf\x27\x1c"sv, FileType::other_archive, "7z"},
     Signature{"Rar!\x1a\7"sv, FileType::other_archive, "rar"},
     Signature{"\xfd"
