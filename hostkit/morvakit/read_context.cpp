@@ -70,8 +70,10 @@ bool ReadContext::text(Orlec::ParseTextType type, std::string_view utf8) {
 }
 
 bool ReadContext::separate(Orlec::ParseTextType type, char separator) {
-  char const last = whole_.last_character[static_cast<std::size_t>(type)];
-  if (last == '\0' || separation(last) >= separation(separator)) {
+  auto const kind = static_cast<std::size_t>(type);
+  char const last = whole_.last_character[kind];
+  // A file's first text is set apart from what stands before it, whatever that is.
+  if (last == '\0' || whole_.begins_file[kind] || separation(last) >= separation(separator)) {
     return !ended();
   }
   return text(type, std::string_view(&separator, 1));
