@@ -35,6 +35,7 @@ void BiffSheetReader::read(std::int64_t end, bool whole) {
     auto const type = records_.type();
     if (biff::is_begin(type)) {
       ++depth_;
+      last_row_ = -1;
       auto const part = static_cast<BiffPart>(tessarine::little16(records_.body(), 2));
       if (part == BiffPart::chart && !in_chart()) {
         chart_depth_ = depth_;

@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <cstdint>
+#include <unordered_set>
 #include <vector>
 
 #include "morvakit/biff_sheet.h"
@@ -39,18 +40,24 @@ std::vector<std::int64_t> find_parts(BiffStream& records) {
   return found;
 }
 
+std::vector<std::int64_t> sorted_positions(std::vector<BiffWorkbook::Sheet> const& sheets) {
+  std::vector<std::int64_t> positions(sheets.size());
+  std::transform(sheets.begin(), sheets.end(), positions.begin(),
+                 [](BiffWorkbook::Sheet const& sheet) { return sheet.position; });
+  std::sort(positions.begin(), positions.end());
+  return positions;
+}
+
 /// Puts sheets that are not where the workbook says to where the parts are that belong to no other
-/// sheet. A sheet without a part gets a position behind the end.
+/// sheet. A sheet without a part gets a position behind the end. Where the workbook knows of no
+/// sheets, all parts are sheets without names.
 void repair_positions(std::vector<BiffWorkbook::Sheet>& sheets,
                       std::vector<std::int64_t> const& parts) {
   auto const is_part = [&parts](std::int64_t position) {
     return std::binary_search(parts.begin(), parts.end(), position);
   };
-  std::vector<std::int64_t> taken;
-  for (auto const& sheet : sheets) {
-    taken.push_back(sheet.position);
-  }
-  std::sort(taken.begin(), taken.end());
+  sheets.resize(sheets.empty() ? parts.size() : sheets.size());
+  auto const taken = sorted_positions(sheets);
   auto next = parts.begin();
   for (auto& sheet : sheets) {
     if (is_part(sheet.position)) {
@@ -105,20 +112,17 @@ class StreamReader {
   void read_sheets() {
     auto& sheets = workbook_.sheets();
     auto const behind_globals = records_.position();
-    bool const is_sound = std::all_of(sheets.begin(), sheets.end(), [this](auto const& sheet) {
-      return begins_part(sheet.position);
-    });
+    bool const is_sound =
+        !sheets.empty() && std::all_of(sheets.begin(), sheets.end(), [this](auto const& sheet) {
+          return begins_part(sheet.position);
+        });
     if (!is_sound) {
       flow_.context().note(Orlec::ParseOutcome::damaged, "a sheet is not where the workbook says");
       records_.seek(behind_globals);
       repair_positions(sheets, find_parts(records_));
     }
     // No sheet goes on into the next one, so that nothing is read twice.
-    std::vector<std::int64_t> begins;
-    for (auto const& sheet : sheets) {
-      begins.push_back(sheet.position);
-    }
-    std::sort(begins.begin(), begins.end());
+    auto const begins = sorted_positions(sheets);
     for (auto const& sheet : sheets) {
       auto const behind = std::upper_bound(begins.begin(), begins.end(), sheet.position);
       read_sheet(sheet, behind != begins.end() ? *behind : size_);
@@ -131,6 +135,10 @@ class StreamReader {
   void read_sheet(BiffWorkbook::Sheet const& sheet, std::int64_t end) {
     flow_.context().count_pages(1);
     flow_.line(Orlec::ParseTextType_main, sheet.name);
+    if (!read_.insert(sheet.position).second) {
+      flow_.context().note(Orlec::ParseOutcome::damaged, "two sheets lie at one place");
+      return;
+    }
     records_.seek(sheet.position);
     BiffSheetReader(records_, workbook_, flow_).read(end, false);
   }
@@ -139,6 +147,8 @@ class StreamReader {
   TextFlow& flow_;
   BiffStream records_;
   BiffWorkbook workbook_;
+  /// Where the sheets that were read begin.
+  std::unordered_set<std::int64_t> read_;
 };
 
 void read_stream(Orlec::Reader const& stream, ReadContext& context) {
