@@ -86,6 +86,7 @@ class RtfReader {
   bool begin_part_of_information(RtfWord const& word);
   void begin_gathering(RtfRole destination);
   void begin_shape_value();
+  void begin_object_data();
   void begin_text(RtfRole destination, ParseTextType kind);
   bool use_encoding(RtfWord const& word, RtfToken const& token);
   void use_font(int font);
@@ -156,8 +157,6 @@ bool RtfReader::take(RtfToken const& token) {
       add_symbol(token.text.front());
       break;
     case RtfToken::Type::byte:
-      add_bytes(token.text);
-      break;
     case RtfToken::Type::text:
       add_bytes(token.text);
       break;
@@ -281,15 +280,20 @@ bool RtfReader::begin_destination(RtfWord const& word) {
       group.place = Place::left_out;
       return true;
     case RtfRole::object_data:
-      if (!std::exchange(group.is_object_data, true) &&
-          context_.charge_memory(sizeof(std::int64_t))) {
-        object_offsets_.push_back(tokens_.offset());
-      }
-      group.place = group.resumed = Place::left_out;
+      begin_object_data();
       return true;
     default:
       return begin_part_of_information(word);
   }
+}
+
+/// The data are read from their place in the file, behind all text, rather than kept.
+void RtfReader::begin_object_data() {
+  if (!std::exchange(group().is_object_data, true) &&
+      context_.charge_memory(sizeof(std::int64_t))) {
+    object_offsets_.push_back(tokens_.offset());
+  }
+  group().place = group().resumed = Place::left_out;
 }
 
 bool RtfReader::begin_part_of_information(RtfWord const& word) {
