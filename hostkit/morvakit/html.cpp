@@ -33,9 +33,14 @@ bool is_block(std::string_view name) {
   return name == "ul" || name == "textarea" || is_one_of(names, name);
 }
 
-bool is_hidden(std::string_view name) {
-  constexpr std::array<std::string_view, 6> names{"script",   "style",   "template",
-                                                  "noscript", "noembed", "noframes"};
+/// What a program reads, not a person.
+bool is_code(std::string_view name) {
+  return name == "script" || name == "style";
+}
+
+/// Text that a browser shows in some cases only.
+bool is_spare(std::string_view name) {
+  constexpr std::array<std::string_view, 4> names{"template", "noscript", "noembed", "noframes"};
   return is_one_of(names, name);
 }
 
@@ -132,26 +137,28 @@ class Page {
           "elements nested over " + std::to_string(context_.limits().i_xml_depth) + " deep");
       return;
     }
-    hidden_ += is_hidden(name) ? 1 : 0;
+    code_ += is_code(name) ? 1 : 0;
+    spare_ += is_spare(name) ? 1 : 0;
     controls_ += name == "textarea" || name == "option" ? 1 : 0;
     preformatted_ += name == "pre" || name == "textarea" ? 1 : 0;
     separate_for(name);
-    if (hidden_ == 0) {
+    if (code_ == 0) {
       take_attributes(name, attributes);
     }
   }
 
   void end(std::string_view name) {
     depth_ -= depth_ > 0 ? 1 : 0;
-    hidden_ -= hidden_ > 0 && is_hidden(name) ? 1 : 0;
+    code_ -= code_ > 0 && is_code(name) ? 1 : 0;
     preformatted_ -= preformatted_ > 0 && (name == "pre" || name == "textarea") ? 1 : 0;
     separate_for(name);
     controls_ -= controls_ > 0 && (name == "textarea" || name == "option") ? 1 : 0;
+    spare_ -= spare_ > 0 && is_spare(name) ? 1 : 0;
   }
 
   void characters(std::string_view utf8) {
-    if (hidden_ == 0) {
-      (controls_ != 0 ? control_ : main_).add(utf8, preformatted_ != 0);
+    if (code_ == 0) {
+      words().add(utf8, preformatted_ != 0);
     }
   }
 
@@ -163,12 +170,19 @@ class Page {
   }
 
  private:
+  /// Where text goes at this place of the page.
+  Words& words() {
+    if (spare_ != 0) {
+      return other_;
+    }
+    return controls_ != 0 ? control_ : main_;
+  }
+
   void separate_for(std::string_view name) {
-    auto& words = controls_ != 0 ? control_ : main_;
     if (name == "td" || name == "th") {
-      words.separate('\t');
-    } else if (is_block(name)) {
-      words.separate('\n');
+      words().separate('\t');
+    } else if (is_block(name) || is_spare(name)) {
+      words().separate('\n');
     }
   }
 
@@ -211,7 +225,8 @@ class Page {
   Words property_;
   Words other_;
   std::int64_t depth_ = 0;
-  std::int64_t hidden_ = 0;
+  std::int64_t code_ = 0;
+  std::int64_t spare_ = 0;
   std::int64_t controls_ = 0;
   std::int64_t preformatted_ = 0;
 };

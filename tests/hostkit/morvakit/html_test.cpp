@@ -33,13 +33,18 @@ TEST(Html, cells_are_separated_by_tabs_and_rows_by_lines) {
             "a\tb\nc\td");
 }
 
-TEST(Html, scripts_styles_templates_and_comments_are_no_text) {
-  EXPECT_EQ(
-      parse_bytes(
-          page("<script>var a = '<p>no</p>';</script><style>p{}</style><template>no</template>"
-               "<noscript>no</noscript><!-- no -->yes"))
-          .main(),
-      "yes");
+TEST(Html, scripts_styles_and_comments_are_no_text) {
+  auto const parsed = test::parse_bytes(
+      page("<script>var a = '<p>no</p>';</script><style>p{}</style><!-- no -->yes"));
+  EXPECT_EQ(parsed.main(), "yes");
+  EXPECT_EQ(parsed.kind(Orlec::ParseTextType_other), "");
+}
+
+TEST(Html, what_a_browser_shows_in_some_cases_only_is_other_text) {
+  auto const parsed = test::parse_bytes(
+      page("<template><p>row</p></template><noscript>switch it on</noscript>yes"));
+  EXPECT_EQ(parsed.main(), "yes");
+  EXPECT_EQ(parsed.kind(Orlec::ParseTextType_other), "row\nswitch it on");
 }
 
 TEST(Html, entities_are_read_and_hard_blanks_are_blanks) {
