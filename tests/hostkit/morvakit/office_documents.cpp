@@ -100,6 +100,16 @@ OfficeDocument OfficeDocument::workbook(std::string_view sheet_data, std::string
   return document;
 }
 
+OfficeDocument OfficeDocument::binary_workbook(std::string_view workbook, std::string_view sheet) {
+  OfficeDocument document;
+  document.types_ = "application/vnd.ms-excel.sheet.binary.macroEnabled.main";
+  document.relation("", "rId1", "officeDocument", "xl/workbook.bin");
+  document.relation("xl/workbook.bin", "rId1", "worksheet", "worksheets/sheet1.bin");
+  document.part("xl/workbook.bin", workbook);
+  document.part("xl/worksheets/sheet1.bin", sheet);
+  return document;
+}
+
 OfficeDocument OfficeDocument::show(std::string_view shapes, std::string_view content) {
   OfficeDocument document;
   document.types_ =
@@ -166,6 +176,7 @@ std::string OfficeDocument::bytes() const {
   }
   auto const main = types_.find("wordprocessingml") != std::string::npos ? "/word/document.xml"
                     : types_.find("spreadsheetml") != std::string::npos  ? "/xl/workbook.xml"
+                    : types_.find("sheet.binary") != std::string::npos   ? "/xl/workbook.bin"
                                                                          : "/ppt/presentation.xml";
   zip.add("[Content_Types].xml", "<Types xmlns=\"" + transitional +
                                      "package/2006/content-types\"><Default Extension=\"xml\" "

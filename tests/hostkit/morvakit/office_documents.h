@@ -16,6 +16,8 @@ class OfficeDocument {
   static OfficeDocument workbook(
       std::string_view sheet_data,
       std::string_view content = R"(<sheets><sheet name="First" r:id="rId1"/></sheets>)");
+  /// The same of binary records, with the first sheet under the id "rId1".
+  static OfficeDocument binary_workbook(std::string_view workbook, std::string_view sheet);
   /// `content` of the presentation names the slides; the first has those shapes.
   static OfficeDocument show(
       std::string_view shapes,
