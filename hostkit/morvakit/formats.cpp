@@ -12,8 +12,9 @@ ReadFunction find_reader(tessarine::FileType type) {
     case FileType::source_code:
       return read_plain_text;
     case FileType::xml:
-    case FileType::flat_odf:
       return read_xml;
+    case FileType::flat_odf:
+      return read_flat_odf;
     case FileType::html:
       return read_html;
     case FileType::docx:
@@ -35,10 +36,10 @@ ReadFunction find_reader(tessarine::FileType type) {
       return read_ofd;
     case FileType::epub:
       return read_epub;
+    case FileType::xps:
+      return read_xps;
     case FileType::rtf:
       return read_rtf;
-    case FileType::pdf:
-      if constexpr (MORVAKIT_WITH_PDF) {
     case FileType::eml:
       return read_eml;
     case FileType::mbox:
@@ -47,6 +48,8 @@ ReadFunction find_reader(tessarine::FileType type) {
       return read_mhtml;
     case FileType::tnef:
       return read_tnef;
+    case FileType::pdf:
+      if constexpr (MORVAKIT_WITH_PDF) {
         return read_pdf;
       }
       return nullptr;
@@ -66,10 +69,10 @@ StorageReadFunction find_storage_reader(tessarine::FileType type) {
   switch (type) {
     case FileType::doc:
       return read_doc;
-    case FileType::xls:
-      return read_xls_storage;
     case FileType::msg:
       return read_msg;
+    case FileType::xls:
+      return read_xls_storage;
     case FileType::ppt:
       return read_ppt;
     default:

@@ -36,14 +36,16 @@ void read_xlsb(Orlec::Reader const&, tessarine::Recognition const&, ReadContext&
 void read_xlsx(Orlec::Reader const&, tessarine::Recognition const&, ReadContext&);
 void read_pptx(Orlec::Reader const&, tessarine::Recognition const&, ReadContext&);
 void read_odf(Orlec::Reader const&, tessarine::Recognition const&, ReadContext&);
+void read_flat_odf(Orlec::Reader const&, tessarine::Recognition const&, ReadContext&);
 void read_epub(Orlec::Reader const&, tessarine::Recognition const&, ReadContext&);
+void read_xps(Orlec::Reader const&, tessarine::Recognition const&, ReadContext&);
 void read_ofd(Orlec::Reader const&, tessarine::Recognition const&, ReadContext&);
-void read_pdf(Orlec::Reader const&, tessarine::Recognition const&, ReadContext&);
 void read_eml(Orlec::Reader const&, tessarine::Recognition const&, ReadContext&);
 void read_mbox(Orlec::Reader const&, tessarine::Recognition const&, ReadContext&);
 void read_mhtml(Orlec::Reader const&, tessarine::Recognition const&, ReadContext&);
 void read_msg(tessarine::OleStorage const&, ReadContext&);
 void read_tnef(Orlec::Reader const&, tessarine::Recognition const&, ReadContext&);
+void read_pdf(Orlec::Reader const&, tessarine::Recognition const&, ReadContext&);
 void read_rtf(Orlec::Reader const&, tessarine::Recognition const&, ReadContext&);
 void read_zip(Orlec::Reader const&, tessarine::Recognition const&, ReadContext&);
 void read_archive(Orlec::Reader const&, tessarine::Recognition const&, ReadContext&);

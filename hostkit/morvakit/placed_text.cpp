@@ -54,6 +54,26 @@ int rank(char separator) {
   return separator == '\n' ? 3 : separator == '\t' ? 2 : separator == ' ' ? 1 : 0;
 }
 
+bool is_narrow(wchar_t code) {
+  constexpr std::wstring_view narrow = L"!'(),-./:;I[]`fijlrt{|}";
+  return narrow.find(code) != std::wstring_view::npos;
+}
+
+/// The room that a character takes at most, in parts of the font's size.
+double widest(wchar_t code) {
+  constexpr std::wstring_view broad = L"%@MWmw";
+  if (is_wide(code) || (code >= 0x2010 && code < 0x2E80)) {
+    return 1;
+  }
+  if (is_narrow(code)) {
+    return 0.5;
+  }
+  if (broad.find(code) != std::wstring_view::npos) {
+    return 0.95;
+  }
+  return code >= L'A' && code <= L'Z' ? 0.75 : 0.6;
+}
+
 /// The room between two characters, in parts of the font's size, that is none.
 double usual_room(wchar_t left, wchar_t right) {
   if (is_wide(left) && is_wide(right)) {
@@ -105,21 +125,6 @@ PageMatrix read_matrix(std::string_view list) {
   return {numbers[0], numbers[1], numbers[2], numbers[3], numbers[4], numbers[5]};
 }
 
-double PlacedText::widest(wchar_t code) {
-  constexpr std::wstring_view narrow = L"!'(),-./:;I[]`fijlrt{|}";
-  constexpr std::wstring_view broad = L"%@MWmw";
-  if (is_wide(code) || (code >= 0x2010 && code < 0x2E80)) {
-    return 1;
-  }
-  if (narrow.find(code) != std::wstring_view::npos) {
-    return 0.5;
-  }
-  if (broad.find(code) != std::wstring_view::npos) {
-    return 0.95;
-  }
-  return code >= L'A' && code <= L'Z' ? 0.75 : 0.6;
-}
-
 void PlacedText::choose_font(std::string_view font) {
   constexpr std::size_t most_fonts = 64;
   std::string name(font.substr(0, most_fonts));
@@ -139,6 +144,16 @@ void PlacedText::choose_font(std::string_view font) {
 double PlacedText::width(wchar_t code) const {
   auto const index = static_cast<std::size_t>(code);
   return widths_ != nullptr && index < widths_->size() ? (*widths_)[index] : widest(code);
+}
+
+/// The room that a character is likely to take where the document leaves it to the font.
+double PlacedText::guess_width(wchar_t code) const {
+  constexpr double usual_share = 0.88;
+  constexpr double narrow_width = 0.3;
+  auto const likely = is_wide(code)                       ? 1.0
+                      : is_narrow(code) || is_blank(code) ? narrow_width
+                                                          : usual_share * widest(code);
+  return std::min(width(code), likely);
 }
 
 bool PlacedText::repeats(std::span<Character const> run, RunStyle const& style) {
@@ -191,6 +206,8 @@ char PlacedText::separator_between(Character const& next, PagePoint em, bool is_
   constexpr double near = 0.8;
   constexpr double spread = 1.2;
   constexpr double column = 2;
+  constexpr double error = 0.05;  // of a guess
+  constexpr double worst_error = 0.2;
   auto const scale = std::max(length(em) / length(last_em_), 1.0);
   auto const step = way(between(last_.place, next.place), last_em_);
   auto const gap = (step.along - last_width_) / scale;
@@ -205,7 +222,7 @@ char PlacedText::separator_between(Character const& next, PagePoint em, bool is_
   if (std::abs(across) > line_shift) {
     return continues_paragraph(next, em) ? '\0' : '\n';
   }
-  if (gap < -line_shift) {
+  if (gap < -line_shift - worst_error * guessed_) {
     return '\n';
   }
   if (gap > column) {
@@ -214,7 +231,7 @@ char PlacedText::separator_between(Character const& next, PagePoint em, bool is_
   auto const room = last_is_alone_ && is_wide(last_.code) && is_wide(next.code)
                         ? spread
                         : usual_room(last_.code, next.code);
-  return gap > room ? ' ' : '\0';
+  return gap > room + error * guessed_ ? ' ' : '\0';
 }
 
 /// A line of Han that is full goes on with the next one, so that no word is torn.
@@ -236,7 +253,7 @@ void PlacedText::learn(Character const& next) {
     return;
   }
   auto const step = way(between(last_.place, next.place), last_em_);
-  if (std::abs(step.across) < least && step.along > least) {
+  if (guessed_ == 0 && std::abs(step.across) < least && step.along > least) {
     (*widths_)[index] = std::min((*widths_)[index], static_cast<float>(step.along));
   }
 }
@@ -280,9 +297,11 @@ void PlacedText::add_shown(std::span<Character const> run, RunStyle const& style
   Character previous = run.front();
   for (auto character : run) {
     if (!character.is_placed) {
-      auto const on = width(previous.code);
+      auto const on = guess_width(previous.code);
+      guessed_ += on;
       character.place = {previous.place.x + on * style.em.x, previous.place.y + on * style.em.y};
     }
+    guessed_ = character.is_placed ? 0 : guessed_;
     previous = character;
     if (is_blank(character.code)) {
       pending_ = rank(pending_) > 0 ? pending_ : ' ';
@@ -302,7 +321,7 @@ void PlacedText::add_shown(std::span<Character const> run, RunStyle const& style
     has_last_ = true;
     is_first = false;
     last_ = character;
-    last_width_ = width(character.code);
+    last_width_ = character.is_placed ? width(character.code) : guess_width(character.code);
   }
   last_is_alone_ = run.size() == 1;
 }

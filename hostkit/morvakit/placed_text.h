@@ -69,9 +69,6 @@ class PlacedText {
   /// Ends the line and delivers what there is: what follows stands elsewhere.
   void end_line();
 
-  /// A guess, in parts of the font's size, at the room that a character takes at most.
-  static double widest(wchar_t code);
-
  private:
   /// The least room that was seen to be taken by each letter of a font.
   using Widths = std::array<float, 128>;
@@ -86,6 +83,7 @@ class PlacedText {
   bool repeats(std::span<Character const> run, RunStyle const& style);
   Spacing spacing_of(std::span<Character const> run) const;
   double width(wchar_t code) const;
+  double guess_width(wchar_t code) const;
   void add_shown(std::span<Character const> run, RunStyle const& style);
   char begin_run(Character const& first, RunStyle const& style, bool is_alone);
   char separator_within(Character const& next, Spacing const& spacing) const;
@@ -103,6 +101,7 @@ class PlacedText {
   PagePoint last_em_;
   double last_width_ = 0;
   bool last_is_alone_ = false;  ///< a string of its own
+  double guessed_ = 0;          ///< how much of its place is a guess, in parts of the font's size
   PagePoint line_start_;
   std::wstring run_;
   PagePoint run_start_;

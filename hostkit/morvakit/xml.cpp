@@ -4,13 +4,11 @@
 #include <string_view>
 
 #include "morvakit/formats.h"
-#include "morvakit/xml_stream.h"
+#include "morvakit/xml_part.h"
 
 namespace morvakit {
 
 namespace {
-
-constexpr std::int64_t piece_size = std::int64_t{64} << 10;
 
 /// Attributes that are written for a person to read, in the vocabularies that are met most.
 bool carries_text(std::string_view name) {
@@ -82,26 +80,7 @@ class TextHandler : public XmlHandler {
 void read_xml(Orlec::Reader const& reader, tessarine::Recognition const& /*recognition*/,
               ReadContext& context) {
   TextHandler handler(context);
-  XmlStream stream(handler, context);
-  std::string piece;
-  std::int64_t offset = 0;
-  for (bool last = false; !last && context.keep_going();) {
-    piece.resize(static_cast<std::size_t>(piece_size));
-    auto const got = reader.ReadAt(offset, piece.data(), piece_size);
-    if (got < 0) {
-      context.end(Orlec::ParseOutcome::failed, "the file cannot be read");
-      return;
-    }
-    piece.resize(static_cast<std::size_t>(got));
-    offset += got;
-    last = got == 0;
-    if (!stream.feed(piece, last)) {
-      break;
-    }
-  }
-  if (!stream.fault().empty()) {
-    context.end(Orlec::ParseOutcome::damaged, stream.fault());
-  }
+  parse_file(reader, context, handler);
 }
 
 }  // namespace morvakit
