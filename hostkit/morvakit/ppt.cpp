@@ -150,6 +150,15 @@ void salvage(PptStream& stream, TextFlow& flow) {
   }
 }
 
+void salvage_objects(PptStream& stream) {
+  auto record = stream.record_at(0);
+  for (; record && stream.context().keep_going(); record = stream.record_at(record->end())) {
+    if (record->type == ppt::ole_storage && !read_embedded_object(stream, *record, {})) {
+      return;
+    }
+  }
+}
+
 void read_stream(PptStream& stream, tessarine::OleStorage const& storage, TextFlow& flow) {
   auto& context = stream.context();
   PptDirectory const directory(stream, storage);
@@ -163,6 +172,7 @@ void read_stream(PptStream& stream, tessarine::OleStorage const& storage, TextFl
                  "the lists of the presentation's objects cannot be followed");
     salvage(stream, flow);
     read_ole_properties(storage, flow);
+    salvage_objects(stream);
     return;
   }
   Presentation presentation(stream, directory, flow);

@@ -179,7 +179,9 @@ void PptSheetHandler::deliver_shape() {
   }
   auto const kind = kind_of_shape();
   separate_cell(kind);
-  flow_.line(kind, shape_.word_art);
+  if (!shape_.word_art.empty()) {
+    flow_.line(kind, shape_.word_art);
+  }
   for (auto const number : shape_.outline_numbers) {
     deliver_outline(number, kind);
   }
