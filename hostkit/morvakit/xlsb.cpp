@@ -249,6 +249,7 @@ void read_xlsb(Orlec::Reader const& reader, tessarine::Recognition const& /*reco
   TextFlow flow(context);
   WorkbookReader(package, flow).read(part);
   read_package_properties(package, flow);
+  package.read_embedded_parts();
 }
 
 }  // namespace morvakit
