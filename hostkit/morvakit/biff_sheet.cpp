@@ -235,7 +235,9 @@ void BiffSheetReader::take_more_headers(BiffCursor& cursor) {
 // From version 8 on the text of a note is that of an object.
 void BiffSheetReader::take_note(BiffCursor& cursor) {
   constexpr std::uint16_t row_of_more_text = 0xffff;
-  if (workbook_.text().version() >= 8) {
+  constexpr std::size_t head_size = 6;
+  auto const size = records_.body().size();
+  if (workbook_.text().version() >= 8 || size < head_size) {
     return;
   }
   if (cursor.word() != row_of_more_text) {
@@ -243,7 +245,7 @@ void BiffSheetReader::take_note(BiffCursor& cursor) {
   }
   cursor.skip(4);
   std::string utf8;
-  workbook_.text().append(cursor, records_.body().size() - 6, utf8);
+  workbook_.text().append(cursor, size - head_size, utf8);
   flow_.text(Orlec::ParseTextType_comment, utf8);
 }
 

@@ -159,7 +159,10 @@ void read_stream(Orlec::Reader const& stream, ReadContext& context) {
 /// The bytes behind the head of a compound file whose directory is lost, as when the file was cut:
 /// its first stream, where that lies there in one piece.
 void read_remains(Orlec::Reader const& file, ReadContext& context) {
-  constexpr std::int64_t sector_size = 512;
+  constexpr std::int64_t power_offset = 30;
+  constexpr std::uint16_t power_of_large_sectors = 12;
+  auto const power = tessarine::little16(tessarine::read_piece(file, power_offset, 2), 0);
+  std::int64_t const sector_size = power == power_of_large_sectors ? 4096 : 512;
   ReaderSlice const stream(file, {}, sector_size, file.GetSize() - sector_size);
   read_stream(stream, context);
 }

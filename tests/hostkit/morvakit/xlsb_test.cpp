@@ -1,4 +1,7 @@
 #include <bit>
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
 #include <random>
 
 #include <gtest/gtest.h>
@@ -201,6 +204,20 @@ TEST(Xlsb, parts_that_are_cut_anywhere_end_well) {
   for (std::size_t length = 0; length < cells.size(); ++length) {
     EXPECT_EQ(read_cells(cells.substr(0, length)).substr(0, 5), "First") << length;
   }
+}
+
+TEST(Xlsb, a_workbook_reads_as_it_does_in_the_older_format) {
+  char const* const corpus = std::getenv("MORVA_CORPUS");
+  if (corpus == nullptr || *corpus == '\0') {
+    GTEST_SKIP() << "MORVA_CORPUS is not set";
+  }
+  auto const read_file = [corpus](std::string const& name) {
+    std::ifstream file(corpus + "/documents/hostile/"s + name, std::ios::binary);
+    return test::parse_bytes({std::istreambuf_iterator<char>(file), {}}).main();
+  };
+  auto const older = read_file("poi__42464-ExpPtg-bad.xls");
+  EXPECT_EQ(read_file("sheets__apachepoi_42464-ExpPtg-bad.xls.xlsb"), older);
+  EXPECT_NE(older, "");
 }
 
 TEST(Xlsb, flipped_bytes_end_well) {
