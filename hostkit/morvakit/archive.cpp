@@ -32,7 +32,6 @@ constexpr std::array kinds{
     Kind{"lz", ArchiveLayout::tar_or_file, ArchivePacking::xz},
     Kind{"zst", ArchiveLayout::tar_or_file, ArchivePacking::zstd},
     Kind{"lz4", ArchiveLayout::tar_or_file, ArchivePacking::lz4},
-    Kind{"Z", ArchiveLayout::tar_or_file, ArchivePacking::lzw},
     Kind{"rar", ArchiveLayout::rar, ArchivePacking::none},
     Kind{"cab", ArchiveLayout::cabinet, ArchivePacking::none},
     Kind{"cpio", ArchiveLayout::cpio, ArchivePacking::none},

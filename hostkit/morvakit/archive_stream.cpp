@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <cstring>
 #include <new>
 #include <optional>
 #include <string_view>
@@ -46,8 +47,6 @@ int filter_code(ArchivePacking packing) {
       return ARCHIVE_FILTER_ZSTD;
     case ArchivePacking::lz4:
       return ARCHIVE_FILTER_LZ4;
-    case ArchivePacking::lzw:
-      return ARCHIVE_FILTER_COMPRESS;
     case ArchivePacking::none:
     case ArchivePacking::xz:
       break;
@@ -161,7 +160,31 @@ struct ArchiveStream::Library {
   bool is_open = false;
   /// What cannot be unpacked at all looks like nothing to the library.
   bool may_be_broken = false;
+  /// What is left of the member's piece at hand, how many zeros stand in front of it, and how much
+  /// of the member was handed out.
+  std::string_view piece;
+  std::int64_t hole = 0;
+  std::int64_t position = 0;
+
+  bool is_at_end = false;
+
+  bool next_piece();
 };
+
+/// False at the member's end and behind a fault.
+bool ArchiveStream::Library::next_piece() {
+  void const* data = nullptr;
+  std::size_t size = 0;
+  la_int64_t offset = 0;
+  auto const result = archive_read_data_block(handle.get(), &data, &size, &offset);
+  is_at_end = result == ARCHIVE_EOF;
+  if (is_at_end || result < ARCHIVE_WARN || offset < position) {
+    return false;
+  }
+  piece = {static_cast<char const*>(data), size};
+  hole = offset - position;
+  return true;
+}
 
 ArchiveStream::ArchiveStream(Orlec::Reader const& reader, ReadContext& context,
                              ArchiveLayout layout, ArchivePacking packing)
@@ -192,6 +215,9 @@ ArchiveStream::Step ArchiveStream::next(ArchiveEntry& entry) {
   Utf8Names const names;
   auto* const library = library_->handle.get();
   archive_entry* found = nullptr;
+  library_->piece = {};
+  library_->hole = 0;
+  library_->position = 0;
   auto const result = library_->is_open ? archive_read_next_header(library, &found) : ARCHIVE_FATAL;
   if (result == ARCHIVE_EOF) {
     bool const is_broken =
@@ -213,8 +239,25 @@ ArchiveStream::Step ArchiveStream::next(ArchiveEntry& entry) {
 
 std::int64_t ArchiveStream::read(char* buffer, std::size_t size) {
   Utf8Names const names;
-  auto const got = archive_read_data(library_->handle.get(), buffer, size);
-  return got < 0 ? -1 : got;
+  auto& library = *library_;
+  while (library.hole == 0 && library.piece.empty()) {
+    if (!library.next_piece()) {
+      return library.is_at_end ? 0 : -1;
+    }
+  }
+  auto const most = static_cast<std::int64_t>(size);
+  auto const is_hole = library.hole > 0;
+  auto const got =
+      std::min(most, is_hole ? library.hole : static_cast<std::int64_t>(library.piece.size()));
+  if (is_hole) {
+    std::memset(buffer, 0, static_cast<std::size_t>(got));
+    library.hole -= got;
+  } else {
+    std::memcpy(buffer, library.piece.data(), static_cast<std::size_t>(got));
+    library.piece.remove_prefix(static_cast<std::size_t>(got));
+  }
+  library.position += got;
+  return got;
 }
 
 }  // namespace morvakit

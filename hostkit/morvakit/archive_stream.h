@@ -21,7 +21,7 @@ enum class ArchiveLayout {
 };
 
 /// How the archive as a whole is packed.
-enum class ArchivePacking { none, gzip, bzip2, zstd, lz4, lzw, xz };
+enum class ArchivePacking { none, gzip, bzip2, zstd, lz4, xz };
 
 /// What an archive says of a member.
 struct ArchiveEntry {
