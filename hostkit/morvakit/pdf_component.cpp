@@ -6,34 +6,22 @@
 #include <memory>
 #include <mutex>
 #include <optional>
-#include <string>
-#include <unordered_set>
 #include <utility>
 
-#include <Annot.h>
-#include <Catalog.h>
 #include <Error.h>
 #include <ErrorCodes.h>
-#include <Form.h>
 #include <GlobalParams.h>
-#include <Outline.h>
 #include <PDFDoc.h>
-#include <Page.h>
 #include <Stream.h>
-#include <TextOutputDev.h>
-#include <UTF.h>
 
 #include "host/export.h"
-#include "host/utf8.h"
-#include "morvakit/pdf_text.h"
+#include "morvakit/pdf_document.h"
 
 #include "tessarine/pdf_component_loader.h"
 
 namespace morvakit {
 
 namespace {
-
-constexpr int outline_depth_limit = 64;
 
 /// Serves the bytes of a document; neither maps the file nor holds a copy of it.
 class ReaderStream final : public BaseSeekInputStream {
@@ -80,280 +68,6 @@ void initialize() {
   });
 }
 
-/// A text string of the file, in UTF-16 with a mark or in the format's own 8-bit set.
-std::string to_text(GooString const* string) {
-  if (string == nullptr) {
-    return {};
-  }
-  Unicode* characters = nullptr;
-  auto const count = TextStringToUCS4(string->toStr(), &characters);
-  std::wstring wide;
-  for (int i = 0; i < count; ++i) {
-    auto const character = static_cast<wchar_t>(characters[i]);
-    wide += character == L'\r' ? L'\n' : character == L'\0' ? L' ' : character;
-  }
-  gfree(characters);
-  return morvabs::to_utf8(wide);
-}
-
-/// Gathers the text of a page, and knows when a page asks for more than a page can want.
-class PageDevice final : public TextOutputDev {
- public:
-  /// In reading order, finding columns and lines takes time that grows with the square of their
-  /// number; in the order of the file it takes none.
-  PageDevice(TextOutputFunc output, void* target, PdfSink& sink, bool is_reading_order)
-      : TextOutputDev(output, target, false, 0.0, !is_reading_order),
-        sink_(sink),
-        character_limit_(is_reading_order ? ordered_limit : unordered_limit) {
-    setTextEOL(eolUnix);
-    setTextPageBreaks(false);
-  }
-
-  bool is_crowded() const { return characters_ > character_limit_; }
-  /// Whether the rest of the page was left out, as drawing it would take no end.
-  bool is_cut() const { return is_cut_; }
-  bool stop_wanted() { return is_crowded() || is_cut() || !sink_.keep_going(); }
-
-  void drawChar(GfxState* state, double x, double y, double dx, double dy, double origin_x,
-                double origin_y, CharCode code, int bytes, Unicode const* characters,
-                int count) override {
-    if (++characters_ <= character_limit_) {
-      TextOutputDev::drawChar(state, x, y, dx, dy, origin_x, origin_y, code, bytes, characters,
-                              count);
-    }
-  }
-  /// Forms may contain forms, so that few bytes ask for endless work: said to be drawn by this
-  /// device, which draws nothing, they end at once when it is to stop.
-  bool useDrawForm() override {
-    is_cut_ = is_cut_ || ++forms_ > form_limit;
-    return stop_wanted();
-  }
-  void saveState(GfxState* state) override {
-    is_cut_ = is_cut_ || ++depth_ > saved_state_limit;
-    TextOutputDev::saveState(state);
-  }
-  void restoreState(GfxState* state) override {
-    --depth_;
-    TextOutputDev::restoreState(state);
-  }
-  void endPage() override {
-    if (!is_crowded() || character_limit_ == unordered_limit) {
-      TextOutputDev::endPage();
-    }
-  }
-
- private:
-  static constexpr std::int64_t ordered_limit = 60000;
-  static constexpr std::int64_t unordered_limit = 2000000;
-  static constexpr std::int64_t saved_state_limit = 10000;
-  static constexpr std::int64_t form_limit = 100000;
-
-  PdfSink& sink_;
-  std::int64_t character_limit_;
-  std::int64_t characters_ = 0;
-  std::int64_t depth_ = 0;
-  std::int64_t forms_ = 0;
-  bool is_cut_ = false;
-};
-
-class DocumentText {
- public:
-  DocumentText(PDFDoc& document, PdfSink& sink) : document_(document), sink_(sink) {}
-
-  void read() {
-    read_properties();
-    auto const pages = document_.getNumPages();
-    for (int page = 1; page <= pages && going_ && sink_.keep_going(); ++page) {
-      read_page(page);
-    }
-    if (auto* const outline = going_ ? document_.getOutline() : nullptr; outline != nullptr) {
-      read_outline(outline->getItems(), 0);
-    }
-  }
-
-  bool has_main_text() const { return has_main_text_; }
-  bool has_page() const { return has_page_; }
-
- private:
-  void add_line(Orlec::ParseTextType type, std::string const& text) {
-    if (!text.empty()) {
-      going_ = going_ && sink_.separate(type, '\n') && sink_.text(type, text);
-    }
-  }
-
-  void read_properties() {
-    struct Property {
-      char const* key;
-      char const* name;
-    };
-    constexpr Property properties[] = {
-        {"Title", "title"}, {"Author", "author"}, {"Subject", "subject"}, {"Keywords", "keywords"}};
-    auto const info = document_.getDocInfo();
-    if (!info.isDict()) {
-      return;
-    }
-    for (auto const& property : properties) {
-      auto const value = info.dictLookup(property.key);
-      auto const text = value.isString() ? to_text(value.getString()) : std::string{};
-      if (!text.empty()) {
-        add_line(Orlec::ParseTextType_property, property.name + (": " + text));
-      }
-    }
-  }
-
-  static bool stop_wanted(void* device) { return static_cast<PageDevice*>(device)->stop_wanted(); }
-
-  /// What the annotations say is told on its own; drawn as well, it would stand in the main text
-  /// too.
-  static bool is_part_of_page(Annot* annotation, void* /*self*/) {
-    auto const type = annotation->getType();
-    return type != Annot::typeWidget && type != Annot::typeText && type != Annot::typeFreeText &&
-           type != Annot::typePopup;
-  }
-
-  static void take_output(void* self, char const* text, int length) {
-    auto& document = *static_cast<DocumentText*>(self);
-    document.page_text_.append(text, static_cast<std::size_t>(length));
-  }
-
-  /// Fills the text of the page; true when it has more characters than the order of reading allows.
-  bool draw(int number, bool in_reading_order) {
-    constexpr double resolution = 72.0;
-    page_text_.clear();
-    PageDevice device(take_output, this, sink_, in_reading_order);
-    document_.displayPage(&device, number, resolution, resolution, 0, true, false, false,
-                          stop_wanted, &device, is_part_of_page, this);
-    if (device.is_cut()) {
-      sink_.note(Orlec::ParseOutcome::limit_reached, "a page has too many forms or saved states");
-    }
-    return device.is_crowded();
-  }
-
-  void read_page(int number) {
-    auto* const page = document_.getPage(number);
-    if (page == nullptr) {
-      return;
-    }
-    has_page_ = true;
-    auto is_crowded = draw(number, true);
-    if (is_crowded) {
-      is_crowded = draw(number, false);
-    }
-    auto text = join_han_lines(without_ligatures(page_text_));
-    text.resize(text.find_last_not_of(" \n\t") + 1);
-    if (!text.empty()) {
-      has_main_text_ = true;
-      add_line(Orlec::ParseTextType_main, text);
-    }
-    if (is_crowded) {
-      sink_.end(Orlec::ParseOutcome::limit_reached, "a page has too many characters");
-    }
-    read_annotations(*page);
-    read_fields(*page);
-  }
-
-  void read_annotations(Page& page) {
-    auto* const annotations = page.getAnnots();
-    if (annotations == nullptr) {
-      return;
-    }
-    for (auto* const annotation : annotations->getAnnots()) {
-      auto const type = annotation->getType();
-      if (!going_ || !sink_.keep_going()) {
-        return;
-      }
-      if (type != Annot::typeWidget && type != Annot::typePopup) {
-        add_line(Orlec::ParseTextType_comment, to_text(annotation->getContents()));
-      }
-    }
-  }
-
-  void read_fields(Page& page) {
-    auto const fields = page.getFormWidgets();
-    for (int i = 0; fields != nullptr && i < fields->getNumWidgets(); ++i) {
-      auto* const widget = fields->getWidget(i);
-      if (widget == nullptr || !going_ || !sink_.keep_going()) {
-        return;
-      }
-      add_line(Orlec::ParseTextType_control, to_text(widget->getAlternateUiName()));
-      auto* const annotation = widget->getWidgetAnnotation();
-      auto* const look = annotation == nullptr ? nullptr : annotation->getAppearCharacs();
-      if (look != nullptr && widget->getType() == formButton) {
-        read_caption(*look);
-      }
-      read_value(*widget);
-    }
-  }
-
-  /// The caption of a check box is the number of its sign in a font of signs.
-  void read_caption(AnnotAppearanceCharacs const& look) {
-    auto const caption = to_text(look.getNormalCaption());
-    if (caption.size() > 1) {
-      add_line(Orlec::ParseTextType_control, caption);
-    }
-  }
-
-  void read_value(FormWidget& widget) {
-    if (auto const* const text = dynamic_cast<FormWidgetText*>(&widget); text != nullptr) {
-      if (!text->isPassword()) {
-        add_line(Orlec::ParseTextType_control, to_text(text->getContent()));
-      }
-    } else if (auto* const choice = dynamic_cast<FormWidgetChoice*>(&widget); choice != nullptr) {
-      read_choice(*choice);
-    }
-  }
-
-  /// The options as a user reads them, then what is stored and drawn besides: a value typed in, or
-  /// the one that an option stands for.
-  void read_choice(FormWidgetChoice& choice) {
-    std::unordered_set<std::string> options;
-    for (int i = 0; i < choice.getNumChoices() && going_ && sink_.keep_going(); ++i) {
-      auto option = to_text(choice.getChoice(i));
-      add_line(Orlec::ParseTextType_control, option);
-      options.insert(std::move(option));
-    }
-    auto const add_value = [&](Object const& value) {
-      auto text = value.isString() ? to_text(value.getString()) : std::string{};
-      if (options.count(text) == 0) {
-        add_line(Orlec::ParseTextType_control, text);
-      }
-    };
-    auto const stored = Form::fieldLookup(choice.getField()->getObj()->getDict(), "V");
-    add_value(stored);
-    for (int i = 0; stored.isArray() && i < stored.arrayGetLength(); ++i) {
-      if (!going_ || !sink_.keep_going()) {
-        return;
-      }
-      add_value(stored.arrayGet(i));
-    }
-  }
-
-  void read_outline(std::vector<OutlineItem*> const* items, int depth) {
-    if (items == nullptr || depth > outline_depth_limit) {
-      return;
-    }
-    for (auto* const item : *items) {
-      if (!going_ || !sink_.keep_going()) {
-        return;
-      }
-      std::wstring title;
-      for (int i = 0; i < item->getTitleLength(); ++i) {
-        title += static_cast<wchar_t>(item->getTitle()[i]);
-      }
-      add_line(Orlec::ParseTextType_other, morvabs::to_utf8(title));
-      item->open();
-      read_outline(item->getKids(), depth + 1);
-    }
-  }
-
-  PDFDoc& document_;
-  PdfSink& sink_;
-  std::string page_text_;
-  bool going_ = true;
-  bool has_main_text_ = false;
-  bool has_page_ = false;
-};
-
 /// A document that was opened without a password, as far as it could be.
 class OpenedDocument {
  public:
@@ -392,7 +106,7 @@ void read_document(Orlec::Reader const& reader, PdfSink& sink) {
     }
     return;
   }
-  DocumentText text(document, sink);
+  PdfDocumentText text(document, sink);
   text.read();
   if (!text.has_page()) {
     sink.end(Orlec::ParseOutcome::damaged, "no page can be read");

@@ -1,7 +1,11 @@
 #include "morvakit/pdf_text.h"
 
 #include <algorithm>
+#include <charconv>
 #include <cstddef>
+#include <cstdint>
+
+#include "host/utf8.h"
 
 namespace morvakit {
 
@@ -31,6 +35,38 @@ std::size_t count_characters(std::string_view utf8) {
 bool goes_on(std::string_view line, std::string_view next) {
   return ends_with_han(line) && begins_with_han(next) &&
          count_characters(line) * 3 >= count_characters(next) * 2;
+}
+
+struct NamedCharacter {
+  std::string_view reference;
+  char character;
+};
+
+constexpr NamedCharacter named_characters[] = {
+    {"&amp;", '&'}, {"&lt;", '<'}, {"&gt;", '>'}, {"&quot;", '"'}, {"&apos;", '\''}};
+
+/// Adds the character that a reference in front of the markup stands for, else what stands there;
+/// returns the length of that.
+std::size_t append_reference(std::string_view markup, std::string& text) {
+  for (auto const& named : named_characters) {
+    if (markup.starts_with(named.reference)) {
+      text += named.character;
+      return named.reference.size();
+    }
+  }
+  constexpr std::size_t longest = 12;
+  bool const is_hexadecimal = markup.starts_with("&#x");
+  auto const end = markup.substr(0, longest).find(';');
+  if (!markup.starts_with("&#") || end == std::string_view::npos) {
+    text += markup.front();
+    return 1;
+  }
+  auto const digits = markup.substr(0, end).substr(is_hexadecimal ? 3 : 2);
+  std::uint32_t value = 0;
+  std::from_chars(digits.data(), digits.data() + digits.size(), value, is_hexadecimal ? 16 : 10);
+  char bytes[4];
+  text.append(bytes, morvabs::encode_utf8(std::max<std::uint32_t>(value, ' '), bytes));
+  return end + 1;
 }
 
 }  // namespace
@@ -68,6 +104,24 @@ std::string join_han_lines(std::string_view utf8) {
       text += '\n';
     }
   }
+  return text;
+}
+
+std::string text_of_markup(std::string_view markup) {
+  std::string text;
+  while (!markup.empty()) {
+    auto const end = markup.find_first_of("<&");
+    text += markup.substr(0, end);
+    markup.remove_prefix(std::min(end, markup.size()));
+    if (markup.starts_with('<')) {
+      bool const is_line_end = markup.starts_with("</p") || markup.starts_with("<br");
+      text += is_line_end && !text.empty() ? "\n" : "";
+      markup.remove_prefix(std::min(markup.find('>'), markup.size() - 1) + 1);
+    } else if (!markup.empty()) {
+      markup.remove_prefix(append_reference(markup, text));
+    }
+  }
+  text.resize(text.find_last_not_of(" \r\n\t") + 1);
   return text;
 }
 

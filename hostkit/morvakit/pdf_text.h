@@ -14,4 +14,8 @@ std::string without_ligatures(std::string_view utf8);
 /// no Han character, and behind a line that is much shorter than the next, as a heading is.
 std::string join_han_lines(std::string_view utf8);
 
+/// The text of a short piece of XML or HTML: without its tags, the characters that have names in
+/// XML put in, paragraphs and line breaks as line ends.
+std::string text_of_markup(std::string_view markup);
+
 }  // namespace morvakit
