@@ -160,7 +160,7 @@ bool PlacedText::repeats(std::span<Character const> run, RunStyle const& style) 
   constexpr double shadow = 0.15;
   auto const shift = length(between(run_start_, run.front().place));
   bool const is_same =
-      has_last_ && shift < shadow * length(style.em) &&
+      has_last_ && run.front().is_placed && shift < shadow * length(style.em) &&
       std::equal(run.begin(), run.end(), run_.begin(), run_.end(),
                  [](Character const& left, wchar_t right) { return left.code == right; });
   run_.clear();
@@ -177,28 +177,25 @@ PlacedText::Spacing PlacedText::spacing_of(std::span<Character const> run) const
   std::size_t count = 0;
   for (std::size_t i = 0; i < run.size(); ++i) {
     spacing.has_blanks = spacing.has_blanks || is_blank(run[i].code);
-    if (i > 0 && run[i].is_placed && run[i - 1].is_placed) {
+    if (i > 0 && run[i].is_placed) {
       auto const along = way(between(run[i - 1].place, run[i].place), last_em_).along;
-      sum += std::max(along, 0.0);
+      sum += along > 0 ? along - width(run[i - 1].code) : 0;
       count += along > 0 ? 1 : 0;
     }
   }
-  spacing.mean_step = count > 0 ? sum / static_cast<double>(count) : 0;
+  spacing.mean_gap = count > 0 ? std::max(sum / static_cast<double>(count), 0.0) : 0;
   return spacing;
 }
 
 /// Within a string that has blanks of its own, or is spaced out evenly, a gap means nothing.
 char PlacedText::separator_within(Character const& next, Spacing const& spacing) const {
-  constexpr double uneven = 1.3;
   auto const step = way(between(last_.place, next.place), last_em_);
   bool const is_next_line = step.along < -line_shift || std::abs(step.across) > line_shift;
   if (is_next_line) {
     return is_letter(last_.code) && is_letter(next.code) ? ' ' : '\0';
   }
-  auto const gap = step.along - last_width_;
-  bool const is_gap = !spacing.has_blanks && gap > usual_room(last_.code, next.code) &&
-                      step.along > uneven * spacing.mean_step;
-  return is_gap ? ' ' : '\0';
+  auto const room = usual_room(last_.code, next.code) + spacing.mean_gap;
+  return !spacing.has_blanks && step.along - last_width_ > room ? ' ' : '\0';
 }
 
 char PlacedText::separator_between(Character const& next, PagePoint em, bool is_alone) const {
@@ -292,16 +289,11 @@ char PlacedText::begin_run(Character const& first, RunStyle const& style, bool i
 }
 
 void PlacedText::add_shown(std::span<Character const> run, RunStyle const& style) {
-  bool is_first = true;
-  Spacing spacing;
-  Character previous = run.front();
+  bool is_first = run.front().is_placed || !has_last_;
+  auto previous = is_first ? run.front() : last_;
+  auto spacing = is_first ? Spacing{} : spacing_of(run);
   for (auto character : run) {
-    if (!character.is_placed) {
-      auto const on = guess_width(previous.code);
-      guessed_ += on;
-      character.place = {previous.place.x + on * style.em.x, previous.place.y + on * style.em.y};
-    }
-    guessed_ = character.is_placed ? 0 : guessed_;
+    place_behind(previous, style.em, character);
     previous = character;
     if (is_blank(character.code)) {
       pending_ = rank(pending_) > 0 ? pending_ : ' ';
@@ -324,6 +316,17 @@ void PlacedText::add_shown(std::span<Character const> run, RunStyle const& style
     last_width_ = character.is_placed ? width(character.code) : guess_width(character.code);
   }
   last_is_alone_ = run.size() == 1;
+}
+
+/// Gives a character without a place the one where the character before it is likely to end.
+void PlacedText::place_behind(Character const& previous, PagePoint em, Character& character) {
+  if (character.is_placed) {
+    guessed_ = 0;
+    return;
+  }
+  auto const on = guess_width(previous.code);
+  guessed_ += on;
+  character.place = {previous.place.x + on * em.x, previous.place.y + on * em.y};
 }
 
 void PlacedText::add(std::span<Character const> run, RunStyle const& style) {

@@ -56,7 +56,8 @@ class PlacedText {
   struct Character {
     wchar_t code = 0;
     PagePoint place;
-    /// The place is known. If not, the character follows the one before it in its run.
+    /// The place is known. If not, the character follows the one before it; a run that begins with
+    /// such a one goes on with the string of the run before.
     bool is_placed = true;
   };
 
@@ -76,7 +77,7 @@ class PlacedText {
   /// What may stand between two characters of one string.
   struct Spacing {
     bool has_blanks = false;
-    double mean_step = 0;
+    double mean_gap = 0;
   };
 
   void choose_font(std::string_view font);
@@ -85,6 +86,7 @@ class PlacedText {
   double width(wchar_t code) const;
   double guess_width(wchar_t code) const;
   void add_shown(std::span<Character const> run, RunStyle const& style);
+  void place_behind(Character const& previous, PagePoint em, Character& character);
   char begin_run(Character const& first, RunStyle const& style, bool is_alone);
   char separator_within(Character const& next, Spacing const& spacing) const;
   char separator_between(Character const& next, PagePoint em, bool is_alone) const;

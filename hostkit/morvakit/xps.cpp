@@ -217,21 +217,22 @@ void XpsPageHandler::add_run() {
   codes_.clear();
   morvabs::append_wide(codes_, glyphs_.text);
   GlyphIndices indices(glyphs_.indices);
+  GlyphIndices::Cluster cluster;
+  std::size_t held = 0;  // units of UTF-16 that the cluster has still to take
   auto pen = glyphs_.origin;
   bool is_known = true;
-  std::size_t held = 0;  // units of UTF-16 that the cluster has still to take
-  GlyphIndices::Cluster cluster;
   run_.clear();
   for (wchar_t const code : codes_) {
     if (held == 0) {
-      pen.x += step * cluster.advance / 100;
-      is_known = run_.empty() || (is_known && cluster.has_advance);
       cluster = indices.take();
       held = cluster.characters;
     }
-    auto const units = std::size_t{code > 0xFFFF ? 2U : 1U};
-    held -= std::min(units, held);
     run_.push_back({code, matrix.apply(pen), is_known});
+    auto const units = std::min(std::size_t{code > 0xFFFF ? 2U : 1U}, held);
+    held -= units;
+    is_known = is_known && cluster.has_advance;
+    pen.x += step / 100 * cluster.advance * static_cast<double>(units) /
+             static_cast<double>(cluster.characters);
     if (run_.size() >= longest_run) {
       text_.add(run_, style);
       run_.clear();

@@ -1,3 +1,6 @@
+#include <random>
+#include <string>
+
 #include <gtest/gtest.h>
 
 #include "hostkit/morvakit/office_documents.h"
@@ -13,6 +16,18 @@ test::Parsed parse_text(std::string const& body) {
 
 test::Parsed parse_sheet(std::string const& body) {
   return test::parse_bytes(OfficeDocument::open_document("spreadsheet", body).bytes());
+}
+
+/// A document that is one file, from what stands in its root.
+std::string flat(std::string const& kind, std::string const& content) {
+  auto text = odf_part("office:document", content);
+  text.insert(text.find("<office:document") + std::string("<office:document").size(),
+              " office:mimetype=\"application/vnd.oasis.opendocument." + kind + "\"");
+  return text;
+}
+
+std::string flat_text(std::string const& body) {
+  return flat("text", "<office:body><office:text>" + body + "</office:text></office:body>");
 }
 
 }  // namespace
@@ -173,4 +188,134 @@ TEST(Odf, an_encrypted_document_is_refused) {
   EXPECT_EQ(parsed.outcome, ParseOutcome::encrypted);
   EXPECT_EQ(parsed.reason, "the document needs a password");
   EXPECT_TRUE(parsed.text.empty());
+}
+
+TEST(Odf, objects_count_as_embedded_documents) {
+  auto document = OfficeDocument::open_document(
+      "text", "<text:p>body<draw:object xlink:href=\"./Object 1\"/></text:p>");
+  document.part("Object 1/content.xml",
+                odf_part("office:document-content",
+                         "<office:body><office:spreadsheet><table:table table:name=\"Sheet\">"
+                         "<table:table-row><table:table-cell office:value=\"7\"/>"
+                         "</table:table-row></table:table></office:spreadsheet></office:body>"));
+  auto const parsed = test::parse_bytes(document.bytes());
+  EXPECT_EQ(parsed.main(), "body\nSheet\n7");
+  EXPECT_EQ(parsed.counts.i_embed, 1);
+}
+
+TEST(Odf, objects_of_objects_are_read_and_circles_end) {
+  auto document = OfficeDocument::open_document("text", "<draw:object xlink:href=\"./A\"/>");
+  document.part("A/content.xml",
+                odf_part("office:document-content",
+                         "<office:body><text:p>a</text:p><draw:object xlink:href=\"./B\"/>"
+                         "</office:body>"));
+  document.part("A/B/content.xml",
+                odf_part("office:document-content",
+                         "<office:body><text:p>b</text:p><draw:object xlink:href=\"../../A\"/>"
+                         "</office:body>"));
+  EXPECT_EQ(test::parse_bytes(document.bytes()).main(), "a\nb");
+}
+
+TEST(Odf, files_of_the_package_are_read_behind_the_text) {
+  auto document = OfficeDocument::open_document(
+      "text", "<text:p>a<draw:object-ole xlink:href=\"./Object 1\"/>b</text:p>");
+  document.part("Object 1", "the file");
+  auto const parsed = test::parse_bytes(document.bytes());
+  EXPECT_EQ(parsed.main(), "ab\nthe file");
+  EXPECT_EQ(parsed.counts.i_embed, 1);
+}
+
+TEST(Odf, pictures_of_the_package_are_counted) {
+  auto document = OfficeDocument::open_document("text", "<text:p>a</text:p>");
+  document.part("Pictures/1.png", "x").part("ObjectReplacements/Object 1", "x");
+  EXPECT_EQ(test::parse_bytes(document.bytes()).counts.i_img, 1);
+}
+
+TEST(Odf, pages_are_those_that_the_properties_state) {
+  auto document = OfficeDocument::open_document("text", "<text:p>a</text:p>");
+  document.part("meta.xml", odf_part("office:document-meta",
+                                     "<office:meta><meta:document-statistic "
+                                     "meta:page-count=\"12\"/></office:meta>"));
+  EXPECT_EQ(test::parse_bytes(document.bytes()).counts.i_page, 12);
+}
+
+TEST(Odf, pages_of_a_show_are_its_slides_and_those_of_a_workbook_its_sheets) {
+  auto const show = OfficeDocument::open_document("presentation", "<draw:page/><draw:page/>");
+  EXPECT_EQ(test::parse_bytes(show.bytes()).counts.i_page, 2);
+  EXPECT_EQ(parse_sheet("<table:table/><table:table/><table:table/>").counts.i_page, 3);
+}
+
+TEST(Odf, addresses_behind_links_are_other_text) {
+  auto const parsed = parse_text(
+      "<text:p><text:a xlink:href=\"http://a.example\">there</text:a>"
+      "<text:a xlink:href=\"#here\">here</text:a></text:p>");
+  EXPECT_EQ(parsed.main(), "therehere");
+  EXPECT_EQ(parsed.kind(Orlec::ParseTextType_other), "http://a.example");
+}
+
+TEST(FlatOdf, text_is_read_as_from_a_package) {
+  auto const parsed = test::parse_bytes(flat_text(
+      "<text:h>One</text:h><text:p>a<text:s text:c=\"2\"/>b<text:note text:note-class=\"footnote\">"
+      "<text:note-body><text:p>foot</text:p></text:note-body></text:note></text:p>"));
+  EXPECT_EQ(parsed.main(), "One\na  b");
+  EXPECT_EQ(parsed.kind(Orlec::ParseTextType_fn), "foot");
+  EXPECT_EQ(parsed.outcome, ParseOutcome::text);
+}
+
+TEST(FlatOdf, sheets_have_their_names) {
+  auto const parsed = test::parse_bytes(
+      flat("spreadsheet",
+           "<office:body><office:spreadsheet><table:table table:name=\"First\"><table:table-row>"
+           "<table:table-cell office:value=\"1\"/><table:table-cell><text:p>2</text:p>"
+           "</table:table-cell></table:table-row></table:table></office:spreadsheet>"
+           "</office:body>"));
+  EXPECT_EQ(parsed.main(), "First\n1\t2");
+  EXPECT_EQ(parsed.counts.i_page, 1);
+}
+
+TEST(FlatOdf, properties_headers_and_styles_are_told_apart) {
+  auto const parsed = test::parse_bytes(
+      flat("text",
+           "<office:meta><dc:title>Plan</dc:title><meta:document-statistic "
+           "meta:page-count=\"3\"/></office:meta><office:styles><text:p>sample</text:p>"
+           "</office:styles><office:master-styles><style:master-page><style:header>"
+           "<text:p>head</text:p></style:header></style:master-page></office:master-styles>"
+           "<office:body><office:text><text:p>body</text:p></office:text></office:body>"));
+  EXPECT_EQ(parsed.main(), "body");
+  EXPECT_EQ(parsed.kind(Orlec::ParseTextType_hf), "head");
+  EXPECT_EQ(parsed.kind(Orlec::ParseTextType_property), "title: Plan");
+  EXPECT_EQ(parsed.counts.i_page, 3);
+}
+
+TEST(FlatOdf, embedded_files_follow_the_text_and_pictures_are_counted) {
+  auto const parsed = test::parse_bytes(flat_text(
+      "<text:p>a<draw:frame><draw:object-ole><office:binary-data>dGhlIGZp\n  bGU=\n"
+      "</office:binary-data></draw:object-ole><draw:image><office:binary-data>AAAA"
+      "</office:binary-data></draw:image></draw:frame>"
+      "<draw:image><office:binary-data>dGV4dA==</office:binary-data></draw:image>b</text:p>"));
+  EXPECT_EQ(parsed.main(), "ab\nthe file");
+  EXPECT_EQ(parsed.counts.i_embed, 1);
+}
+
+TEST(FlatOdf, a_document_that_is_cut_short_is_damaged_and_read_so_far) {
+  auto const whole = flat_text("<text:p>one</text:p><text:p>two</text:p>");
+  auto const parsed = test::parse_bytes(whole.substr(0, whole.find("two")));
+  EXPECT_EQ(parsed.main(), "one");
+  EXPECT_EQ(parsed.outcome, ParseOutcome::damaged);
+}
+
+TEST(FlatOdf, every_truncation_and_flipped_bytes_end_well) {
+  auto const bytes = flat_text(
+      "<text:p>a<draw:object-ole><office:binary-data>dGhl</office:binary-data></draw:object-ole>"
+      "</text:p><table:table><table:table-row><table:table-cell/></table:table-row>"
+      "</table:table>");
+  for (std::size_t length = 0; length < bytes.size(); ++length) {
+    test::parse_bytes(bytes.substr(0, length));
+  }
+  std::mt19937 random(7);
+  for (int round = 0; round < 500; ++round) {
+    auto changed = bytes;
+    changed[random() % changed.size()] = static_cast<char>(random());
+    test::parse_bytes(changed);
+  }
 }
