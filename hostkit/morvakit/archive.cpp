@@ -24,6 +24,8 @@ struct Kind {
   ArchivePacking packing;
 };
 
+constexpr std::string_view broken = "the archive is broken or cut short";
+
 constexpr std::array kinds{
     Kind{"tar", ArchiveLayout::tar_or_file, ArchivePacking::none},
     Kind{"gz", ArchiveLayout::tar_or_file, ArchivePacking::gzip},
@@ -54,7 +56,7 @@ class ArchiveReading {
 
  private:
   void read_entry(ArchiveEntry const& entry);
-  void read_file(std::string const& name, bool is_wanted);
+  void read_file(ArchiveEntry const& entry, std::string const& name);
   void finish(ArchiveStream::Step step);
 
   Orlec::Reader const& reader_;
@@ -102,16 +104,19 @@ void ArchiveReading::read_entry(ArchiveEntry const& entry) {
     context_.note(ParseOutcome::incomplete, "\"" + name + "\": packed in a way not known here");
     return;
   }
-  read_file(name, entry.is_file);
+  read_file(entry, name);
 }
 
 /// What is not wanted is unpacked all the same, within the bounds: otherwise the archive would skip
 /// it, however much it unpacks to.
-void ArchiveReading::read_file(std::string const& name, bool is_wanted) {
+void ArchiveReading::read_file(ArchiveEntry const& entry, std::string const& name) {
   ArchiveMember member(name, context_);
+  bool is_wanted = entry.is_file;
   for (;;) {
     auto const got = archive_.read(piece_.data(), piece_.size());
-    if (got < 0) {
+    if (got < 0 && entry.name.empty()) {
+      context_.note(ParseOutcome::damaged, broken);
+    } else if (got < 0) {
       context_.note(ParseOutcome::incomplete, "\"" + name + "\": cannot be unpacked");
     }
     if (got <= 0) {
@@ -133,7 +138,7 @@ void ArchiveReading::finish(ArchiveStream::Step step) {
   if (step == ArchiveStream::Step::encrypted || is_locked) {
     context_.end(ParseOutcome::encrypted, "the archive needs a password");
   } else if (step == ArchiveStream::Step::damaged) {
-    context_.end(ParseOutcome::damaged, "the archive is broken or cut short");
+    context_.end(ParseOutcome::damaged, broken);
   }
 }
 

@@ -124,35 +124,36 @@ void OpenPackage::meet(Relationship const& relationship) {
   bool const is_picture = type == "image";
   bool const is_text = type == "aFChunk";
   bool const is_file = type == "package" || type == "oleObject";
-  auto const& part = relationship.target;
-  if (relationship.external || !(is_picture || is_text || is_file) || !container_.find(part) ||
-      !context_.charge_memory(2 * (sizeof(std::string) + part.size())) ||
-      !met_.insert(part).second) {
+  if (relationship.external || !(is_picture || is_text || is_file)) {
+    return;
+  }
+  auto const part = container_.find(relationship.target);
+  if (!part || !met_.insert(*part).second) {
     return;
   }
   if (is_picture) {
     context_.count_images(1);
   } else {
-    (is_text ? text_pieces_ : embedded_).push_back(part);
+    (is_text ? text_pieces_ : embedded_).push_back(*part);
   }
 }
 
 void OpenPackage::read_embedded_parts() {
-  for (auto const& part : text_pieces_) {
+  for (auto const part : text_pieces_) {
     read_embedded_part(part);
   }
-  for (auto const& part : embedded_) {
+  for (auto const part : embedded_) {
     read_embedded_part(part);
   }
 }
 
-void OpenPackage::read_embedded_part(std::string const& part) {
-  auto const index = container_.find(part);
-  if (!index || !context_.keep_going()) {
+void OpenPackage::read_embedded_part(std::uint64_t part) {
+  if (!context_.keep_going()) {
     return;
   }
-  ArchiveMember file(part, context_);
-  container_.read_member(*index, part,
+  auto const& name = container_.name(part);
+  ArchiveMember file(name, context_);
+  container_.read_member(part, name,
                          [&file](std::string_view bytes) { return file.append(bytes); });
   file.finish();
 }

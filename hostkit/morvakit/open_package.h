@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -70,14 +71,15 @@ class OpenPackage {
 
  private:
   void meet(Relationship const& relationship);
-  void read_embedded_part(std::string const& part);
+  void read_embedded_part(std::uint64_t part);
 
   ReadContext& context_;
   ZipContainer container_;
   std::unordered_set<std::string> parsed_;
-  std::unordered_set<std::string> met_;
-  std::vector<std::string> text_pieces_;
-  std::vector<std::string> embedded_;
+  // By their places in the container, where a part has one whatever it is called by.
+  std::unordered_set<std::uint64_t> met_;
+  std::vector<std::uint64_t> text_pieces_;
+  std::vector<std::uint64_t> embedded_;
 };
 
 /// Finds relationships by their id. They stay the caller's and have to outlive it.

@@ -223,7 +223,137 @@ TEST(Docx, the_text_of_a_chart_follows_the_body) {
           "<c:f>Sheet1!A1</c:f><c:strCache><c:pt><c:v>North</c:v></c:pt></c:strCache></c:strRef>"
           "</c:cat><c:val><c:numRef><c:numCache><c:pt><c:v>5</c:v></c:pt></c:numCache></c:numRef></"
           "c:val>"));
-  EXPECT_EQ(test::parse_bytes(document.bytes()).main(), "body\nSales\nNorth");
+  EXPECT_EQ(test::parse_bytes(document.bytes()).main(), "body\nSales\nNorth\n5");
+}
+
+TEST(Docx, numbers_of_a_chart_that_are_dates_are_written_as_dates) {
+  auto document = OfficeDocument::word(paragraph("body"));
+  document.relation("word/document.xml", "rId7", "chart", "charts/chart1.xml");
+  document.part("word/charts/chart1.xml",
+                word_part("c:chartSpace",
+                          "<c:cat><c:numRef><c:numCache><c:formatCode>yyyy-mm-dd</c:formatCode>"
+                          "<c:pt><c:v>45000</c:v></c:pt><c:pt><c:v>45001</c:v></c:pt></c:numCache>"
+                          "</c:numRef></c:cat><c:val><c:numLit><c:formatCode>General"
+                          "</c:formatCode><c:pt><c:v>2.5</c:v></c:pt></c:numLit></c:val>"));
+  EXPECT_EQ(test::parse_bytes(document.bytes()).main(), "body\n2023-03-15\t2023-03-16\n2.5");
+}
+
+TEST(Docx, shapes_that_a_user_drew_on_a_chart_are_read) {
+  auto document = OfficeDocument::word(paragraph("body"));
+  document.relation("word/document.xml", "rId7", "chart", "charts/chart1.xml");
+  document.relation("word/charts/chart1.xml", "rId1", "chartUserShapes", "../drawings/d.xml");
+  document.part("word/charts/chart1.xml", word_part("c:chartSpace", ""));
+  document.part("word/drawings/d.xml",
+                word_part("c:userShapes", "<a:p><a:r><a:t>remark</a:t></a:r></a:p>"));
+  EXPECT_EQ(test::parse_bytes(document.bytes()).main(), "body\nremark");
+}
+
+TEST(Docx, an_embedded_workbook_follows_the_text) {
+  auto document = OfficeDocument::word(paragraph("body"));
+  document.relation("word/document.xml", "rId7", "package", "embeddings/sheet.xlsx");
+  document.relation("word/document.xml", "rId8", "package", "embeddings/sheet.xlsx");
+  document.part("word/embeddings/sheet.xlsx",
+                OfficeDocument::workbook("<sheetData><row><c t=\"inlineStr\"><is><t>cell</t></is>"
+                                         "</c></row></sheetData>")
+                    .bytes());
+  auto const parsed = test::parse_bytes(document.bytes());
+  EXPECT_EQ(parsed.main(), "body\nFirst\ncell");
+  EXPECT_EQ(parsed.counts.i_embed, 1);
+}
+
+TEST(Docx, the_workbook_behind_a_chart_is_embedded) {
+  auto document = OfficeDocument::word(paragraph("body"));
+  document.relation("word/document.xml", "rId7", "chart", "charts/chart1.xml");
+  document.relation("word/charts/chart1.xml", "rId1", "package", "../embeddings/data.csv");
+  document.part("word/charts/chart1.xml", word_part("c:chartSpace", ""));
+  document.part("word/embeddings/data.csv", "a,b\n1,2");
+  EXPECT_EQ(test::parse_bytes(document.bytes()).main(), "body\na,b\n1,2");
+}
+
+TEST(Docx, a_damaged_embedded_file_leaves_the_document_incomplete) {
+  auto document = OfficeDocument::word(paragraph("body"));
+  document.relation("word/document.xml", "rId7", "package", "embeddings/sheet.xlsx");
+  auto const sheet = OfficeDocument::workbook("<sheetData/>").bytes();
+  document.part("word/embeddings/sheet.xlsx", sheet.substr(0, sheet.size() / 2));
+  auto const parsed = test::parse_bytes(document.bytes());
+  EXPECT_EQ(parsed.outcome, ParseOutcome::incomplete);
+  EXPECT_TRUE(parsed.reason.starts_with("\"word/embeddings/sheet.xlsx\": ")) << parsed.reason;
+  EXPECT_EQ(parsed.main(), "body");
+}
+
+TEST(Docx, an_embedded_file_that_is_locked_is_named) {
+  auto document = OfficeDocument::word(paragraph("body"));
+  ZipWriter::Options locked;
+  locked.encrypted = true;
+  document.relation("word/document.xml", "rId7", "package", "embeddings/a.txt");
+  document.part("word/embeddings/a.txt", "x", locked);
+  auto const parsed = test::parse_bytes(document.bytes());
+  EXPECT_EQ(parsed.outcome, ParseOutcome::incomplete);
+  EXPECT_EQ(parsed.reason, "\"word/embeddings/a.txt\" needs a password");
+}
+
+TEST(Docx, a_document_embedded_in_itself_ends) {
+  auto bytes = OfficeDocument::word(paragraph("body")).bytes();
+  for (int i = 0; i < 12; ++i) {
+    auto document = OfficeDocument::word(paragraph("body"));
+    document.relation("word/document.xml", "rId7", "package", "embeddings/d.docx");
+    document.part("word/embeddings/d.docx", bytes);
+    bytes = document.bytes();
+  }
+  auto const parsed = test::parse_bytes(bytes);
+  EXPECT_EQ(parsed.outcome, ParseOutcome::limit_reached);
+  EXPECT_EQ(parsed.counts.i_embed, 9);
+}
+
+TEST(Docx, pieces_of_text_in_other_formats_come_before_embedded_files) {
+  auto document = OfficeDocument::word(paragraph("body"));
+  document.relation("word/document.xml", "rId7", "package", "embeddings/a.txt");
+  document.relation("word/document.xml", "rId8", "aFChunk", "chunk.html");
+  document.part("word/embeddings/a.txt", "file");
+  document.part("word/chunk.html", "<html><body><p>chunk</p></body></html>");
+  EXPECT_EQ(test::parse_bytes(document.bytes()).main(), "body\nchunk\nfile");
+}
+
+TEST(Docx, files_that_lie_outside_are_not_embedded) {
+  auto document = OfficeDocument::word(paragraph("body"));
+  document.relation("word/document.xml", "rId7", "oleObject", "word/document.xml", true);
+  auto const parsed = test::parse_bytes(document.bytes());
+  EXPECT_EQ(parsed.outcome, ParseOutcome::text);
+  EXPECT_EQ(parsed.counts.i_embed, 0);
+}
+
+TEST(Docx, each_picture_is_counted_once) {
+  auto document = OfficeDocument::word(paragraph("body"));
+  document.relation("word/document.xml", "rId7", "image", "media/a.png");
+  document.relation("word/document.xml", "rId8", "image", "media/a.png");
+  document.relation("word/document.xml", "rId9", "header", "header.xml");
+  document.relation("word/header.xml", "rId1", "image", "media/b.png");
+  document.part("word/header.xml", word_part("w:hdr", paragraph("head")));
+  document.part("word/media/a.png", "a").part("word/media/b.png", "b");
+  EXPECT_EQ(test::parse_bytes(document.bytes()).counts.i_img, 2);
+}
+
+TEST(Docx, links_in_footnotes_are_other_text) {
+  auto document = OfficeDocument::word(paragraph("body"));
+  document.relation("word/document.xml", "rId7", "footnotes", "footnotes.xml");
+  document.relation("word/footnotes.xml", "rId1", "hyperlink", "http://example.org/x", true);
+  document.part("word/footnotes.xml", word_part("w:footnotes", paragraph("note")));
+  EXPECT_EQ(test::parse_bytes(document.bytes()).kind(Orlec::ParseTextType_other),
+            "http://example.org/x");
+}
+
+TEST(Docx, pages_are_those_that_the_properties_state) {
+  auto const pages = [](std::string const& stated) {
+    auto document = OfficeDocument::word(paragraph("body"));
+    document.relation("", "rId2", "extended-properties", "docProps/app.xml");
+    document.part("docProps/app.xml",
+                  "<Properties xmlns=\"p\"><Pages>" + stated + "</Pages></Properties>");
+    return test::parse_bytes(document.bytes()).counts.i_page;
+  };
+  EXPECT_EQ(pages("12"), 12);
+  EXPECT_EQ(pages("many"), 0);
+  EXPECT_EQ(pages("-3"), 0);
+  EXPECT_EQ(pages("99999999999999999999"), 0);
 }
 
 TEST(Docx, addresses_of_links_and_descriptions_of_pictures_are_other_text) {

@@ -19,6 +19,30 @@ TEST(Pptx, shapes_are_lines) {
             "title\nbody");
 }
 
+TEST(Pptx, slides_and_their_pictures_are_counted) {
+  auto document = OfficeDocument::show(
+      shape("one"),
+      R"(<p:sldIdLst><p:sldId id="2" r:id="rId2"/><p:sldId id="1" r:id="rId1"/></p:sldIdLst>)");
+  document.relation("ppt/presentation.xml", "rId2", "slide", "slides/slide2.xml");
+  document.relation("ppt/slides/slide1.xml", "rId1", "image", "../media/a.png");
+  document.relation("ppt/slides/slide2.xml", "rId1", "image", "../media/a.png");
+  document.part("ppt/slides/slide2.xml", slide(shape("two"))).part("ppt/media/a.png", "a");
+  auto const counts = test::parse_bytes(document.bytes()).counts;
+  EXPECT_EQ(counts.i_page, 2);
+  EXPECT_EQ(counts.i_img, 1);
+}
+
+TEST(Pptx, embedded_files_follow_all_slides) {
+  auto document = OfficeDocument::show(
+      shape("one"),
+      R"(<p:sldIdLst><p:sldId id="1" r:id="rId1"/><p:sldId id="2" r:id="rId2"/></p:sldIdLst>)");
+  document.relation("ppt/presentation.xml", "rId2", "slide", "slides/slide2.xml");
+  document.relation("ppt/slides/slide1.xml", "rId1", "package", "../embeddings/a.txt");
+  document.part("ppt/slides/slide2.xml", slide(shape("two")));
+  document.part("ppt/embeddings/a.txt", "file");
+  EXPECT_EQ(test::parse_bytes(document.bytes()).main(), "one\ntwo\nfile");
+}
+
 TEST(Pptx, slides_come_in_the_order_of_the_show) {
   auto document = OfficeDocument::show(
       shape("one"),

@@ -24,6 +24,20 @@ TEST(Xlsx, a_sheet_is_its_name_and_its_rows) {
   EXPECT_EQ(test::parse_bytes(OfficeDocument::workbook(data).bytes()).main(), "First\n1\t2\n3");
 }
 
+TEST(Xlsx, embedded_files_follow_all_sheets_and_sheets_are_counted) {
+  auto document = OfficeDocument::workbook(
+      "<sheetData><row><c><v>1</v></c></row></sheetData>",
+      R"(<sheets><sheet name="First" r:id="rId1"/><sheet name="Second" r:id="rId2"/></sheets>)");
+  document.relation("xl/workbook.xml", "rId2", "worksheet", "worksheets/sheet2.xml");
+  document.relation("xl/worksheets/sheet1.xml", "rId1", "oleObject", "../embeddings/a.txt");
+  document.part("xl/worksheets/sheet2.xml", sheet_part("worksheet", "<sheetData/>"));
+  document.part("xl/embeddings/a.txt", "file");
+  auto const parsed = test::parse_bytes(document.bytes());
+  EXPECT_EQ(parsed.main(), "First\n1\nSecond\nfile");
+  EXPECT_EQ(parsed.counts.i_page, 2);
+  EXPECT_EQ(parsed.counts.i_embed, 1);
+}
+
 TEST(Xlsx, all_types_of_cells_are_text) {
   EXPECT_EQ(
       cells(
