@@ -113,41 +113,35 @@ void PdfDocumentText::read_page(int number) {
   read_widgets(*page);
 }
 
+/// As they stand in the file: the library leaves out those that it could not draw.
 void PdfDocumentText::read_annotations(Page& page) {
-  auto* const annotations = page.getAnnots();
-  if (annotations == nullptr) {
-    return;
-  }
-  for (auto* const annotation : annotations->getAnnots()) {
-    if (!keep_going()) {
-      return;
-    }
-    if (annotation->getType() != Annot::typeWidget) {
-      read_annotation(*annotation);
+  auto const annotations = page.getAnnotsObject();
+  for (int i = 0; annotations.isArray() && i < annotations.arrayGetLength() && keep_going(); ++i) {
+    auto const annotation = annotations.arrayGet(i);
+    if (annotation.isDict()) {
+      read_annotation(annotation);
     }
   }
 }
 
-void PdfDocumentText::read_annotation(Annot& annotation) {
-  auto text = to_text(annotation.getContents());
-  auto const& object = annotation.getAnnotObj();
-  if (!object.isDict()) {
-    add_line(Orlec::ParseTextType_comment, text);
+void PdfDocumentText::read_annotation(Object const& annotation) {
+  auto const type = annotation.dictLookup("Subtype");
+  if (type.isName("Widget")) {
     return;
   }
+  auto text = to_text(annotation.dictLookup("Contents"));
   if (text.empty()) {
-    text = text_of_markup(to_text(object.dictLookup("RC")));
+    text = text_of_markup(to_text(annotation.dictLookup("RC")));
   }
-  auto const type = annotation.getType();
   // A window mostly repeats what it is the window of.
-  auto const parent = type == Annot::typePopup ? object.dictLookup("Parent") : Object(objNull);
+  auto const parent = type.isName("Popup") ? annotation.dictLookup("Parent") : Object(objNull);
   if (!parent.isDict() || to_text(parent.dictLookup("Contents")) != text) {
     add_line(Orlec::ParseTextType_comment, text);
   }
-  if (type == Annot::typeLink) {
-    read_link(object);
-  } else if (type == Annot::typeFileAttachment) {
-    parts_.add_file(object.getDict()->lookupNF("FS"));
+  if (type.isName("Link")) {
+    read_link(annotation);
+  } else if (type.isName("FileAttachment")) {
+    parts_.add_file(annotation.getDict()->lookupNF("FS"));
   }
 }
 

@@ -34,7 +34,7 @@ class PdfDocumentText {
   void read_page(int number);
   bool draw(int number, bool in_reading_order);
   void read_annotations(Page& page);
-  void read_annotation(Annot& annotation);
+  void read_annotation(Object const& annotation);
   void read_link(Object const& annotation);
   void read_widgets(Page& page);
   void read_caption(AnnotAppearanceCharacs const& look);

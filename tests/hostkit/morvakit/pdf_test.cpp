@@ -10,6 +10,7 @@
 #include "host/HTessarineResult.h"
 #include "hostkit/morvakit/parse_bytes.h"
 #include "hostkit/morvakit/pdf_builder.h"
+#include "hostkit/morvakit/scoped_limits.h"
 #include "hostkit/tessarine/pdf_protection.h"
 
 #include "support/temporary_directory.h"
@@ -110,6 +111,158 @@ TEST(Pdf, a_stored_value_that_an_option_stands_for_is_control_text) {
 TEST(Pdf, several_stored_values_are_control_text) {
   EXPECT_EQ(choice_text("/Ff 2097152/Opt[(red)(green)]/V[(red)(blue)(pink)]"),
             "red\ngreen\nblue\npink");
+}
+
+std::string comment_text(std::string const& annotation, std::string const& second = "") {
+  auto pdf = one_page(show("x"), helvetica, "", "/Annots[6 0 R 7 0 R]");
+  pdf.add("<</Type/Annot/Rect[10 10 20 20]" + annotation + ">>");
+  pdf.add("<</Type/Annot/Rect[10 10 20 20]" + (second.empty() ? "/Subtype/Ink" : second) + ">>");
+  return parse_bytes(pdf.bytes()).kind(Orlec::ParseTextType_comment);
+}
+
+TEST(Pdf, annotations_of_each_kind_are_comments) {
+  for (auto const* const kind : {"FreeText", "Highlight", "Stamp", "Ink", "Line", "Redact"}) {
+    EXPECT_EQ(comment_text("/Contents(said)/Subtype/" + std::string(kind)), "said") << kind;
+  }
+}
+
+TEST(Pdf, rich_contents_stand_in_for_plain_ones_that_are_missing) {
+  EXPECT_EQ(comment_text("/Subtype/FreeText/RC(<body><p>one &amp; <b>two</b></p></body>)"),
+            "one & two");
+  EXPECT_EQ(comment_text("/Subtype/FreeText/Contents(plain)/RC(<p>rich</p>)"), "plain");
+}
+
+TEST(Pdf, a_popup_is_told_where_it_says_more_than_its_parent) {
+  EXPECT_EQ(comment_text("/Subtype/Text/Contents(said)", "/Subtype/Popup/Parent 6 0 R"), "said");
+  EXPECT_EQ(
+      comment_text("/Subtype/Text/Contents(said)", "/Subtype/Popup/Parent 6 0 R/Contents(said)"),
+      "said");
+  EXPECT_EQ(
+      comment_text("/Subtype/Text/Contents(said)", "/Subtype/Popup/Parent 6 0 R/Contents(more)"),
+      "said\nmore");
+}
+
+TEST(Pdf, the_address_of_a_link_is_other_text) {
+  auto pdf = one_page(show("x"), helvetica, "", "/Annots[6 0 R]");
+  pdf.add("<</Type/Annot/Subtype/Link/Rect[0 0 9 9]/A<</S/URI/URI(http://a.example/)>>>>");
+  EXPECT_EQ(parse_bytes(pdf.bytes()).kind(Orlec::ParseTextType_other), "http://a.example/");
+}
+
+TEST(Pdf, a_field_that_no_page_shows_is_control_text) {
+  auto pdf = one_page(show("x"), helvetica, "/AcroForm<</Fields[6 0 R 8 0 R]>>");
+  pdf.add("<</T(group)/Kids[7 0 R]>>");
+  pdf.add("<</FT/Tx/T(a)/Parent 6 0 R/TU(Hidden one)/V(value)>>");
+  pdf.add("<</FT/Tx/T(b)/Ff 8192/V(secret)>>");
+  EXPECT_EQ(parse_bytes(pdf.bytes()).kind(Orlec::ParseTextType_control), "Hidden one\nvalue");
+}
+
+TEST(Pdf, a_value_that_is_a_stream_is_control_text) {
+  auto pdf = one_page(show("x"), helvetica, "/AcroForm<</Fields[6 0 R]>>");
+  pdf.add("<</FT/Tx/T(a)/V 7 0 R>>");
+  pdf.add_stream("long value");
+  EXPECT_EQ(parse_bytes(pdf.bytes()).kind(Orlec::ParseTextType_control), "long value");
+}
+
+std::string const xfa_template =
+    "<xdp:xdp xmlns:xdp='http://ns.adobe.com/xdp/'><template "
+    "xmlns='http://www.xfa.org/schema/xfa-template/3.0/'><subform><field><caption><value><text>"
+    "Name</text></value></caption><script>no()</script></field></subform></template>";
+std::string const xfa_data =
+    "<xfa:datasets xmlns:xfa='http://www.xfa.org/schema/xfa-data/1.0/'><xfa:data><form><name>Li "
+    "Wei</name><city> Suzhou</city></form></xfa:data></xfa:datasets></xdp:xdp>";
+
+TEST(Pdf, a_form_in_xml_is_control_text) {
+  auto pdf = one_page(show("x"), helvetica, "/AcroForm<</Fields[]/XFA 6 0 R>>");
+  pdf.add_stream(xfa_template + xfa_data);
+  EXPECT_EQ(parse_bytes(pdf.bytes()).kind(Orlec::ParseTextType_control), "Name\nLi Wei\n Suzhou");
+}
+
+TEST(Pdf, a_form_in_packets_is_control_text) {
+  auto pdf =
+      one_page(show("x"), helvetica, "/AcroForm<</Fields[]/XFA[(template)6 0 R(datasets)7 0 R]>>");
+  pdf.add_stream(xfa_template);
+  pdf.add_stream(xfa_data);
+  EXPECT_EQ(parse_bytes(pdf.bytes()).kind(Orlec::ParseTextType_control), "Name\nLi Wei\n Suzhou");
+}
+
+TEST(Pdf, a_form_in_broken_xml_is_damage) {
+  auto pdf = one_page(show("x"), helvetica, "/AcroForm<</Fields[]/XFA 6 0 R>>");
+  pdf.add_stream("<datasets>text");
+  auto const parsed = parse_bytes(pdf.bytes());
+  EXPECT_EQ(parsed.outcome, ParseOutcome::damaged);
+  EXPECT_EQ(parsed.main(), "x");
+}
+
+std::string properties_with_metadata(std::string const& info) {
+  auto pdf = one_page(show("x"), helvetica, "/Metadata 6 0 R");
+  pdf.add_stream(
+      "<?xpacket begin=''?><x:xmpmeta xmlns:x='adobe:ns:meta/'><rdf:RDF "
+      "xmlns:rdf='http://www.w3.org/1999/02/22-rdf-syntax-ns#'><rdf:Description "
+      "xmlns:dc='http://purl.org/dc/elements/1.1/' xmlns:pdf='http://ns.adobe.com/pdf/1.3/' "
+      "pdf:Keywords='k'><dc:title><rdf:Alt><rdf:li>A title</rdf:li></rdf:Alt></dc:title> "
+      "<dc:creator><rdf:Seq> <rdf:li>Li</rdf:li> <rdf:li>Wei</rdf:li></rdf:Seq></dc:creator>"
+      "</rdf:Description></rdf:RDF></x:xmpmeta><?xpacket end='w'?>");
+  pdf.add("<<" + info + ">>");
+  return parse_bytes(pdf.bytes("/Info 7 0 R")).kind(Orlec::ParseTextType_property);
+}
+
+TEST(Pdf, metadata_tell_properties_that_the_information_lacks) {
+  EXPECT_EQ(properties_with_metadata(""), "keywords: k\ntitle: A title\nauthor: Li, Wei");
+  EXPECT_EQ(properties_with_metadata("/Title(Own)/Author(Me)"),
+            "title: Own\nauthor: Me\nkeywords: k");
+}
+
+TEST(Pdf, pages_and_pictures_are_counted) {
+  auto const form =
+      "/Type/XObject/Subtype/Form/BBox[0 0 9 9]/Resources<</XObject<</I 7 0 R/F 8 0 "
+      "R/J 9 0 R>>>>";
+  auto const image =
+      "/Type/XObject/Subtype/Image/Width 1/Height 1/BitsPerComponent 8/ColorSpace"
+      "/DeviceGray";
+  auto pdf = one_page("/I Do /F Do", helvetica, "", "/Resources<</XObject<</I 7 0 R/F 8 0 R>>>>");
+  pdf.add("null");
+  pdf.add_stream("a", image);
+  pdf.add_stream("/I Do /F Do /J Do", form);
+  pdf.add_stream("b", image);
+  auto const bytes = pdf.bytes();
+  test::MemoryReader reader(bytes, "document.pdf");
+  std::unique_ptr<Orlec::ParseFile> const parser(Orlec::GetParser(&reader, false));
+  ASSERT_NE(parser, nullptr);
+  parser->InitFile();
+  EXPECT_EQ(parser->GetCounts().i_page, 1);
+  EXPECT_EQ(parser->GetCounts().i_img, 2);
+}
+
+TEST(Pdf, attached_files_are_read_behind_the_text_and_each_once) {
+  auto pdf = one_page(show("x"), helvetica,
+                      "/Names<</EmbeddedFiles<</Kids[6 0 R 6 0 R]>>>>/AF[7 0 R]", "/Annots[9 0 R]");
+  pdf.add("<</Names[(a.txt)7 0 R]/Kids[6 0 R]>>");
+  pdf.add("<</Type/Filespec/F(a.txt)/Desc(what it is)/EF<</F 8 0 R/UF 8 0 R>>>>");
+  pdf.add_stream("attached text", "/Type/EmbeddedFile");
+  pdf.add("<</Type/Annot/Subtype/FileAttachment/Rect[0 0 9 9]/FS<</F(b.txt)/EF<</F 10 0 R>>>>>>");
+  pdf.add_stream("second text", "/Type/EmbeddedFile");
+  auto const parsed = parse_bytes(pdf.bytes());
+  EXPECT_EQ(parsed.main(), "x\nsecond text\nattached text");
+  EXPECT_EQ(parsed.kind(Orlec::ParseTextType_other), "what it is");
+}
+
+TEST(Pdf, an_attached_document_is_read) {
+  auto pdf = one_page(show("x"), helvetica,
+                      "/Names<</EmbeddedFiles<</Names[(a)<</F(dir/a.pdf)/EF<</F 6 0 R>>>>]>>>>");
+  pdf.add_stream(one_page(show("inner")).bytes());
+  EXPECT_EQ(parse_bytes(pdf.bytes()).main(), "x\ninner");
+}
+
+TEST(Pdf, the_size_of_attached_files_is_bounded) {
+  auto pdf = one_page(show("x"), helvetica,
+                      "/Names<</EmbeddedFiles<</Names[(a)<</F(a.txt)/EF<</F 6 0 R>>>>]>>>>");
+  pdf.add_stream(std::string(200000, 'a'));
+  Orlec::ParseLimits limits;
+  limits.i_expanded_bytes = 100000;
+  test::ScopedLimits const scoped(limits);
+  auto const parsed = parse_bytes(pdf.bytes());
+  EXPECT_EQ(parsed.outcome, ParseOutcome::limit_reached);
+  EXPECT_EQ(parsed.reason, "unpacked parts over 100000 bytes");
 }
 
 TEST(Pdf, the_outline_is_other_text) {

@@ -5,6 +5,7 @@
 namespace {
 
 using morvakit::join_han_lines;
+using morvakit::text_of_markup;
 using morvakit::without_ligatures;
 
 TEST(PdfText, ligatures_are_written_out) {
@@ -43,6 +44,20 @@ TEST(PdfText, a_blank_line_parts_paragraphs) {
 TEST(PdfText, lines_of_other_text_stay) {
   EXPECT_EQ(join_han_lines("one\ntwo\n第一行。\n第二行a\n第三行\n"),
             "one\ntwo\n第一行。\n第二行a\n第三行\n");
+}
+
+TEST(PdfText, markup_gives_its_text) {
+  EXPECT_EQ(text_of_markup("<body><p>a <b>b</b></p><p>c<br/>d</p></body>"), "a b\nc\nd");
+}
+
+TEST(PdfText, references_in_markup_are_characters) {
+  EXPECT_EQ(text_of_markup("a&amp;b&lt;&#x4e2d;&#20013;"), "a&b<\xE4\xB8\xAD\xE4\xB8\xAD");
+}
+
+TEST(PdfText, broken_markup_is_survived) {
+  EXPECT_EQ(text_of_markup("a & b &#; &#x999999999999; <c"), "a & b   &#x999999999999;");
+  EXPECT_EQ(text_of_markup("<"), "");
+  EXPECT_EQ(text_of_markup("&"), "&");
 }
 
 }  // namespace
