@@ -46,23 +46,25 @@ constexpr std::array property_texts{
     NamedText{0x0065, "from"},        NamedText{0x5d02, "from"},
     NamedText{0x0c1a, "sender"},      NamedText{0x0c1f, "sender"},
     NamedText{0x5d01, "sender"},      NamedText{0x0050, "reply-to"},
-    NamedText{0x0070, "topic"},       NamedText{0x1035, "message-id"},
-    NamedText{0x3a05, "generation"},  NamedText{0x3a06, "given name"},
-    NamedText{0x3a08, "phone"},       NamedText{0x3a09, "phone"},
-    NamedText{0x3a0a, "initials"},    NamedText{0x3a11, "surname"},
-    NamedText{0x3a15, "address"},     NamedText{0x3a16, "company"},
-    NamedText{0x3a17, "title"},       NamedText{0x3a18, "department"},
-    NamedText{0x3a19, "office"},      NamedText{0x3a1a, "phone"},
-    NamedText{0x3a1b, "phone"},       NamedText{0x3a1c, "phone"},
-    NamedText{0x3a23, "fax"},         NamedText{0x3a24, "fax"},
-    NamedText{0x3a25, "fax"},         NamedText{0x3a26, "country"},
-    NamedText{0x3a27, "locality"},    NamedText{0x3a28, "state"},
-    NamedText{0x3a29, "street"},      NamedText{0x3a2a, "postal code"},
-    NamedText{0x3a2f, "phone"},       NamedText{0x3a30, "assistant"},
-    NamedText{0x3a44, "middle name"}, NamedText{0x3a46, "profession"},
-    NamedText{0x3a48, "spouse"},      NamedText{0x3a4e, "manager"},
-    NamedText{0x3a4f, "nickname"},    NamedText{0x3a50, "web page"},
-    NamedText{0x3a51, "web page"},    NamedText{0x3a5d, "street"},
+    NamedText{0x0070, "topic"},       NamedText{0x0040, "received by"},
+    NamedText{0x0044, "received by"}, NamedText{0x3ffa, "last modified by"},
+    NamedText{0x1035, "message-id"},  NamedText{0x3a05, "generation"},
+    NamedText{0x3a06, "given name"},  NamedText{0x3a08, "phone"},
+    NamedText{0x3a09, "phone"},       NamedText{0x3a0a, "initials"},
+    NamedText{0x3a11, "surname"},     NamedText{0x3a15, "address"},
+    NamedText{0x3a16, "company"},     NamedText{0x3a17, "title"},
+    NamedText{0x3a18, "department"},  NamedText{0x3a19, "office"},
+    NamedText{0x3a1a, "phone"},       NamedText{0x3a1b, "phone"},
+    NamedText{0x3a1c, "phone"},       NamedText{0x3a23, "fax"},
+    NamedText{0x3a24, "fax"},         NamedText{0x3a25, "fax"},
+    NamedText{0x3a26, "country"},     NamedText{0x3a27, "locality"},
+    NamedText{0x3a28, "state"},       NamedText{0x3a29, "street"},
+    NamedText{0x3a2a, "postal code"}, NamedText{0x3a2f, "phone"},
+    NamedText{0x3a30, "assistant"},   NamedText{0x3a44, "middle name"},
+    NamedText{0x3a46, "profession"},  NamedText{0x3a48, "spouse"},
+    NamedText{0x3a4e, "manager"},     NamedText{0x3a4f, "nickname"},
+    NamedText{0x3a50, "web page"},    NamedText{0x3a51, "web page"},
+    NamedText{0x3a5d, "street"},
 };
 
 bool is_blank(std::string_view text) {
@@ -117,8 +119,18 @@ void read_properties(MapiItem const& message, TextFlow& flow) {
   }
 }
 
-void read_named_texts(MapiItem const& message, TextFlow& flow) {
+std::string encoding_name(MapiItem const& item, MapiType type) {
+  return type == MapiType::text_16 ? std::string("UTF-16LE") : code_page_name(item.code_page());
+}
+
+/// The header block that the mail came with, and the named properties.
+void read_other_texts(MapiItem const& message, TextFlow& flow) {
   for (auto const type : {MapiType::text_8, MapiType::text_16}) {
+    auto const headers = message.bytes(tag(MapiId::transport_headers, type));
+    if (headers != nullptr) {
+      read_mail_text(*headers, encoding_name(message, type), Orlec::ParseTextType_other, {},
+                     flow.context());
+    }
     for (auto const& bytes : message.named_texts(type)) {
       auto const text = decode_mapi_text(*bytes, type, message.code_page());
       if (!is_blank(text)) {
@@ -135,9 +147,7 @@ bool read_plain_body(MapiItem const& message, ReadContext& context) {
     if (body == nullptr || is_blank(tessarine::read_piece(*body, 0, head_size))) {
       continue;
     }
-    auto const encoding =
-        type == MapiType::text_16 ? std::string("UTF-16LE") : code_page_name(message.code_page());
-    read_mail_text(*body, encoding, main_text, {}, context);
+    read_mail_text(*body, encoding_name(message, type), main_text, {}, context);
     return true;
   }
   return false;
@@ -226,7 +236,7 @@ void read_mapi_message(MapiItem const& message, ReadContext& context) {
   if (!read_plain_body(message, context) && !read_html_body(message, context)) {
     read_rtf_body(message, context);
   }
-  read_named_texts(message, flow);
+  read_other_texts(message, flow);
 }
 
 void read_mapi_recipient(MapiItem const& recipient, ReadContext& context) {

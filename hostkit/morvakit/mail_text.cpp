@@ -93,7 +93,9 @@ class TextLines {
                  character != '\n';
         },
         ' ');
-    has_delivered_ = has_delivered_ || !piece_.empty();
+    if (!piece_.empty() && !std::exchange(has_delivered_, true)) {
+      context_.separate(type_, '\n');
+    }
     bool const goes_on = context_.text(type_, piece_);
     piece_.clear();
     return goes_on;
@@ -225,7 +227,6 @@ std::string find_mail_encoding(Orlec::Reader const& text, std::string_view decla
 
 void read_mail_text(Orlec::Reader const& text, std::string_view declared_encoding,
                     Orlec::ParseTextType type, MailTextForm const& form, ReadContext& context) {
-  context.separate(type, '\n');
   TextLines text_lines(context, type, form);
   Lines lines(
       [&text_lines](std::string_view line, bool ends) { return text_lines.line(line, ends); });

@@ -52,38 +52,60 @@ struct EncodedWord {
   std::size_t length = 0;
 };
 
-/// Some mail programs put a whole subject into one word.
-constexpr std::size_t longest_word = 2048;
+/// Finds encoded words in a field from its beginning to its end.
+class EncodedWords {
+ public:
+  explicit EncodedWords(std::string_view field) : field_(field) {}
 
-std::optional<EncodedWord> parse_encoded_word(std::string_view text) {
-  text = text.substr(0, longest_word);
-  auto const charset_end = text.find('?', 2);
-  if (charset_end == std::string_view::npos || charset_end + 3 > text.size() ||
-      text[charset_end + 2] != '?') {
-    return std::nullopt;
+  /// The word that begins with the "=?" at that place.
+  std::optional<EncodedWord> at(std::size_t place) {
+    constexpr std::size_t longest_charset = 80;
+    auto const head = field_.substr(place, longest_charset);
+    auto const charset_end = head.find('?', 2);
+    if (charset_end == std::string_view::npos || charset_end + 3 > head.size() ||
+        head[charset_end + 2] != '?') {
+      return std::nullopt;
+    }
+    char const encoding = head[charset_end + 1];
+    bool const is_base64 = encoding == 'b' || encoding == 'B';
+    auto const begin = place + charset_end + 3;
+    auto const end = next_end(begin);
+    auto const charset = head.substr(2, charset_end - 2);
+    bool const has_room = charset.find_first_of(blanks) == std::string_view::npos;
+    if ((!is_base64 && encoding != 'q' && encoding != 'Q') || end == std::string_view::npos ||
+        !has_room) {
+      return std::nullopt;
+    }
+    return EncodedWord{charset.substr(0, charset.find('*')),
+                       decode(field_.substr(begin, end - begin), is_base64), end + 2 - place};
   }
-  char const encoding = text[charset_end + 1];
-  bool const is_base64 = encoding == 'b' || encoding == 'B';
-  auto const begin = charset_end + 3;
-  auto const end = text.find("?=", begin);
-  auto const charset = text.substr(2, charset_end - 2);
-  bool const has_room = charset.find_first_of(blanks) == std::string_view::npos;
-  if ((!is_base64 && encoding != 'q' && encoding != 'Q') || end == std::string_view::npos ||
-      !has_room) {
-    return std::nullopt;
+
+ private:
+  static std::string decode(std::string_view text, bool is_base64) {
+    std::string word(text);
+    if (!is_base64) {
+      std::replace(word.begin(), word.end(), '_', ' ');
+    }
+    std::string bytes;
+    TransferDecoder decoder(is_base64 ? Transfer::base64 : Transfer::quoted_printable);
+    decoder.decode(word, bytes);
+    decoder.finish(bytes);
+    return bytes;
   }
-  std::string word(text.substr(begin, end - begin));
-  if (!is_base64) {
-    std::replace(word.begin(), word.end(), '_', ' ');
+
+  /// The first "?=" at or behind a place; places do not go back, so that a field is searched once.
+  std::size_t next_end(std::size_t place) {
+    if (!is_searched_ || end_ < place) {
+      end_ = field_.find("?=", place);
+      is_searched_ = true;
+    }
+    return end_;
   }
-  EncodedWord decoded;
-  decoded.charset = charset.substr(0, charset.find('*'));
-  decoded.length = end + 2;
-  TransferDecoder decoder(is_base64 ? Transfer::base64 : Transfer::quoted_printable);
-  decoder.decode(word, decoded.bytes);
-  decoder.finish(decoded.bytes);
-  return decoded;
-}
+
+  std::string_view field_;
+  std::size_t end_ = 0;
+  bool is_searched_ = false;
+};
 
 /// Decodes a field's value piece by piece, keeping the bytes of encoded words that follow each
 /// other in one character set.
@@ -256,22 +278,25 @@ MimeValue parse_mime_value(std::string_view field) {
 }
 
 std::string decode_header(std::string_view field) {
+  field = trim(field);
+  EncodedWords words(field);
   HeaderText text;
   bool follows_word = false;
-  while (!field.empty()) {
-    auto const begin = std::min(field.find("=?"), field.size());
-    auto const word = parse_encoded_word(field.substr(begin));
-    auto const raw = field.substr(0, word ? begin : std::min(begin + 2, field.size()));
+  for (std::size_t at = 0; at < field.size();) {
+    auto const begin = std::min(field.find("=?", at), field.size());
+    auto const word = words.at(begin);
+    auto const end = word ? begin : std::min(begin + 2, field.size());
+    auto const raw = field.substr(at, end - at);
     // White space between two encoded words belongs to neither.
     bool const is_between = word && follows_word && trim(raw).empty();
     if (!is_between && !raw.empty()) {
       text.add_raw(raw);
     }
-    field.remove_prefix(word ? begin + word->length : raw.size());
     if (word) {
       text.add_word(*word);
     }
     follows_word = word.has_value();
+    at = end + (word ? word->length : 0);
   }
   return text.take();
 }

@@ -19,6 +19,10 @@ constexpr std::size_t most_header_bytes = std::size_t{8} << 20;
 constexpr std::size_t most_fields = 10000;
 constexpr std::size_t longest_boundary = 1000;
 
+/// What a mailbox, and some programs elsewhere, put in front of the first field.
+constexpr std::string_view envelope = "From ";
+constexpr std::string_view byte_order_mark = "\xef\xbb\xbf";
+
 bool is_blank(char character) {
   return character == ' ' || character == '\t';
 }
@@ -145,6 +149,9 @@ class Outliner {
     }
     bool const is_mail = outline_.parts.size() == 1;
     if (is_mail && !has_line_ && (text.empty() || is_envelope(text))) {
+      if (text.size() > envelope.size()) {
+        begin_field("envelope", text.substr(text.find(envelope) + envelope.size()));
+      }
       return;
     }
     auto const length = field_name_length(text);
@@ -162,7 +169,9 @@ class Outliner {
 
   /// Not a field, but what some programs put in front of the first one.
   static bool is_envelope(std::string_view text) {
-    return text.starts_with("From ") || text.starts_with(">From ") || text == "\xef\xbb\xbf";
+    return text.starts_with(envelope) ||
+           (text.starts_with('>') && text.substr(1).starts_with(envelope)) ||
+           text == byte_order_mark;
   }
 
   void begin_field(std::string name, std::string_view value) {

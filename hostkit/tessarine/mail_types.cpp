@@ -14,7 +14,8 @@ struct HeaderBlock {
   int transport = 0;  // fields that only mail programs write
   bool article = false;
   bool addressed = false;
-  bool related = false;  // the content is a page with its parts
+  bool has_address = false;  // "name@host" behind From or To
+  bool related = false;      // the content is a page with its parts
 };
 
 bool is_header_name(std::string_view name) {
@@ -41,6 +42,8 @@ void note_field(HeaderBlock& block, std::string const& name, std::string const& 
   block.article = block.article || name == "newsgroups";
   block.addressed = block.addressed || name == "to" || name == "received" ||
                     name == "return-path" || name == "delivered-to";
+  block.has_address = block.has_address ||
+                      ((name == "from" || name == "to") && value.find('@') != std::string::npos);
   block.related = block.related ||
                   (name == "content-type" && value.find("multipart/related") != std::string::npos);
 }
@@ -90,6 +93,7 @@ HeaderBlock read_headers(std::string_view rest) {
 
 Recognition recognize_mail(std::string_view head, std::string const& name_suffix) {
   auto rest = head;
+  rest.remove_prefix(rest.starts_with("\xef\xbb\xbf") ? 3 : 0);
   rest.remove_prefix(std::min(rest.find_first_not_of("\r\n"), rest.size()));
   auto const has_separator = rest.starts_with("From ");
   if (has_separator) {
@@ -98,9 +102,11 @@ Recognition recognize_mail(std::string_view head, std::string const& name_suffix
   auto const is_named_mail = name_suffix == "eml" || name_suffix == "mbox";
   auto const block = read_headers(rest);
   auto const has_fields = block.transport + block.common >= 2;
+  // Three fields with an address among them stand above a mail that never left its program.
+  auto const is_letter = block.transport != 0 || (block.common >= 3 && block.has_address);
   auto const is_message = has_separator   ? has_fields || block.transport != 0
                           : is_named_mail ? has_fields
-                                          : has_fields && block.transport != 0 && !block.article;
+                                          : has_fields && is_letter && !block.article;
   if (!is_message) {
     return {};
   }
@@ -110,8 +116,8 @@ Recognition recognize_mail(std::string_view head, std::string const& name_suffix
     return has_second || name_suffix != "eml" ? Recognition{FileType::mbox, "mbox"}
                                               : Recognition{FileType::eml, "eml"};
   }
-  return block.related && !block.addressed ? Recognition{FileType::mhtml, "mht"}
-                                           : Recognition{FileType::eml, "eml"};
+  auto const is_page = block.related && !block.addressed && name_suffix != "eml";
+  return is_page ? Recognition{FileType::mhtml, "mht"} : Recognition{FileType::eml, "eml"};
 }
 
 }  // namespace tessarine

@@ -26,6 +26,24 @@ TEST(RecognizeMail, a_letter_with_two_fields_is_a_text) {
             FileType::plain_text);
 }
 
+TEST(RecognizeMail, three_fields_with_an_address_make_a_message) {
+  EXPECT_EQ(recognize("From: a@example.org\nTo: b@example.org\nSubject: x\n\ntext\n").type,
+            FileType::eml);
+}
+
+TEST(RecognizeMail, three_fields_without_an_address_are_a_text) {
+  EXPECT_EQ(recognize("From: the board\nTo: all\nSubject: x\n\ntext\n", "letter.txt").type,
+            FileType::plain_text);
+}
+
+TEST(RecognizeMail, a_mark_in_front_of_the_first_field_is_passed_over) {
+  EXPECT_EQ(recognize("\xef\xbb\xbf" + message).type, FileType::eml);
+}
+
+TEST(RecognizeMail, a_message_in_its_transport_form_is_one) {
+  EXPECT_EQ(recognize("\x78\x9f\x3e\x22" + std::string(100, '\0')).type, FileType::tnef);
+}
+
 TEST(RecognizeMail, a_separator_line_makes_a_mailbox) {
   EXPECT_EQ(recognize("From a@example.org Mon Jun 01 10:00:00 2009\n" + message).type,
             FileType::mbox);
