@@ -11,6 +11,7 @@
 #include "morvakit/embedded.h"
 #include "morvakit/formats.h"
 #include "morvakit/ole_properties.h"
+#include "morvakit/spool.h"
 #include "morvakit/text_flow.h"
 
 #include "tessarine/byte_reader.h"
@@ -120,6 +121,26 @@ void read_doc(tessarine::OleStorage const& storage, ReadContext& context) {
   }
   context.count_pages(read_ole_properties(storage, flow));
   read_objects(storage, context);
+}
+
+/// The main stream begins with the file's first sector, and as a rule goes on without gaps.
+void read_doc_remains(Orlec::Reader const& reader, tessarine::Recognition const& /*recognition*/,
+                      ReadContext& context) {
+  constexpr std::uint16_t large_sectors = 12;
+  auto const sectors = tessarine::little16(tessarine::read_piece(reader, 30, 2), 0);
+  std::int64_t const begin = sectors == large_sectors ? 4096 : 512;
+  auto const open = [&] {
+    return std::make_unique<ReaderSlice>(reader, "WordDocument", begin, reader.GetSize() - begin);
+  };
+  WordStreams streams;
+  streams.text = open();
+  auto const header = WordHeader::read(*streams.text, 0);
+  if (!header.has_value()) {
+    return;
+  }
+  streams.tables = header->is_old() ? open() : nullptr;
+  TextFlow flow(context);
+  read_stories(*header, streams, std::nullopt, flow);
 }
 
 }  // namespace morvakit

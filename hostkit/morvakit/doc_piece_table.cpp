@@ -74,17 +74,47 @@ WordPiece make_piece(std::string_view entry, WordHeader const& header, PieceList
   return piece;
 }
 
+/// Finds text among bytes that are said to hold nothing else: from the first unit that is not zero
+/// up to the next that is.
+void trim_to_text(Orlec::Reader const& stream, WordExtent extent, WordPiece& piece) {
+  constexpr std::int64_t chunk_size = 64 << 10;
+  std::size_t const unit_size = piece.is_wide ? 2 : 1;
+  piece.offset = extent.offset;
+  for (std::int64_t at = 0; at < extent.size; at += chunk_size) {
+    auto const chunk =
+        tessarine::read_piece(stream, extent.offset + at, std::min(extent.size - at, chunk_size));
+    for (std::size_t i = 0; i + unit_size <= chunk.size(); i += unit_size) {
+      bool const is_zero = chunk[i] == '\0' && chunk[i + unit_size - 1] == '\0';
+      if (!is_zero) {
+        ++piece.end;
+      } else if (piece.end == 0) {
+        piece.offset += static_cast<std::int64_t>(unit_size);
+      } else {
+        return;
+      }
+    }
+    if (chunk.empty()) {
+      return;
+    }
+  }
+}
+
 /// Without a table, text that holds zero bytes is taken for UTF-16.
 WordPiece whole_text(WordHeader const& header, Orlec::Reader const& stream) {
   constexpr std::int64_t sample_size = 4096;
   auto const text = header.text();
   WordPiece piece;
-  piece.offset = text.offset;
+  if (header.is_old()) {
+    piece.is_wide = header.has_wide_text();
+    piece.offset = text.offset;
+    piece.end = text.size / (piece.is_wide ? 2 : 1);
+    return piece;
+  }
   auto const sample = tessarine::read_piece(stream, text.offset, std::min(text.size, sample_size));
-  piece.is_wide = header.is_old() ? header.has_wide_text()
-                                  : sample.find('\0') != std::string::npos ||
-                                        text.size >= 2 * header.total_length();
-  piece.end = text.size / (piece.is_wide ? 2 : 1);
+  auto const first = std::min(sample.find_first_not_of('\0'), sample.size());
+  piece.is_wide =
+      sample.find('\0', first) != std::string::npos || text.size >= 2 * header.total_length();
+  trim_to_text(stream, text, piece);
   return piece;
 }
 

@@ -33,15 +33,23 @@ void read_guarded(tessarine::Recognition const& recognition, ReadContext& contex
   }
 }
 
-/// A directory that cannot be read ends the reading, one that is damaged leaves what can be
-/// reached.
-void note_directory_fault(tessarine::OleStorage const& root, ReadContext& context) {
+/// A directory that is damaged leaves what can be reached, one that is lost what the type allows to
+/// find without it.
+void read_compound_file(Orlec::Reader const& reader, tessarine::Recognition const& recognition,
+                        StorageReadFunction read, ReadContext& context) {
+  tessarine::OleStorage const root(reader);
   if (root.is_over_bound()) {
     context.end(ParseOutcome::limit_reached, root.fault());
-  } else if (!root.is_open()) {
-    context.end(ParseOutcome::damaged, root.fault());
-  } else if (!root.fault().empty()) {
+    return;
+  }
+  if (!root.fault().empty()) {
     context.note(ParseOutcome::damaged, root.fault());
+  }
+  if (root.is_open()) {
+    read(root, context);
+  } else if (auto const read_remains = find_remains_reader(recognition.type);
+             read_remains != nullptr) {
+    read_remains(reader, recognition, context);
   }
 }
 
@@ -90,11 +98,7 @@ void read_document(Orlec::Reader const& reader, tessarine::Recognition const& re
       read_file(reader, recognition, context);
     } else if (auto const read_storage = find_storage_reader(recognition.type);
                read_storage != nullptr) {
-      tessarine::OleStorage const root(reader);
-      note_directory_fault(root, context);
-      if (!context.ended()) {
-        read_storage(root, context);
-      }
+      read_compound_file(reader, recognition, read_storage, context);
     } else {
       context.end(ParseOutcome::not_supported, "there is no reader for this type");
     }

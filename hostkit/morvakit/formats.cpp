@@ -80,6 +80,10 @@ StorageReadFunction find_storage_reader(tessarine::FileType type) {
   }
 }
 
+ReadFunction find_remains_reader(tessarine::FileType type) {
+  return type == tessarine::FileType::doc ? read_doc_remains : nullptr;
+}
+
 bool can_read(tessarine::FileType type) {
   return find_reader(type) != nullptr || find_storage_reader(type) != nullptr;
 }

@@ -20,7 +20,9 @@ using StorageReadFunction = void (*)(tessarine::OleStorage const& storage, ReadC
 /// one source and one line there.
 ReadFunction find_reader(tessarine::FileType type);
 StorageReadFunction find_storage_reader(tessarine::FileType type);
-/// Whether there is one of either kind.
+/// Reads what is left of a document of OLE2 whose directory is lost; null where there is no way to.
+ReadFunction find_remains_reader(tessarine::FileType type);
+/// Whether there is a reader of a file or of a storage.
 bool can_read(tessarine::FileType type);
 
 // The readers, one source each.
@@ -28,6 +30,7 @@ void read_plain_text(Orlec::Reader const&, tessarine::Recognition const&, ReadCo
 void read_xml(Orlec::Reader const&, tessarine::Recognition const&, ReadContext&);
 void read_html(Orlec::Reader const&, tessarine::Recognition const&, ReadContext&);
 void read_doc(tessarine::OleStorage const&, ReadContext&);
+void read_doc_remains(Orlec::Reader const&, tessarine::Recognition const&, ReadContext&);
 void read_docx(Orlec::Reader const&, tessarine::Recognition const&, ReadContext&);
 void read_xls(Orlec::Reader const&, tessarine::Recognition const&, ReadContext&);
 void read_xls_storage(tessarine::OleStorage const&, ReadContext&);

@@ -43,7 +43,7 @@ std::string best_name(std::vector<std::string> const& candidates) {
   std::string best;
   for (auto const& candidate : candidates) {
     auto const path = candidate.substr(0, candidate.find('\0'));
-    auto const name = path.substr(path.find_last_of("/\\") + 1);
+    auto name = path.substr(path.find_last_of("/\\") + 1);
     if (name.find('.') != std::string::npos) {
       return name;
     }

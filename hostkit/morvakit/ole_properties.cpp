@@ -334,14 +334,14 @@ void PropertySet::read(SetFormat const& format) {
     if (!flow_.context().keep_going()) {
       return;
     }
-    auto const name = name_of(property.number, format);
+    auto name = name_of(property.number, format);
     // Names that begin like this are the program's own: digests of links, identifiers.
     if (name.empty() || name.starts_with("_")) {
       continue;
     }
     auto const text = value(property.offset);
     if (!text.empty()) {
-      flow_.line(kind, name + ": " + text);
+      flow_.line(kind, name.append(": ").append(text));
     }
     if (format.begin == summary_names.data() && property.number == pages_property) {
       std::from_chars(text.data(), text.data() + text.size(), pages_);

@@ -429,6 +429,25 @@ TEST(Doc, without_its_pieces_wide_text_is_told_by_its_zeros) {
   EXPECT_EQ(parsed.reason, "the table of the text's pieces is missing");
 }
 
+TEST(Doc, without_a_directory_the_text_behind_the_first_header_is_read) {
+  WordBuilder document;
+  auto const stream = document.add(u"some text\r").text_stream() + std::string(4096, '\0');
+  auto bytes = test::make_ole({{"WordDocument", stream}});
+  bytes.resize(512 + stream.size());
+  auto const parsed = parse_bytes(bytes);
+  EXPECT_EQ(parsed.main(), "some text");
+  EXPECT_EQ(parsed.outcome, ParseOutcome::damaged);
+  EXPECT_EQ(parsed.reason, "the OLE2 directory is missing");
+}
+
+TEST(Doc, without_its_pieces_the_text_lies_between_zeros) {
+  WordBuilder document;
+  auto stream = document.add(u"some text\r").text_stream();
+  stream.replace(24, 4, little(1536, 4));
+  stream.replace(28, 4, little(stream.size(), 4));
+  EXPECT_EQ(parse_bytes(test::make_ole({{"WordDocument", stream}})).main(), "some text");
+}
+
 TEST(Doc, pieces_out_of_order_end_the_text) {
   WordBuilder document;
   document.add(u"one ").add(u"two ").add(u"three\r");
