@@ -241,7 +241,8 @@ std::string PropertySet::vector_value(std::uint16_t type, std::int64_t& at) {
   auto const count = word(at);
   at += 4;
   std::string joined;
-  for (std::uint32_t i = 0; i < count && budget_ > 0 && flow_.context().keep_going(); ++i) {
+  for (std::uint32_t i = 0;
+       i < count && at < stream_.GetSize() && budget_ > 0 && flow_.context().keep_going(); ++i) {
     auto element_type = type;
     if (type == type_variant) {
       element_type = little16(bytes(at, 4), 0);
