@@ -147,21 +147,24 @@ Recognition recognize_mpeg_audio(std::string_view head) {
   return {FileType::media, "mp3"};
 }
 
-// A tar header carries the sum of its own bytes, with the field of the sum taken as blanks.
+// A tar header carries the sum of its own bytes, with the field of the sum taken as blanks. Some
+// writers took the bytes as signed numbers.
 bool is_tar_header(std::string_view head) {
   if (head.size() < 512 || head[0] == '\0') {
     return false;
   }
-  std::uint64_t sum = 0;
+  std::int64_t sum = 0;
+  std::int64_t signed_sum = 0;
   for (std::size_t i = 0; i < 512; ++i) {
     auto const byte = i >= 148 && i < 156 ? ' ' : head[i];
     sum += static_cast<unsigned char>(byte);
+    signed_sum += static_cast<signed char>(byte);
   }
-  std::uint64_t stated = 0;
+  std::int64_t stated = 0;
   std::size_t digits = 0;
   for (auto const character : head.substr(148, 8)) {
     if (character >= '0' && character <= '7') {
-      stated = stated * 8 + static_cast<std::uint64_t>(character - '0');
+      stated = stated * 8 + (character - '0');
       ++digits;
     } else if (digits != 0) {
       break;
@@ -169,7 +172,7 @@ bool is_tar_header(std::string_view head) {
       return false;
     }
   }
-  return digits != 0 && stated == sum;
+  return digits != 0 && (stated == sum || stated == signed_sum);
 }
 
 // The headers of the two common variants of CPIO are digits from the beginning to the end.

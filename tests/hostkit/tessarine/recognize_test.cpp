@@ -74,31 +74,38 @@ TEST_P(RecognizeSignature, tells_type_and_suffix) {
 
 INSTANTIATE_TEST_SUITE_P(
     Formats, RecognizeSignature,
-    testing::Values(Signature{"\xff\xd8\xff\xe0"s, FileType::image, "jpg"},
-                    Signature{"GIF89a"s, FileType::image, "gif"},
-                    Signature{"II*\0\x08\0\0\0"s, FileType::image, "tif"},
-                    Signature{"BM\x46\0\0\0\0\0\0\0\x36\0\0\0\x28\0\0\0"s, FileType::image, "bmp"},
-                    Signature{"RIFF\x24\0\0\0WEBPVP8 "s, FileType::image, "webp"},
-                    Signature{"RIFF\x24\0\0\0WAVEfmt "s, FileType::media, "wav"},
-                    Signature{"\0\0\0\x18"
-                              "ftypmp42"s,
-                              FileType::media, "mp4"},
-                    Signature{"ID3\3\0"s, FileType::media, "mp3"},
-                    Signature{"OggS\0\2"s, FileType::media, "ogg"},
-                    Signature{"\x7f"
-                              "ELF\2\1\1"s,
-                              FileType::executable, "elf"},
-                    Signature{"MZ\x90\0\3\0\0\0"s, FileType::executable, "exe"},
-                    Signature{"\xcf\xfa\xed\xfe\7\0\0\1"s, FileType::executable, "macho"},
-                    Signature{"7z\xbc\xaf\x27\x1c"s, FileType::other_archive, "7z"},
-                    Signature{"Rar!\x1a\7\1\0"s, FileType::other_archive, "rar"},
-                    Signature{"\xfd"
-                              "7zXZ\0"s,
-                              FileType::other_archive, "xz"},
-                    Signature{"\x28\xb5\x2f\xfd"s, FileType::other_archive, "zst"},
-                    Signature{"BZh91AY&SY"s, FileType::other_archive, "bz2"},
-                    Signature{"\x1f\x8b\x08\0"s, FileType::gzip, "gz"},
-                    Signature{"SQLite format 3\0"s, FileType::other_binary, "sqlite"}));
+    testing::Values(
+        Signature{"\xff\xd8\xff\xe0"s, FileType::image, "jpg"},
+        Signature{"GIF89a"s, FileType::image, "gif"},
+        Signature{"II*\0\x08\0\0\0"s, FileType::image, "tif"},
+        Signature{"BM\x46\0\0\0\0\0\0\0\x36\0\0\0\x28\0\0\0"s, FileType::image, "bmp"},
+        Signature{"RIFF\x24\0\0\0WEBPVP8 "s, FileType::image, "webp"},
+        Signature{"RIFF\x24\0\0\0WAVEfmt "s, FileType::media, "wav"},
+        Signature{"\0\0\0\x18"
+                  "ftypmp42"s,
+                  FileType::media, "mp4"},
+        Signature{"ID3\3\0"s, FileType::media, "mp3"},
+        Signature{"OggS\0\2"s, FileType::media, "ogg"},
+        Signature{"\x7f"
+                  "ELF\2\1\1"s,
+                  FileType::executable, "elf"},
+        Signature{"MZ\x90\0\3\0\0\0"s, FileType::executable, "exe"},
+        Signature{"\xcf\xfa\xed\xfe\7\0\0\1"s, FileType::executable, "macho"},
+        Signature{"7z\xbc\xaf\x27\x1c"s, FileType::other_archive, "7z"},
+        Signature{"Rar!\x1a\7\1\0"s, FileType::other_archive, "rar"},
+        Signature{"\xfd"
+                  "7zXZ\0"s,
+                  FileType::other_archive, "xz"},
+        Signature{"\x28\xb5\x2f\xfd"s, FileType::other_archive, "zst"},
+        Signature{"BZh91AY&SY"s, FileType::other_archive, "bz2"},
+        Signature{"\x1f\x8b\x08\0"s, FileType::gzip, "gz"},
+        Signature{"LZIP\1\x0c"s, FileType::other_archive, "lz"},
+        Signature{"\x04\x22\x4d\x18"s, FileType::other_archive, "lz4"},
+        Signature{"MSCF\0\0\0\0"s, FileType::other_archive, "cab"},
+        Signature{"!<arch>\na.txt/"s, FileType::other_archive, "ar"},
+        Signature{"070707" + std::string(70, '0') + "a.txt", FileType::other_archive, "cpio"},
+        Signature{"070701" + std::string(104, 'A') + "a.txt", FileType::other_archive, "cpio"},
+        Signature{"SQLite format 3\0"s, FileType::other_binary, "sqlite"}));
 
 TEST(Recognize, a_tar_is_known_by_its_header_sum) {
   auto header = "notes.txt" + std::string(503, '\0');
@@ -111,6 +118,11 @@ TEST(Recognize, a_tar_is_known_by_its_header_sum) {
   std::snprintf(digits.data(), digits.size(), "%06o", sum);
   header.replace(148, 8, digits.data(), 8);
   EXPECT_EQ(recognize(header + std::string(1024, '\0')).type, FileType::tar);
+}
+
+TEST(Recognize, a_list_of_numbers_is_no_cpio) {
+  EXPECT_EQ(recognize("070707\n070708\n" + std::string(100, '0') + "\n").type,
+            FileType::plain_text);
 }
 
 TEST(HTessarine, fills_path_suffix_and_encryption_only) {
