@@ -50,6 +50,11 @@ bool is_han(wchar_t code) {
   return code >= 0x3400 && code < 0xA000;
 }
 
+/// Where a letter stands in the table of its font.
+std::size_t letter_index(wchar_t code) {
+  return static_cast<char32_t>(code);
+}
+
 int rank(char separator) {
   return separator == '\n' ? 3 : separator == '\t' ? 2 : separator == ' ' ? 1 : 0;
 }
@@ -142,7 +147,7 @@ void PlacedText::choose_font(std::string_view font) {
 }
 
 double PlacedText::width(wchar_t code) const {
-  auto const index = static_cast<std::size_t>(code);
+  auto const index = letter_index(code);
   return widths_ != nullptr && index < widths_->size() ? (*widths_)[index] : widest(code);
 }
 
@@ -245,7 +250,7 @@ bool PlacedText::continues_paragraph(Character const& next, PagePoint em) const 
 
 void PlacedText::learn(Character const& next) {
   constexpr double least = 0.1;
-  auto const index = static_cast<std::size_t>(last_.code);
+  auto const index = letter_index(last_.code);
   if (widths_ == nullptr || index >= widths_->size()) {
     return;
   }

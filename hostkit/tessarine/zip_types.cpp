@@ -41,7 +41,6 @@ constexpr std::array office_types{
     NamedType{"ms-powerpoint.slideshow.macroenabled.main+xml", FileType::pptx, "ppsm"},
     NamedType{"ms-powerpoint.addin.macroenabled.main+xml", FileType::pptx, "ppam"},
     NamedType{"ms-package.xps-fixeddocumentsequence+xml", FileType::xps, "xps"},
-    NamedType{"openxps", FileType::xps, "oxps"},
     NamedType{"ms-visio.drawing.main+xml", FileType::zip, "vsdx"},
 };
 
@@ -55,6 +54,7 @@ constexpr std::array office_parts{
     NamedType{"xl/", FileType::xlsx, "xlsx"},
     NamedType{"ppt/", FileType::pptx, "pptx"},
     NamedType{"fixeddocseq.fdseq", FileType::xps, "xps"},
+    NamedType{"fixeddocumentsequence.fdseq", FileType::xps, "xps"},
 };
 
 constexpr std::array open_document_types{
@@ -117,9 +117,9 @@ std::string description(ZipListing const& zip, std::string_view name) {
   return bytes.empty() ? std::string{} : ascii_lower(morvabs::decode_text(bytes));
 }
 
-std::string main_part_name(ZipListing const& zip) {
+std::string main_part_name(std::string_view relationships) {
   std::string part;
-  visit_tags(description(zip, "_rels/.rels"), [&part](std::string_view tag) {
+  visit_tags(relationships, [&part](std::string_view tag) {
     if (attribute(tag, "type").ends_with("/officedocument")) {
       part = attribute(tag, "target");
     }
@@ -130,7 +130,8 @@ std::string main_part_name(ZipListing const& zip) {
 
 Recognition recognize_office(ZipListing const& zip) {
   auto const types = description(zip, "[Content_Types].xml");
-  auto const main_part = main_part_name(zip);
+  auto const relationships = description(zip, "_rels/.rels");
+  auto const main_part = main_part_name(relationships);
   Recognition recognition;
   visit_tags(types, [&](std::string_view tag) {
     auto const content_type = attribute(tag, "contenttype");
@@ -147,6 +148,11 @@ Recognition recognize_office(ZipListing const& zip) {
     }
     return is_main;
   });
+  // Its standardised form has the same content types.
+  if (recognition.type == FileType::xps &&
+      relationships.find("schemas.openxps.org") != std::string::npos) {
+    recognition.suffix = "oxps";
+  }
   if (recognition.type != FileType::unknown) {
     return recognition;
   }

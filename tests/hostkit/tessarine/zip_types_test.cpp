@@ -88,6 +88,29 @@ INSTANTIATE_TEST_SUITE_P(
                     Variant{"", "vnd.sun.xml.calc", FileType::ods, "sxc"},
                     Variant{"", "epub+zip", FileType::epub, "epub"}));
 
+TEST(RecognizeZip, the_standardised_form_of_xps_has_a_suffix_of_its_own) {
+  auto const bytes =
+      ZipBuilder()
+          .add("[Content_Types].xml",
+               "<Types><Default Extension=\"fdseq\" ContentType="
+               "\"application/vnd.ms-package.xps-fixeddocumentsequence+xml\"/></Types>")
+          .add("_rels/.rels",
+               "<Relationships><Relationship Target=\"/F.fdseq\" "
+               "Type=\"http://schemas.openxps.org/oxps/v1.0/fixedrepresentation\"/>"
+               "</Relationships>")
+          .bytes();
+  EXPECT_EQ(recognize(bytes).type, FileType::xps);
+  EXPECT_STREQ(recognize(bytes).suffix, "oxps");
+}
+
+TEST(RecognizeZip, xps_in_pieces_is_told_by_the_name_of_its_root) {
+  auto const bytes = ZipBuilder()
+                         .add("[Content_Types].xml/[0].piece", "<Types>")
+                         .add("FixedDocumentSequence.fdseq/[0].last.piece", "<x/>")
+                         .bytes();
+  EXPECT_EQ(recognize(bytes).type, FileType::xps);
+}
+
 TEST(RecognizeZip, a_plain_archive_is_a_zip) {
   EXPECT_EQ(recognize(ZipBuilder().add("a.txt", "text").bytes()).type, FileType::zip);
 }
