@@ -19,11 +19,25 @@ bool stop_wanted(void* device) {
   return static_cast<PdfPageDevice*>(device)->stop_wanted();
 }
 
-/// What the annotations say is told on its own; drawn as well, it would stand in the main text too.
+/// What the text of a comment or the value of a field says is told on its own; drawn as well, it
+/// would stand in the main text too. A signature says nothing but by what it looks like.
 bool is_part_of_page(Annot* annotation, void* /*unused*/) {
-  auto const type = annotation->getType();
-  return type != Annot::typeWidget && type != Annot::typeText && type != Annot::typeFreeText &&
-         type != Annot::typePopup;
+  auto const& object = annotation->getAnnotObj();
+  switch (annotation->getType()) {
+    case Annot::typeText:
+    case Annot::typePopup:
+      return false;
+    case Annot::typeFreeText:
+      return object.isDict() && to_text(annotation->getContents()).empty() &&
+             !object.getDict()->hasKey("RC");
+    case Annot::typeWidget: {
+      auto const type =
+          object.isDict() ? Form::fieldLookup(object.getDict(), "FT") : Object(objNull);
+      return !type.isName("Tx") && !type.isName("Ch") && !type.isName("Btn");
+    }
+    default:
+      return true;
+  }
 }
 
 }  // namespace

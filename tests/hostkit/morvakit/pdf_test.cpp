@@ -156,6 +156,14 @@ TEST(Pdf, a_field_that_no_page_shows_is_control_text) {
   EXPECT_EQ(parse_bytes(pdf.bytes()).kind(Orlec::ParseTextType_control), "Hidden one\nvalue");
 }
 
+TEST(Pdf, what_a_signature_looks_like_is_main_text) {
+  auto pdf = one_page(show("x"), helvetica, "/AcroForm<</Fields[6 0 R]>>", "/Annots[6 0 R]");
+  pdf.add("<</Type/Annot/Subtype/Widget/FT/Sig/T(s)/Rect[50 10 300 30]/F 4/AP<</N 7 0 R>>>>");
+  pdf.add_stream("BT /F1 12 Tf 2 2 Td (Signed by Li) Tj ET",
+                 "/Type/XObject/Subtype/Form/BBox[0 0 250 20]/Resources<</Font<</F1 5 0 R>>>>");
+  EXPECT_EQ(parse_bytes(pdf.bytes()).main(), "x\n\nSigned by Li");
+}
+
 TEST(Pdf, a_value_that_is_a_stream_is_control_text) {
   auto pdf = one_page(show("x"), helvetica, "/AcroForm<</Fields[6 0 R]>>");
   pdf.add("<</FT/Tx/T(a)/V 7 0 R>>");
