@@ -77,6 +77,9 @@ void read_stories(WordHeader const& header, WordStreams const& streams,
     }
     text.read(begin, end, only_kind.value_or(kind_of(story)));
   }
+  // What no story lays claim to is a mark at the end, unless somebody hides something.
+  text.read(header.total_length(), pieces.empty() ? 0 : pieces.back().end,
+            Orlec::ParseTextType_other);
   context.count_images(text.images());
   if (streams.tables != nullptr && !header.is_old()) {
     context.count_images(read_drawings(*streams.tables, header.table(WordTable::drawings), flow));

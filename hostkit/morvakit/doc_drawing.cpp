@@ -105,4 +105,16 @@ std::int64_t read_drawings(Orlec::Reader const& tables, WordExtent extent, TextF
   return pictures;
 }
 
+void read_inline_picture(Orlec::Reader const& data, WordExtent extent, TextFlow& flow) {
+  constexpr std::uint16_t with_file_name = 0x66;
+  constexpr std::int64_t longest_head = 256;
+  auto const head = read_piece(data, extent.offset, longest_head);
+  std::size_t head_end = little16(head, 4);
+  if (little16(head, 6) == with_file_name && head_end < head.size()) {
+    head_end += 1U + static_cast<unsigned char>(head[head_end]);
+  }
+  auto const passed = static_cast<std::int64_t>(head_end);
+  read_drawings(data, {extent.offset + passed, extent.size - passed}, flow);
+}
+
 }  // namespace morvakit

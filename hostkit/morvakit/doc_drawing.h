@@ -12,4 +12,7 @@ namespace morvakit {
 /// art, and the names and descriptions that stand in for pictures. Returns the number of pictures.
 std::int64_t read_drawings(Orlec::Reader const& tables, WordExtent extent, TextFlow& flow);
 
+/// The same for a picture that stands in the text, with its head, in the stream of data.
+void read_inline_picture(Orlec::Reader const& data, WordExtent extent, TextFlow& flow);
+
 }  // namespace morvakit

@@ -5,6 +5,8 @@
 
 #include "host/utf8.h"
 #include "morvakit/code_page.h"
+#include "morvakit/doc_drawing.h"
+#include "morvakit/doc_equation.h"
 #include "morvakit/doc_form_field.h"
 
 #include "tessarine/byte_reader.h"
@@ -103,7 +105,8 @@ WordText::WordText(std::vector<WordPiece> const& pieces, WordFormatting& formatt
       flow_(flow),
       bytes_decoder_(code_page_or_latin(code_page)),
       wide_decoder_("UTF-16LE"),
-      budget_(4 * stream.GetSize()) {}
+      budget_(4 * stream.GetSize()),
+      data_budget_(data == nullptr ? 0 : 2 * data->GetSize()) {}
 
 void WordText::read(std::int64_t begin, std::int64_t end, Orlec::ParseTextType kind) {
   kind_ = kind;
@@ -275,15 +278,19 @@ void WordText::paragraph_mark(std::int64_t offset) {
   end_line(paragraph.ends_inner_cell && !paragraph.ends_inner_row ? '\t' : '\n');
 }
 
-/// The code of a link holds its address, where that is not a place in the document.
+/// Some fields have text in their code: the address of a link, unless it is a place in the
+/// document, and what is set by formulas.
 void WordText::field_code(std::string const& code) {
-  auto const first = code.find_first_not_of(' ');
-  if (first == std::string::npos ||
-      !std::string_view(code).substr(first).starts_with("HYPERLINK")) {
+  auto const equation = equation_text(code);
+  show_text(equation.shown);
+  flow_.line(Orlec::ParseTextType_other, equation.phonetic);
+  constexpr std::string_view link = "HYPERLINK";
+  auto const first = std::min(code.find_first_not_of(' '), code.size());
+  auto const open = code.find('"');
+  if (open == std::string::npos || code.compare(first, link.size(), link) != 0) {
     return;
   }
-  auto const open = code.find('"');
-  auto const close = code.find('"', std::min(open, code.size() - 1) + 1);
+  auto const close = code.find('"', open + 1);
   bool const is_place_within = code.find("\\l") < open;
   if (close != std::string::npos && !is_place_within) {
     flow_.line(Orlec::ParseTextType_other,
@@ -291,11 +298,27 @@ void WordText::field_code(std::string const& code) {
   }
 }
 
+/// A picture mark stands for a picture, for the data of a form field, or for an object.
 void WordText::picture(CharacterFormat const& format) {
-  if (format.is_data && data_ != nullptr && format.data_offset.has_value()) {
-    read_form_field(*data_, *format.data_offset, flow_);
-  } else if (!format.is_data && !format.is_object && format.data_offset.has_value()) {
-    ++images_;
+  bool const has_data = format.data_offset.has_value() && !format.is_object;
+  if (!has_data) {
+    return;
+  }
+  images_ += format.is_data ? 0 : 1;
+  if (data_ == nullptr) {
+    return;
+  }
+  auto const offset = *format.data_offset;
+  std::int64_t const size = tessarine::little32(tessarine::read_piece(*data_, offset, 4), 0);
+  data_budget_ -= std::clamp<std::int64_t>(data_->GetSize() - offset, 0, size);
+  if (data_budget_ < 0) {
+    return;
+  }
+  if (format.is_data) {
+    read_form_field(*data_, offset, flow_);
+  } else {
+    deliver();
+    read_inline_picture(*data_, {offset, size}, flow_);
   }
 }
 

@@ -78,6 +78,8 @@ class WordText {
   std::int64_t images_ = 0;
   /// Bytes of text that may still be read: pieces that overlap must not make a small file long.
   std::int64_t budget_;
+  /// The same for what picture marks stand for.
+  std::int64_t data_budget_;
 };
 
 }  // namespace morvakit

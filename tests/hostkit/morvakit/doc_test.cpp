@@ -164,6 +164,25 @@ TEST(Doc, a_link_within_the_document_has_no_address) {
   EXPECT_EQ(parsed.kind(Orlec::ParseTextType_other), "");
 }
 
+TEST(Doc, a_reading_above_characters_is_other_text) {
+  auto const parsed = parse_bytes(
+      WordBuilder()
+          .add(u"a\x13 EQ \\* jc2 \\* \"Font:X\" \\* hps10 \\o\\ad(\\s\\up 9(かん),漢)\x15"
+               u"b\r")
+          .bytes());
+  EXPECT_EQ(parsed.main(), "a漢b");
+  EXPECT_EQ(parsed.kind(Orlec::ParseTextType_other), "かん");
+}
+
+TEST(Doc, characters_set_around_or_above_others_are_text) {
+  EXPECT_EQ(main_text(u"\x13 eq \\o\\ac(○,注)\x15 \x13 EQ \\f(1,\\s\\up8(2))\x15\r"), "○注 12");
+}
+
+TEST(Doc, a_stroke_in_a_formula_keeps_the_character_behind_it) {
+  EXPECT_EQ(main_text(u"\x13 EQ \\o(a\\,b\\)c)\x15\r"), "a,b)c");
+  EXPECT_EQ(main_text(u"a\x13 EQ \\o(b\\\x15\r"), "ab");
+}
+
 TEST(Doc, breaks_tabs_and_hyphens) {
   EXPECT_EQ(main_text(u"a\vb\fc\x0E"
                       u"d\te\x1E"
@@ -262,6 +281,16 @@ TEST(Doc, what_separates_notes_is_no_header) {
   EXPECT_EQ(parse_bytes(document.bytes()).kind(Orlec::ParseTextType_hf), "header");
 }
 
+TEST(Doc, text_that_no_story_lays_claim_to_is_other_text) {
+  auto document = WordBuilder().add(u"shown\r").add(u"hidden\r");
+  auto stream = document.text_stream();
+  stream.replace(0x4C, 4, little(6, 4));
+  auto const parsed =
+      parse_bytes(test::make_ole({{"WordDocument", stream}, {"1Table", document.table_stream()}}));
+  EXPECT_EQ(parsed.main(), "shown");
+  EXPECT_EQ(parsed.kind(Orlec::ParseTextType_other), "hidden");
+}
+
 TEST(Doc, pictures_in_the_text_are_counted) {
   WordBuilder document;
   document.add(u"\x01", {.characters = number_property(0x6A03, 0)});
@@ -327,6 +356,31 @@ TEST(Doc, word_art_is_text_and_descriptions_are_other_text) {
   auto const parsed = parse_bytes(document.bytes());
   EXPECT_EQ(parsed.main(), "body\nword art");
   EXPECT_EQ(parsed.kind(Orlec::ParseTextType_other), "a picture of a cat");
+}
+
+TEST(Doc, the_description_of_a_picture_in_the_text_is_other_text) {
+  WordBuilder document;
+  auto const description = wide(u"a cat");
+  auto const shape =
+      record(15, 0, 0xF004,
+             record(3, 1, 0xF00B, little(0x8381, 2) + little(description.size(), 4) + description));
+  auto const head = little(68, 2) + little(0x66, 2) + std::string(60, '\0') + "\3c:x"s;
+  document.data = little(4 + head.size() + shape.size(), 4) + head + shape;
+  document.add(u"\x01", {.characters = number_property(0x6A03, 0)});
+  EXPECT_EQ(parse_bytes(document.bytes()).kind(Orlec::ParseTextType_other), "a cat");
+}
+
+TEST(Doc, picture_marks_that_share_their_data_do_not_make_a_small_file_long) {
+  WordBuilder document;
+  auto const description = wide(std::u16string(10000, u'x'));
+  auto const shape =
+      record(15, 0, 0xF004,
+             record(3, 1, 0xF00B, little(0x8381, 2) + little(description.size(), 4) + description));
+  document.data = little(68 + shape.size(), 4) + little(68, 2) + std::string(62, '\0') + shape;
+  document.add(std::u16string(10000, u'\x01'), {.characters = number_property(0x6A03, 0)});
+  auto const parsed = parse_bytes(document.bytes());
+  EXPECT_LT(parsed.kind(Orlec::ParseTextType_other).size(), 50000U);
+  EXPECT_EQ(parsed.counts.i_img, 10000);
 }
 
 TEST(Doc, floating_pictures_that_are_in_use_are_counted) {
