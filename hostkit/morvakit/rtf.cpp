@@ -64,7 +64,7 @@ std::string_view link_target(std::string_view code) {
 class RtfReader {
  public:
   RtfReader(Orlec::Reader const& reader, ReadContext& context)
-      : reader_(reader), context_(context), flow_(context), tokens_(reader), groups_(1) {}
+      : context_(context), flow_(context), tokens_(reader), groups_(1) {}
 
   void read();
 
@@ -105,7 +105,6 @@ class RtfReader {
   void end_file();
   void read_objects();
 
-  Orlec::Reader const& reader_;
   ReadContext& context_;
   TextFlow flow_;
   RtfTokens tokens_;
@@ -558,7 +557,8 @@ void RtfReader::end_file() {
 
 void RtfReader::read_objects() {
   for (auto const offset : object_offsets_) {
-    if (!context_.keep_going() || !read_rtf_object(reader_, offset, context_)) {
+    tokens_.seek(offset);
+    if (!context_.keep_going() || !read_rtf_object(tokens_, context_)) {
       return;
     }
   }

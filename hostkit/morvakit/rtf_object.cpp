@@ -6,7 +6,6 @@
 #include "morvakit/code_page.h"
 #include "morvakit/embedded.h"
 #include "morvakit/ole_object.h"
-#include "morvakit/rtf_tokens.h"
 #include "morvakit/spool.h"
 
 #include "tessarine/byte_reader.h"
@@ -51,9 +50,7 @@ class HexBytes {
 };
 
 /// Groups within the data that a reader need not know hold none of them.
-void collect(Orlec::Reader const& document, std::int64_t offset, ReadContext& context,
-             Spool& spool) {
-  RtfTokens tokens(document, offset);
+void collect(RtfTokens& tokens, ReadContext& context, Spool& spool) {
   HexBytes bytes(spool);
   std::int64_t depth = 0;
   std::int64_t left_out_from = 0;
@@ -143,9 +140,9 @@ class ObjectHeader {
 
 }  // namespace
 
-bool read_rtf_object(Orlec::Reader const& document, std::int64_t offset, ReadContext& context) {
+bool read_rtf_object(RtfTokens& tokens, ReadContext& context) {
   Spool data({}, context);
-  collect(document, offset, context, data);
+  collect(tokens, context, data);
   ObjectHeader const header(data);
   if (data.GetSize() == 0 || header.is_linked()) {
     return context.keep_going();

@@ -1,15 +1,12 @@
 #pragma once
 
-#include <cstdint>
-
-#include "host/Orlec/IFile.h"
 #include "morvakit/read_context.h"
+#include "morvakit/rtf_tokens.h"
 
 namespace morvakit {
 
-/// Reads the file in the data of an embedded object, which begin in an RTF document at `offset`,
-/// just behind their control word, and go as far as their group. False when the outer reading is to
-/// stop.
-bool read_rtf_object(Orlec::Reader const& document, std::int64_t offset, ReadContext& context);
+/// Reads the file in the data of an embedded object: the tokens behind the data's control word, as
+/// far as their group goes. False when the outer reading is to stop.
+bool read_rtf_object(RtfTokens& tokens, ReadContext& context);
 
 }  // namespace morvakit

@@ -41,11 +41,18 @@ int rtf_digit(char character) {
   return lower >= 'a' && lower <= 'f' ? lower - 'a' + 10 : -1;
 }
 
-RtfTokens::RtfTokens(Orlec::Reader const& reader, std::int64_t offset)
-    : reader_(reader), piece_offset_(offset) {}
-
 std::int64_t RtfTokens::offset() const {
   return piece_offset_ + static_cast<std::int64_t>(at_);
+}
+
+void RtfTokens::seek(std::int64_t offset) {
+  auto const end = piece_offset_ + static_cast<std::int64_t>(piece_.size());
+  if (offset < piece_offset_ || offset >= end) {
+    piece_.clear();
+    piece_offset_ = offset;
+  }
+  at_ = static_cast<std::size_t>(offset - piece_offset_);
+  binary_left_ = 0;
 }
 
 /// False at the end; else there is at least one byte to be taken. The one before it stays, so that

@@ -33,13 +33,14 @@ struct RtfToken {
 /// Splits a file, read in pieces, into tokens: any bytes are some sequence of tokens.
 class RtfTokens {
  public:
-  /// The bytes from `offset` on, which has to be the beginning of a token.
-  explicit RtfTokens(Orlec::Reader const& reader, std::int64_t offset = 0);
+  explicit RtfTokens(Orlec::Reader const& reader) : reader_(reader) {}
 
   RtfToken next();
 
   /// Where the next token begins.
   std::int64_t offset() const;
+  /// Goes on at such a place.
+  void seek(std::int64_t offset);
   /// Whether the end came within binary data, which were to be longer than the file.
   bool is_binary_cut() const { return binary_left_ > 0; }
   bool has_failed() const { return has_failed_; }
@@ -58,7 +59,7 @@ class RtfTokens {
   void read_parameter(RtfToken& token);
 
   Orlec::Reader const& reader_;
-  std::int64_t piece_offset_;
+  std::int64_t piece_offset_ = 0;
   std::string piece_;
   std::size_t at_ = 0;
   std::int64_t binary_left_ = 0;
