@@ -81,7 +81,14 @@ StorageReadFunction find_storage_reader(tessarine::FileType type) {
 }
 
 ReadFunction find_remains_reader(tessarine::FileType type) {
-  return type == tessarine::FileType::doc ? read_doc_remains : nullptr;
+  switch (type) {
+    case tessarine::FileType::doc:
+      return read_doc_remains;
+    case tessarine::FileType::ppt:
+      return read_ppt_remains;
+    default:
+      return nullptr;
+  }
 }
 
 bool can_read(tessarine::FileType type) {

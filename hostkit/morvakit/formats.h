@@ -35,6 +35,7 @@ void read_docx(Orlec::Reader const&, tessarine::Recognition const&, ReadContext&
 void read_xls(Orlec::Reader const&, tessarine::Recognition const&, ReadContext&);
 void read_xls_storage(tessarine::OleStorage const&, ReadContext&);
 void read_ppt(tessarine::OleStorage const&, ReadContext&);
+void read_ppt_remains(Orlec::Reader const&, tessarine::Recognition const&, ReadContext&);
 void read_xlsb(Orlec::Reader const&, tessarine::Recognition const&, ReadContext&);
 void read_xlsx(Orlec::Reader const&, tessarine::Recognition const&, ReadContext&);
 void read_pptx(Orlec::Reader const&, tessarine::Recognition const&, ReadContext&);

@@ -1,6 +1,8 @@
+#include <memory>
+#include <string_view>
 #include <unordered_map>
 #include <unordered_set>
-#include <vector>
+#include <utility>
 
 #include "morvakit/formats.h"
 #include "morvakit/ole_properties.h"
@@ -9,6 +11,9 @@
 #include "morvakit/ppt_object.h"
 #include "morvakit/ppt_records.h"
 #include "morvakit/ppt_slide.h"
+#include "morvakit/spool.h"
+
+#include "tessarine/byte_reader.h"
 
 namespace morvakit {
 
@@ -159,31 +164,58 @@ void salvage_objects(PptStream& stream) {
   }
 }
 
-void read_stream(PptStream& stream, tessarine::OleStorage const& storage, TextFlow& flow) {
+/// `properties`: the storage that has them; null where it is lost.
+void read_stream(PptStream& stream, std::string_view current_user,
+                 tessarine::OleStorage const* properties, TextFlow& flow) {
   auto& context = stream.context();
-  PptDirectory const directory(stream, storage);
+  PptDirectory const directory(stream, current_user);
   if (directory.is_encrypted()) {
     context.end(Orlec::ParseOutcome::encrypted, "the document needs a password");
     return;
   }
   auto const document = directory.document();
-  if (!document) {
+  Presentation presentation(stream, directory, flow);
+  if (document) {
+    presentation.read(*document);
+  } else {
     context.note(Orlec::ParseOutcome::damaged,
                  "the lists of the presentation's objects cannot be followed");
     salvage(stream, flow);
-    read_ole_properties(storage, flow);
-    salvage_objects(stream);
-    return;
   }
-  Presentation presentation(stream, directory, flow);
-  presentation.read(*document);
-  read_ole_properties(storage, flow);
-  presentation.read_objects();
+  if (properties != nullptr) {
+    read_ole_properties(*properties, flow);
+  }
+  if (document) {
+    presentation.read_objects();
+  } else {
+    salvage_objects(stream);
+  }
+}
+
+/// Where in a file the presentation's own record begins, which is the first one of its stream, and
+/// by which that can be found at the beginning of a sector; negative where there is none.
+std::int64_t find_presentation(Orlec::Reader const& reader, ReadContext& context) {
+  using namespace std::string_view_literals;
+  constexpr std::int64_t sector_size = 512;
+  constexpr std::int64_t piece_size = 128 * sector_size;
+  constexpr std::size_t first_within = 8;
+  for (std::int64_t at = 0; at < reader.GetSize() && context.keep_going(); at += piece_size) {
+    auto const piece = tessarine::read_piece(reader, at, piece_size);
+    for (std::size_t i = 0; i < piece.size(); i += sector_size) {
+      auto const sector = std::string_view(piece).substr(i, sector_size);
+      if (sector.starts_with("\x0f\0\xe8\3"sv) &&
+          sector.substr(first_within).starts_with("\1\0\xe9\3\x28\0\0\0"sv)) {
+        return at + static_cast<std::int64_t>(i);
+      }
+    }
+  }
+  return -1;
 }
 
 }  // namespace
 
 void read_ppt(tessarine::OleStorage const& storage, ReadContext& context) {
+  constexpr std::int64_t longest_user = 64;
   // A file for PowerPoint 95 and 97 alike has the presentation twice, the newer form in a storage.
   auto const newer = storage.storage("PP97_DUALSTORAGE");
   auto const& home = newer.is_open() ? newer : storage;
@@ -200,7 +232,20 @@ void read_ppt(tessarine::OleStorage const& storage, ReadContext& context) {
     return;
   }
   PptStream stream(std::move(bytes), context);
-  read_stream(stream, home, flow);
+  read_stream(stream, home.content("Current User", longest_user), &home, flow);
+}
+
+void read_ppt_remains(Orlec::Reader const& reader, tessarine::Recognition const& /*recognition*/,
+                      ReadContext& context) {
+  auto const begin = find_presentation(reader, context);
+  if (begin < 0) {
+    return;
+  }
+  PptStream stream(
+      std::make_unique<ReaderSlice>(reader, "PowerPoint Document", begin, reader.GetSize() - begin),
+      context);
+  TextFlow flow(context);
+  read_stream(stream, {}, nullptr, flow);
 }
 
 }  // namespace morvakit

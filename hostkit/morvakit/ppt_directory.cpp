@@ -22,11 +22,9 @@ constexpr std::size_t kept_per_object = 32;
 
 }  // namespace
 
-PptDirectory::PptDirectory(PptStream& stream, tessarine::OleStorage const& storage)
-    : stream_(stream) {
+PptDirectory::PptDirectory(PptStream& stream, std::string_view current_user) : stream_(stream) {
   constexpr std::size_t place_of_edit = 16;
-  auto const user = storage.content("Current User", place_of_edit + 4);
-  auto edit = edit_at(little32(user, place_of_edit));
+  auto edit = edit_at(little32(current_user, place_of_edit));
   if (!edit) {
     edit = last_edit();
   }

@@ -2,11 +2,10 @@
 
 #include <cstdint>
 #include <optional>
+#include <string_view>
 #include <unordered_map>
 
 #include "morvakit/ppt_records.h"
-
-#include "tessarine/ole_storage.h"
 
 namespace morvakit {
 
@@ -15,10 +14,11 @@ namespace morvakit {
 /// older lists; what is no longer listed, as former states of slides, is not part of it any more.
 class PptDirectory {
  public:
-  /// Follows the lists from the newest one, which the stream of the current user names. Where that
+  /// Follows the lists from the newest one, which the stream of the current user names; that is
+  /// passed with its content. Where that
   /// leads nowhere, the last one in the presentation itself is taken. A break in their chain is
   /// noted as damage.
-  PptDirectory(PptStream& stream, tessarine::OleStorage const& storage);
+  PptDirectory(PptStream& stream, std::string_view current_user);
 
   /// The presentation's own record; none where there is no list, or it does not tell.
   std::optional<PptRecord> document() const;

@@ -29,6 +29,11 @@ class Utf8Line {
   std::string& bytes() { return bytes_; }
 
   void append(char32_t unit) {
+    bool const is_plain = unit >= ' ' && unit < 0x80 && high_ == 0;
+    if (is_plain) {
+      bytes_ += static_cast<char>(unit);
+      return;
+    }
     auto const high = std::exchange(high_, 0);
     if (is_high_half(unit)) {
       append_whole(high);

@@ -157,10 +157,10 @@ class Builder {
 
   /// Writes all that has changed, and the lists of where it lies.
   void save() {
-    unsaved_.emplace_back(
-        1,
-        container(1000, document_parts + container(1033, objects_) + container(4080, masters_, 1) +
-                            container(4080, slides_, 0) + container(4080, notes_, 2)));
+    unsaved_.emplace(unsaved_.begin(), 1,
+                     container(1000, record(1, 1001, 0, std::string(40, '\0')) + document_parts +
+                                         container(1033, objects_) + container(4080, masters_, 1) +
+                                         container(4080, slides_, 0) + container(4080, notes_, 2)));
     std::string places;
     for (auto const& [number, object] : std::exchange(unsaved_, {})) {
       places += little(number | 1U << 20U, 4) + little(stream.size(), 4);

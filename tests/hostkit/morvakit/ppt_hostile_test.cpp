@@ -55,7 +55,7 @@ TEST(PptHostile, without_lists_all_that_stands_there_is_read_as_damaged) {
   auto const parsed = parse_stream(builder.stream.substr(0, builder.edit_place), {});
   EXPECT_EQ(parsed.outcome, ParseOutcome::damaged);
   EXPECT_EQ(parsed.reason, "the lists of the presentation's objects cannot be followed");
-  EXPECT_EQ(parsed.main(), "a\tb\ntitle\nrest\nobject");
+  EXPECT_EQ(parsed.main(), "title\nrest\na\tb\nobject");
   EXPECT_EQ(parsed.kind(Orlec::ParseTextType_remark), "notes");
 }
 
@@ -163,6 +163,20 @@ TEST(PptHostile, a_file_without_its_stream_is_damaged) {
       test::parse_bytes(test::make_ole({{"PowerPoint Document/inner", "a storage"}}));
   EXPECT_EQ(parsed.outcome, ParseOutcome::damaged);
   EXPECT_EQ(parsed.reason, "the stream of the presentation is missing");
+}
+
+TEST(PptHostile, without_the_directory_of_the_container_the_presentation_is_found_in_its_sectors) {
+  auto builder = full_show();
+  builder.stream.resize(5000, '\0');
+  test::CompoundImage image;
+  image.add_stream("Pictures", std::string(5000, 'p'));
+  image.add_stream("PowerPoint Document", builder.stream);
+  image.place_directory();
+  image.next[image.directory] = image.directory;
+  auto const parsed = test::parse_bytes(image.bytes());
+  EXPECT_EQ(parsed.outcome, ParseOutcome::damaged);
+  EXPECT_EQ(parsed.reason, "the OLE2 directory runs in a circle");
+  EXPECT_EQ(parsed.main(), "title\na\tb\nrest\nobject");
 }
 
 TEST(PptHostile, every_truncation_of_the_stream_is_survived) {
