@@ -1,8 +1,10 @@
 #include "morvakit/pdf_document.h"
 
+#include <memory>
 #include <utility>
 
 #include <Catalog.h>
+#include <Gfx.h>
 
 #include "host/utf8.h"
 #include "morvakit/pdf_objects.h"
@@ -44,6 +46,7 @@ bool is_part_of_page(Annot* annotation, void* /*unused*/) {
 
 void PdfDocumentText::read() {
   read_properties();
+  check_fields(form_check_.is_form_sound());
   auto const pages = document_.getNumPages();
   for (int page = 1; page <= pages && keep_going(); ++page) {
     read_page(page);
@@ -89,13 +92,31 @@ void PdfDocumentText::take_output(void* self, char const* text, int length) {
   static_cast<PdfDocumentText*>(self)->page_text_.append(text, static_cast<std::size_t>(length));
 }
 
+void PdfDocumentText::check_fields(bool are_sound) {
+  if (!are_sound && has_sound_fields_) {
+    has_sound_fields_ = false;
+    sink_.note(Orlec::ParseOutcome::limit_reached, "form fields nested over 500 deep");
+  }
+}
+
 /// Fills the text of the page; true when it has more characters than the order of reading allows.
-bool PdfDocumentText::draw(int number, bool in_reading_order) {
+/// With the annotations the library would make the fields.
+bool PdfDocumentText::draw(Page& page, bool in_reading_order) {
   constexpr double resolution = 72.0;
   page_text_.clear();
   PdfPageDevice device(take_output, this, sink_, in_reading_order);
-  document_.displayPage(&device, number, resolution, resolution, 0, true, false, false, stop_wanted,
-                        &device, is_part_of_page, nullptr);
+  if (has_sound_fields_) {
+    page.display(&device, resolution, resolution, 0, true, false, false, stop_wanted, &device,
+                 is_part_of_page, nullptr);
+  } else {
+    std::unique_ptr<Gfx> const graphics(page.createGfx(&device, resolution, resolution, 0, true,
+                                                       false, -1, -1, -1, -1, false, stop_wanted,
+                                                       &device));
+    auto contents = page.getContents();
+    if (!contents.isNull()) {
+      graphics->display(&contents);
+    }
+  }
   if (device.is_cut()) {
     sink_.note(Orlec::ParseOutcome::limit_reached, "a page has too many forms or saved states");
   }
@@ -109,9 +130,12 @@ void PdfDocumentText::read_page(int number) {
   }
   has_page_ = true;
   sink_.count_pages(1);
-  auto is_crowded = draw(number, true);
+  if (has_sound_fields_) {
+    check_fields(form_check_.are_sound(page->getAnnotsObject()));
+  }
+  auto is_crowded = draw(*page, true);
   if (is_crowded) {
-    is_crowded = draw(number, false);
+    is_crowded = draw(*page, false);
   }
   auto text = join_han_lines(without_ligatures(page_text_));
   text.resize(text.find_last_not_of(" \n\t") + 1);
@@ -167,6 +191,9 @@ void PdfDocumentText::read_link(Object const& annotation) {
 }
 
 void PdfDocumentText::read_widgets(Page& page) {
+  if (!has_sound_fields_) {
+    return;
+  }
   auto const fields = page.getFormWidgets();
   for (int i = 0; fields != nullptr && i < fields->getNumWidgets(); ++i) {
     auto* const widget = fields->getWidget(i);
@@ -196,7 +223,7 @@ void PdfDocumentText::read_caption(AnnotAppearanceCharacs const& look) {
 
 /// Fields that a program fills or reads, which no page shows.
 void PdfDocumentText::read_other_fields() {
-  auto* const form = going_ ? document_.getCatalog()->getForm() : nullptr;
+  auto* const form = going_ && has_sound_fields_ ? document_.getCatalog()->getForm() : nullptr;
   std::vector<FormField*> open;
   for (int i = form == nullptr ? 0 : form->getNumFields(); i > 0; --i) {
     open.push_back(form->getRootField(i - 1));

@@ -11,6 +11,7 @@
 #include <Page.h>
 
 #include "morvakit/pdf_component.h"
+#include "morvakit/pdf_form_check.h"
 #include "morvakit/pdf_parts.h"
 
 namespace morvakit {
@@ -19,7 +20,7 @@ namespace morvakit {
 class PdfDocumentText {
  public:
   PdfDocumentText(PDFDoc& document, PdfSink& sink)
-      : document_(document), sink_(sink), parts_(document, sink) {}
+      : document_(document), sink_(sink), parts_(document, sink), form_check_(document, sink) {}
 
   void read();
 
@@ -32,7 +33,8 @@ class PdfDocumentText {
 
   void read_properties();
   void read_page(int number);
-  bool draw(int number, bool in_reading_order);
+  void check_fields(bool are_sound);
+  bool draw(Page& page, bool in_reading_order);
   void read_annotations(Page& page);
   void read_annotation(Object const& annotation);
   void read_link(Object const& annotation);
@@ -48,9 +50,11 @@ class PdfDocumentText {
   PDFDoc& document_;
   PdfSink& sink_;
   PdfParts parts_;
+  PdfFormCheck form_check_;
   std::string page_text_;
   std::unordered_set<FormField const*> fields_on_pages_;
   bool going_ = true;
+  bool has_sound_fields_ = true;
   bool has_main_text_ = false;
   bool has_page_ = false;
 };

@@ -164,6 +164,37 @@ TEST(Pdf, what_a_signature_looks_like_is_main_text) {
   EXPECT_EQ(parse_bytes(pdf.bytes()).main(), "x\n\nSigned by Li");
 }
 
+/// A document whose fields stand in each other, `depth` of them.
+std::string nested_fields(int depth) {
+  auto pdf = one_page(show("x"), helvetica, "/AcroForm<</Fields[6 0 R]>>",
+                      "/Annots[" + std::to_string(6 + depth) + " 0 R]");
+  pdf.add("<</T(a)/Kids[7 0 R]>>");
+  for (int i = 1; i < depth; ++i) {
+    pdf.add("<</T(a)/Parent " + std::to_string(5 + i) + " 0 R/Kids[" + std::to_string(7 + i) +
+            " 0 R]>>");
+  }
+  pdf.add("<</T(a)/Parent " + std::to_string(5 + depth) +
+          " 0 R/FT/Tx/V(value)/Subtype/Widget/Rect[0 0 9 9]>>");
+  return pdf.bytes();
+}
+
+TEST(Pdf, fields_in_each_other_are_read) {
+  EXPECT_EQ(parse_bytes(nested_fields(100)).kind(Orlec::ParseTextType_control), "value");
+}
+
+TEST(Pdf, fields_nested_without_end_are_a_bound) {
+  auto const parsed = parse_bytes(nested_fields(50000));
+  EXPECT_EQ(parsed.main(), "x");
+  EXPECT_EQ(parsed.outcome, ParseOutcome::limit_reached);
+  EXPECT_EQ(parsed.reason, "form fields nested over 500 deep");
+}
+
+TEST(Pdf, a_field_that_is_its_own_parent_is_survived) {
+  auto pdf = one_page(show("x"), helvetica, "", "/Annots[6 0 R]");
+  pdf.add("<</T(a)/Parent 6 0 R/Subtype/Widget/Rect[0 0 9 9]>>");
+  EXPECT_EQ(parse_bytes(pdf.bytes()).main(), "x");
+}
+
 TEST(Pdf, a_value_that_is_a_stream_is_control_text) {
   auto pdf = one_page(show("x"), helvetica, "/AcroForm<</Fields[6 0 R]>>");
   pdf.add("<</FT/Tx/T(a)/V 7 0 R>>");
