@@ -36,7 +36,7 @@ class Presentation {
   void read_slide(std::size_t index);
   void read_notes(std::size_t index);
   void read_masters(std::uint32_t identifier);
-  bool is_first(std::uint32_t object);
+  bool is_first(PptRecord const& record);
 
   PptStream& stream_;
   PptDirectory const& directory_;
@@ -44,7 +44,7 @@ class Presentation {
   PptDocumentHandler document_;
   Identifiers masters_;
   Identifiers notes_;
-  std::unordered_set<std::uint32_t> read_;
+  std::unordered_set<std::int64_t> read_;
 };
 
 Presentation::Identifiers Presentation::identifiers(List list) const {
@@ -56,9 +56,10 @@ Presentation::Identifiers Presentation::identifiers(List list) const {
   return identifiers;
 }
 
-/// Whether an object was not read before: lists may name one twice.
-bool Presentation::is_first(std::uint32_t object) {
-  return stream_.context().charge_memory(sizeof(object)) && read_.insert(object).second;
+/// Whether a record was not read before: objects may be listed twice, or lie in one place.
+bool Presentation::is_first(PptRecord const& record) {
+  return stream_.context().charge_memory(sizeof(record.offset)) &&
+         read_.insert(record.offset).second;
 }
 
 void Presentation::read(PptRecord const& document) {
@@ -77,16 +78,14 @@ void Presentation::read(PptRecord const& document) {
 
 void Presentation::read_slide(std::size_t index) {
   auto const& listed = document_.list(PptDocumentHandler::slides)[index];
-  if (!is_first(listed.object)) {
-    return;
-  }
-  stream_.context().count_pages(1);
   PptSheetHandler handler(stream_, flow_, PptSheetRole::slide,
                           document_.outline(PptDocumentHandler::slides, index));
-  if (auto const slide = directory_.find(listed.object, ppt::slide); slide) {
-    stream_.walk(*slide, handler);
-  } else {
+  auto const slide = directory_.find(listed.object, ppt::slide);
+  if (!slide) {
     stream_.context().note(Orlec::ParseOutcome::damaged, "a slide is missing");
+  } else if (is_first(*slide)) {
+    stream_.context().count_pages(1);
+    stream_.walk(*slide, handler);
   }
   handler.finish();
   if (auto const notes = notes_.find(handler.notes());
@@ -98,7 +97,7 @@ void Presentation::read_slide(std::size_t index) {
 
 void Presentation::read_notes(std::size_t index) {
   auto const object = document_.list(PptDocumentHandler::notes)[index].object;
-  if (auto const notes = directory_.find(object, ppt::notes); notes && is_first(object)) {
+  if (auto const notes = directory_.find(object, ppt::notes); notes && is_first(*notes)) {
     PptSheetHandler handler(stream_, flow_, PptSheetRole::notes,
                             document_.outline(PptDocumentHandler::notes, index));
     stream_.walk(*notes, handler);
@@ -115,7 +114,7 @@ void Presentation::read_masters(std::uint32_t identifier) {
     if (!master) {
       master = directory_.find(object, ppt::slide);
     }
-    if (!master || !is_first(object)) {
+    if (!master || !is_first(*master)) {
       return;
     }
     PptSheetHandler handler(stream_, flow_, PptSheetRole::master, {});
@@ -127,7 +126,7 @@ void Presentation::read_masters(std::uint32_t identifier) {
 void Presentation::read_objects() {
   for (auto const& listed : document_.objects()) {
     auto const object = directory_.find(listed.object, ppt::ole_storage);
-    if (object && is_first(listed.object) && !read_embedded_object(stream_, *object, listed.name)) {
+    if (object && is_first(*object) && !read_embedded_object(stream_, *object, listed.name)) {
       return;
     }
   }

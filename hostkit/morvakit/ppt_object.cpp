@@ -76,7 +76,7 @@ bool unpack(PptStream& stream, PptRecord const& record, Spool& spool) {
   }
   // Some writers leave out the end of the packed bytes.
   if (!unpacker.is_done() && spool.GetSize() < std::int64_t{stream.number(record, 0)}) {
-    context.note(Orlec::ParseOutcome::damaged, "an embedded object cannot be unpacked");
+    context.note(Orlec::ParseOutcome::incomplete, "an embedded object cannot be unpacked");
   }
   return true;
 }

@@ -98,6 +98,30 @@ TEST(PptHostile, a_slide_that_is_listed_often_is_read_once) {
   EXPECT_EQ(parsed.counts.i_page, 1);
 }
 
+TEST(PptHostile, objects_in_one_place_are_read_once) {
+  Builder builder;
+  builder.add_slide(words("text"));
+  for (int i = 0; i < 100; ++i) {
+    builder.list_slide(100 + static_cast<std::uint32_t>(i));
+  }
+  builder.save();
+  std::string run = test::little(100U | 100U << 20U, 4);
+  auto const slide = builder.stream.find(Builder::slide(words("text")));
+  for (int i = 0; i < 100; ++i) {
+    run += test::little(slide, 4);
+  }
+  auto const list = builder.stream.size();
+  builder.stream += atom(6002, run);
+  auto const former = builder.edit_place;
+  builder.edit_place = builder.stream.size();
+  builder.stream +=
+      atom(4085, std::string(8, '\0') + test::little(former, 4) + test::little(list, 4) +
+                     test::little(1, 4) + std::string(12, '\0'));
+  auto const parsed = test::parse_bytes(builder.bytes());
+  EXPECT_EQ(parsed.main(), "text");
+  EXPECT_EQ(parsed.outcome, ParseOutcome::text);
+}
+
 TEST(PptHostile, masters_in_a_circle_end) {
   Builder builder;
   builder.add_title_master(10, words("one"), 11);

@@ -253,12 +253,13 @@ TEST(Ppt, the_end_of_a_packed_object_may_be_missing) {
   EXPECT_EQ(parsed.outcome, ParseOutcome::text);
 }
 
-TEST(Ppt, an_object_that_cannot_be_unpacked_is_damage) {
+TEST(Ppt, with_an_object_that_cannot_be_unpacked_the_reading_is_incomplete) {
   Builder builder;
   builder.add_slide(words("text"));
   builder.add_object(atom(4113, test::little(9999, 4) + "no deflate", 1));
   auto const parsed = parse(builder);
   EXPECT_EQ(parsed.main(), "text");
+  EXPECT_EQ(parsed.outcome, ParseOutcome::incomplete);
   EXPECT_EQ(parsed.reason, "an embedded object cannot be unpacked");
 }
 
