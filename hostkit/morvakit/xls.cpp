@@ -81,7 +81,7 @@ class StreamReader {
 
   void read() {
     if (!records_.next() || !biff::is_begin(records_.type())) {
-      flow_.context().end(Orlec::ParseOutcome::damaged, "the workbook's beginning is missing");
+      flow_.context().note(Orlec::ParseOutcome::damaged, "the workbook's beginning is missing");
       return;
     }
     workbook_.begin(records_);
@@ -184,11 +184,11 @@ void read_xls_storage(tessarine::OleStorage const& storage, ReadContext& context
   if (stream == nullptr) {
     stream = storage.stream("Book");
   }
-  if (stream == nullptr) {
-    context.end(Orlec::ParseOutcome::damaged, "the workbook's stream is missing");
-    return;
+  if (stream != nullptr) {
+    read_stream(*stream, context);
+  } else {
+    context.note(Orlec::ParseOutcome::damaged, "the workbook's stream is missing");
   }
-  read_stream(*stream, context);
   TextFlow flow(context);
   read_ole_properties(storage, flow);
   read_embedded_storages(storage, context);

@@ -417,8 +417,22 @@ TEST(Xls, sheets_at_one_place_are_read_once) {
 }
 
 TEST(Xls, a_stream_without_a_beginning_is_damaged) {
-  EXPECT_EQ(test::parse_bytes(test::in_compound_file("no records")).reason,
+  EXPECT_EQ(test::parse_bytes(test::in_compound_file({})).reason,
             "the workbook's beginning is missing");
+}
+
+TEST(Xls, what_is_embedded_in_a_damaged_workbook_is_read) {
+  auto inner = BiffBook().sheet("Inner", number(0, 0, 2)).bytes();
+  inner.resize(4096, '\0');
+  test::CompoundImage image;
+  image.add_stream("Workbook", std::string(4096, 'x'));
+  image.link({"MBD0001", test::CompoundImage::storage});
+  image.entries.back().child = 3;
+  image.entries.push_back(
+      {"Workbook", test::CompoundImage::stream, image.add_chain(inner), inner.size()});
+  auto const parsed = test::parse_bytes(image.bytes());
+  EXPECT_EQ(parsed.main(), "Inner\n2");
+  EXPECT_EQ(parsed.outcome, ParseOutcome::damaged);
 }
 
 TEST(Xls, shared_strings_that_are_cut_short_are_damaged) {
