@@ -1,6 +1,7 @@
 #include "morvakit/odf_text.h"
 
 #include <algorithm>
+#include <array>
 #include <charconv>
 #include <utility>
 
@@ -28,7 +29,6 @@ enum class OdfTag {
   text_box,
   object,
   description,
-  form_element,
   formula_text,
   master_page,
   body,
@@ -113,21 +113,6 @@ TagTable<OdfTag> const& tags() {
       {table_space, "error-message", message},
       {vector_space, "title", description},
       {vector_space, "desc", description},
-      {form_space, "button", form_element},
-      {form_space, "checkbox", form_element},
-      {form_space, "combobox", form_element},
-      {form_space, "fixed-text", form_element},
-      {form_space, "formatted-text", form_element},
-      {form_space, "frame", form_element},
-      {form_space, "item", form_element},
-      {form_space, "listbox", form_element},
-      {form_space, "number", form_element},
-      {form_space, "option", form_element},
-      {form_space, "radio", form_element},
-      {form_space, "text", form_element},
-      {form_space, "textarea", form_element},
-      {form_space, "date", form_element},
-      {form_space, "time", form_element},
       {formula_space, "mi", formula_text},
       {formula_space, "mn", formula_text},
       {formula_space, "mo", formula_text},
@@ -135,6 +120,15 @@ TagTable<OdfTag> const& tags() {
       {formula_space, "annotation", left_out},
   };
   return table;
+}
+
+/// Whether an element is a control of a form whose caption or value a user sees.
+bool is_control(XmlName const& name) {
+  constexpr std::array<std::string_view, 15> controls{
+      "button", "checkbox", "combobox", "fixed-text", "formatted-text", "frame", "item", "listbox",
+      "number", "option",   "radio",    "text",       "textarea",       "date",  "time"};
+  return form_space.is(name.space) &&
+         std::find(controls.begin(), controls.end(), name.local) != controls.end();
 }
 
 bool is_xml_blank(char c) {
@@ -341,9 +335,6 @@ bool OdfTextHandler::open_block(OdfTag tag, XmlName const& name, XmlAttributes c
     case OdfTag::object:
       object(attributes);
       break;
-    case OdfTag::form_element:
-      form_element(attributes);
-      break;
     default:
       break;
   }
@@ -351,6 +342,9 @@ bool OdfTextHandler::open_block(OdfTag tag, XmlName const& name, XmlAttributes c
 }
 
 bool OdfTextHandler::open(OdfTag tag, XmlName const& name, XmlAttributes const& attributes) {
+  if (tag == OdfTag::other && is_control(name)) {
+    form_element(attributes);
+  }
   return open_text(tag, attributes) || open_kind(tag, attributes) ||
          open_block(tag, name, attributes);
 }
