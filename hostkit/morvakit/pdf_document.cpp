@@ -47,6 +47,7 @@ bool is_part_of_page(Annot* annotation, void* /*unused*/) {
 void PdfDocumentText::read() {
   read_properties();
   check_fields(form_check_.is_form_sound());
+  going_ = going_ && resources_.take_form();
   auto const pages = document_.getNumPages();
   for (int page = 1; page <= pages && keep_going(); ++page) {
     read_page(page);
@@ -130,8 +131,14 @@ void PdfDocumentText::read_page(int number) {
   }
   has_page_ = true;
   sink_.count_pages(1);
+  auto const annotations = page->getAnnotsObject();
   if (has_sound_fields_) {
-    check_fields(form_check_.are_sound(page->getAnnotsObject()));
+    check_fields(form_check_.are_sound(annotations));
+  }
+  if (!resources_.take(*page->getResourceDictObject()) ||
+      !resources_.take_annotations(annotations)) {
+    going_ = false;
+    return;
   }
   auto is_crowded = draw(*page, true);
   if (is_crowded) {
@@ -146,14 +153,12 @@ void PdfDocumentText::read_page(int number) {
   if (is_crowded) {
     sink_.end(Orlec::ParseOutcome::limit_reached, "a page has too many characters");
   }
-  parts_.count_images(*page->getResourceDictObject());
-  read_annotations(*page);
+  read_annotations(annotations);
   read_widgets(*page);
 }
 
 /// As they stand in the file: the library leaves out those that it could not draw.
-void PdfDocumentText::read_annotations(Page& page) {
-  auto const annotations = page.getAnnotsObject();
+void PdfDocumentText::read_annotations(Object const& annotations) {
   for (int i = 0; annotations.isArray() && i < annotations.arrayGetLength() && keep_going(); ++i) {
     auto const annotation = annotations.arrayGet(i);
     if (annotation.isDict()) {

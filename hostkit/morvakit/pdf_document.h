@@ -13,6 +13,7 @@
 #include "morvakit/pdf_component.h"
 #include "morvakit/pdf_form_check.h"
 #include "morvakit/pdf_parts.h"
+#include "morvakit/pdf_resources.h"
 
 namespace morvakit {
 
@@ -20,7 +21,11 @@ namespace morvakit {
 class PdfDocumentText {
  public:
   PdfDocumentText(PDFDoc& document, PdfSink& sink)
-      : document_(document), sink_(sink), parts_(document, sink), form_check_(document, sink) {}
+      : document_(document),
+        sink_(sink),
+        parts_(document, sink),
+        form_check_(document, sink),
+        resources_(document, sink) {}
 
   void read();
 
@@ -35,7 +40,7 @@ class PdfDocumentText {
   void read_page(int number);
   void check_fields(bool are_sound);
   bool draw(Page& page, bool in_reading_order);
-  void read_annotations(Page& page);
+  void read_annotations(Object const& annotations);
   void read_annotation(Object const& annotation);
   void read_link(Object const& annotation);
   void read_widgets(Page& page);
@@ -51,6 +56,7 @@ class PdfDocumentText {
   PdfSink& sink_;
   PdfParts parts_;
   PdfFormCheck form_check_;
+  PdfResources resources_;
   std::string page_text_;
   std::unordered_set<FormField const*> fields_on_pages_;
   bool going_ = true;

@@ -39,7 +39,9 @@ bool PdfFormCheck::is_sound(Object const& field) {
 
 bool PdfFormCheck::are_sound(Object const& annotations) {
   for (int i = 0; annotations.isArray() && i < annotations.arrayGetLength(); ++i) {
-    if (!sink_.keep_going() || !is_sound(annotations.arrayGet(i))) {
+    auto const annotation = annotations.arrayGet(i);
+    bool const is_field = annotation.isDict() && annotation.dictLookup("Subtype").isName("Widget");
+    if (!sink_.keep_going() || (is_field && !is_sound(annotation))) {
       return false;
     }
   }

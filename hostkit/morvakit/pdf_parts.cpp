@@ -139,30 +139,4 @@ void PdfParts::read_files() {
   }
 }
 
-void PdfParts::count_images(Object const& resources) {
-  std::vector<Object> open;
-  open.push_back(resources.copy());
-  while (!open.empty() && sink_.keep_going()) {
-    auto const dictionary = std::move(open.back());
-    open.pop_back();
-    auto const pictures = dictionary.isDict() ? dictionary.dictLookup("XObject") : Object(objNull);
-    for (int i = 0; pictures.isDict() && i < pictures.dictGetLength(); ++i) {
-      auto const& reference = pictures.dictGetValNF(i);
-      if (!sink_.keep_going() || !reference.isRef() || !resources_met_.is_new(reference)) {
-        continue;
-      }
-      auto const picture = pictures.dictGetVal(i);
-      if (!picture.isStream()) {
-        continue;
-      }
-      auto const subtype = picture.streamGetDict()->lookup("Subtype");
-      if (subtype.isName("Image")) {
-        sink_.count_images(1);
-      } else if (subtype.isName("Form")) {
-        open.push_back(picture.streamGetDict()->lookup("Resources"));
-      }
-    }
-  }
-}
-
 }  // namespace morvakit

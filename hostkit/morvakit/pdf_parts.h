@@ -28,9 +28,6 @@ class PdfParts {
   /// Delivers the files, each once.
   void read_files();
 
-  /// Counts the pictures that a page may show, each once in the document.
-  void count_images(Object const& resources);
-
  private:
   void add_tree(Object const& root);
   void add_names(Object const& node);
@@ -42,7 +39,6 @@ class PdfParts {
   std::vector<Object> file_specifications_;
   PdfObjectsMet files_met_;
   PdfObjectsMet streams_met_;
-  PdfObjectsMet resources_met_;
 };
 
 }  // namespace morvakit

@@ -195,6 +195,20 @@ TEST(Pdf, a_field_that_is_its_own_parent_is_survived) {
   EXPECT_EQ(parse_bytes(pdf.bytes()).main(), "x");
 }
 
+TEST(Pdf, maps_of_characters_based_on_each_other_without_end_are_a_bound) {
+  auto pdf = one_page(
+      show("x"), "<</Type/Font/Subtype/Type0/BaseFont/A/Encoding 7 0 R/DescendantFonts[6 0 R]>>");
+  pdf.add(
+      "<</Type/Font/Subtype/CIDFontType2/BaseFont/A/CIDSystemInfo<</Registry(Adobe)/Ordering(GB1)"
+      "/Supplement 2>>/FontDescriptor<<>>>>");
+  for (int next = 8; next < 50000; ++next) {
+    pdf.add_stream("abc", "/Type/CMap/UseCMap " + std::to_string(next) + " 0 R");
+  }
+  auto const parsed = parse_bytes(pdf.bytes());
+  EXPECT_EQ(parsed.outcome, ParseOutcome::limit_reached);
+  EXPECT_EQ(parsed.reason, "maps of characters based on each other over 100 deep");
+}
+
 TEST(Pdf, a_value_that_is_a_stream_is_control_text) {
   auto pdf = one_page(show("x"), helvetica, "/AcroForm<</Fields[6 0 R]>>");
   pdf.add("<</FT/Tx/T(a)/V 7 0 R>>");
