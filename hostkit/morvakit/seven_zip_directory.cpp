@@ -384,9 +384,8 @@ void DirectoryReader::order_steps(std::vector<Coder> const& coders,
 void DirectoryReader::read_file_sizes(Cursor& cursor, Folders& folders) {
   std::vector<std::uint64_t> numbers(folders.size(), 1);
   auto id = cursor.number();
-  std::uint64_t sum = folders.size();
   if (id == id_stream_count) {
-    sum = 0;
+    std::uint64_t sum = 0;
     for (auto& number : numbers) {
       number = cursor.number();
       if (!check_number(number) || !check_number(sum += number)) {
