@@ -199,6 +199,7 @@ class OfdPackage {
   void read_annotations(std::string const& root, OfdDocumentHandler const& document);
   void read_others(std::string const& root, OfdDocumentHandler const& document);
   void read_attachments();
+  bool is_locked() const;
 
   ReadContext& context_;
   TextFlow flow_;
@@ -359,6 +360,11 @@ void OfdPackage::read_attachments() {
   }
 }
 
+/// Whether the package says that parts of it are encrypted. They keep their names.
+bool OfdPackage::is_locked() const {
+  return container_.find("Encryptions.xml") || container_.find("META-INF/Encryptions.xml");
+}
+
 void OfdPackage::read() {
   if (!container_.is_open()) {
     return;
@@ -374,6 +380,9 @@ void OfdPackage::read() {
   if (!is_found) {
     context_.note(Orlec::ParseOutcome::damaged, "the part OFD.xml names no document");
     read_lost_documents();
+  }
+  if (is_locked() && context_.outcome() != Orlec::ParseOutcome::text) {
+    context_.end(Orlec::ParseOutcome::encrypted, "the document needs a password");
   }
   read_attachments();
 }

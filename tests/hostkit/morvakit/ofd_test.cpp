@@ -338,6 +338,12 @@ TEST(Ofd, without_a_root_that_leads_anywhere_the_documents_are_searched) {
   EXPECT_EQ(parsed.outcome, ParseOutcome::damaged);
 }
 
+TEST(Ofd, a_document_whose_pages_are_ciphers_is_encrypted) {
+  OfdDocument document({"\x8f\x02 cipher"});
+  document.add("Encryptions.xml", part("Encryptions", {}));
+  EXPECT_EQ(parse(document).outcome, ParseOutcome::encrypted);
+}
+
 TEST(Ofd, a_page_that_is_named_a_thousand_times_is_read_once) {
   OfdDocument document({page(object(10, 10, "once"))});
   std::string list;
