@@ -13,11 +13,11 @@ namespace morvakit {
 
 namespace {
 
-/// Objects on a sheet whose text is not part of what is read on it.
+/// What the text of an object on a sheet is, by the object's type.
 Orlec::ParseTextType kind_of_object(int type) {
-  constexpr int first_control = 0x07;  // a button; up to a group box all but polygons are controls
-  constexpr int polygon = 0x09;
+  constexpr int first_control = 0x07;
   constexpr int picture = 0x08;
+  constexpr int polygon = 0x09;
   constexpr int last_control = 0x14;
   constexpr int note = 0x19;
   if (type == note) {
@@ -37,6 +37,7 @@ void BiffSheetReader::read(std::int64_t end, bool whole) {
       ++depth_;
       last_row_ = -1;
       auto const part = static_cast<BiffPart>(tessarine::little16(records_.body(), 2));
+      flow_.context().count_pages(whole && part == BiffPart::sheet ? 1 : 0);
       if (part == BiffPart::chart && !in_chart()) {
         chart_depth_ = depth_;
       }

@@ -86,7 +86,8 @@ class StreamReader {
     }
     workbook_.begin(records_);
     if (part_of(records_) != BiffPart::globals) {
-      read_whole();
+      records_.seek(0);
+      BiffSheetReader(records_, workbook_, flow_).read(size_, true);
       return;
     }
     while (records_.next() && records_.type() != biff::end) {
@@ -98,12 +99,6 @@ class StreamReader {
   }
 
  private:
-  void read_whole() {
-    flow_.context().count_pages(1);
-    records_.seek(0);
-    BiffSheetReader(records_, workbook_, flow_).read(size_, true);
-  }
-
   bool begins_part(std::int64_t position) {
     records_.seek(position);
     return records_.next() && biff::is_begin(records_.type());

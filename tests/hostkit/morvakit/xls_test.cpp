@@ -343,10 +343,10 @@ TEST(Xls, a_workbook_of_version_4_holds_sheets_with_names) {
     return biff(0x008f, little(0, 4) + old_string(name, 1)) + biff_begin(16, 4) +
            biff(0x0204, place(0, 0) + old_string(text)) + biff_end();
   };
-  EXPECT_EQ(
-      test::parse_bytes(biff_begin(0x100, 4) + sheet("A", "one") + sheet("B", "two") + biff_end())
-          .main(),
-      "A\none\nB\ntwo");
+  auto const parsed =
+      test::parse_bytes(biff_begin(0x100, 4) + sheet("A", "one") + sheet("B", "two") + biff_end());
+  EXPECT_EQ(parsed.main(), "A\none\nB\ntwo");
+  EXPECT_EQ(parsed.counts.i_page, 2);
 }
 
 TEST(Xls, a_sheet_that_asks_for_a_password_is_encrypted) {
