@@ -72,7 +72,7 @@ FormattingPages::Run FormattingPages::look_up(std::int64_t offset) {
     }
   }
   if (first == 0 || first > count_) {
-    return {offset, first == 0 && count_ > 0 ? place(0) : everything, false, {}};
+    return {offset, first == 0 && count_ > 0 ? place(0) : everything, {}};
   }
   auto const number = page_number(first - 1);
   if (number != page_number_) {
@@ -88,11 +88,11 @@ FormattingPages::Run FormattingPages::look_up_in_page(std::int64_t offset, std::
     std::int64_t const run_begin = little32(page_, 4 * i);
     std::int64_t const run_end = little32(page_, 4 * (i + 1));
     if (run_begin <= offset && offset < run_end) {
-      return {run_begin, run_end, true,
+      return {run_begin, run_end,
               form_ == Form::characters ? character_list(i, count) : paragraph_list(i, count)};
     }
   }
-  return {offset, std::max(end, offset + 1), false, {}};
+  return {offset, std::max(end, offset + 1), {}};
 }
 
 std::string_view FormattingPages::character_list(std::size_t index, std::size_t count) const {
@@ -161,10 +161,8 @@ CharacterFormat const& WordFormatting::characters_at(std::int64_t offset) {
 }
 
 ParagraphFormat WordFormatting::paragraph_at(std::int64_t offset) {
-  auto const& run = paragraph_pages_.find(offset);
   ParagraphFormat format;
-  format.is_known = run.is_found;
-  apply(run.properties, format);
+  apply(paragraph_pages_.find(offset).properties, format);
   return format;
 }
 
@@ -172,6 +170,9 @@ void WordFormatting::apply(std::string_view properties, ParagraphFormat& format)
   std::string large;
   while (auto const property = take_property(properties, is_old_)) {
     switch (property->number) {
+      case word_in_table:
+        format.is_in_table = property->is_on();
+        break;
       case word_row_end:
         format.ends_row = property->is_on();
         break;

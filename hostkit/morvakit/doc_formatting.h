@@ -26,8 +26,8 @@ struct CharacterFormat {
 
 /// What the formatting of a paragraph says about the mark at its end.
 struct ParagraphFormat {
-  /// False where the document has lost it.
-  bool is_known = false;
+  /// Whether it is in a table; the mark of a cell that is not has lost its formatting.
+  bool is_in_table = false;
   bool ends_row = false;
   bool ends_inner_cell = false;
   bool ends_inner_row = false;
@@ -43,7 +43,6 @@ class FormattingPages {
   struct Run {
     std::int64_t begin = 0;
     std::int64_t end = 0;
-    bool is_found = false;
     std::string_view properties;
   };
 

@@ -43,9 +43,10 @@ struct OldProperty {
 };
 
 constexpr std::array old_properties{
-    OldProperty{25, word_row_end},          OldProperty{65, word_deleted},
-    OldProperty{68, word_picture_location}, OldProperty{71, word_is_data},
-    OldProperty{74, word_symbol},           OldProperty{75, word_is_object},
+    OldProperty{24, word_in_table},  OldProperty{25, word_row_end},
+    OldProperty{65, word_deleted},   OldProperty{68, word_picture_location},
+    OldProperty{71, word_is_data},   OldProperty{74, word_symbol},
+    OldProperty{75, word_is_object},
 };
 
 /// Operand size of a property of Word 6; nothing for one that is not known.

@@ -20,6 +20,7 @@ inline constexpr std::uint16_t word_picture_location = 0x6A03;
 inline constexpr std::uint16_t word_is_data = 0x0806;
 inline constexpr std::uint16_t word_symbol = 0x6A09;
 inline constexpr std::uint16_t word_is_object = 0x080A;
+inline constexpr std::uint16_t word_in_table = 0x2416;
 inline constexpr std::uint16_t word_row_end = 0x2417;
 inline constexpr std::uint16_t word_inner_cell_end = 0x244B;
 inline constexpr std::uint16_t word_inner_row_end = 0x244C;

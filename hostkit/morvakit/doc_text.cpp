@@ -189,6 +189,10 @@ void WordText::show(std::string_view bytes) {
   (is_wide_ ? wide_decoder_ : bytes_decoder_)
       .decode(bytes, false, fields_.in_code() ? in_code : text_);
   fields_.add_code(in_code);
+  constexpr std::size_t longest_kept = 64 << 10;
+  if (text_.size() > longest_kept) {
+    deliver();
+  }
 }
 
 /// What is left of a character that was cut comes out as damaged.
@@ -265,7 +269,7 @@ void WordText::symbol(unsigned unit) {
 /// the end of a cell.
 void WordText::cell_mark(std::int64_t offset) {
   auto const paragraph = formatting_.paragraph_at(offset);
-  bool const ends_row = paragraph.is_known ? paragraph.ends_row : is_behind_cell_;
+  bool const ends_row = paragraph.is_in_table ? paragraph.ends_row : is_behind_cell_;
   fields_.end_paragraph();
   end_line(ends_row ? '\n' : '\t');
   is_behind_cell_ = !ends_row;

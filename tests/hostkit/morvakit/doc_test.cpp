@@ -227,7 +227,7 @@ TEST(Doc, a_row_may_keep_its_formatting_in_the_stream_of_data) {
 TEST(Doc, formatting_in_the_stream_of_data_does_not_go_round_in_circles) {
   WordBuilder document;
   document.data = little(6, 2) + number_property(0x6646, 0);
-  document.add(u"a\a\ab\r", {.paragraph = number_property(0x6646, 0)});
+  document.add(u"a\ab\r", {.paragraph = number_property(0x6646, 0)});
   EXPECT_EQ(parse_bytes(document.bytes()).main(), "a\tb");
 }
 
@@ -454,6 +454,43 @@ TEST(Doc, old_text_may_be_in_the_code_page_of_its_font) {
 
 TEST(Doc, old_text_may_be_wide) {
   EXPECT_EQ(parse_bytes(old_word("\x2D\x4E\x87\x65\r\0"s, 0x0804, 0x1000, 0, 2)).main(), "中文");
+}
+
+TEST(Doc, old_formatting_tells_rows_and_deleted_text) {
+  std::string stream(1024, '\0');
+  auto const put = [&](std::size_t at, std::string const& bytes) {
+    stream.replace(at, bytes.size(), bytes);
+  };
+  auto const text =
+      "a\a\ab\a"
+      "\a"
+      "gone"
+      "kept\r"s;
+  put(0, little(0xA5DC, 2) + little(101, 2));
+  put(24, little(1024, 4) + little(1024 + text.size(), 4));
+  put(0x34, little(text.size(), 4));
+  stream += text;
+  stream.resize(2048, '\0');
+  // Bold, some tab stops, then what matters.
+  auto const run = [](std::string const& list, std::size_t size) { return little(size, 1) + list; };
+  std::string characters = little(1030, 4) + little(1034, 4) + little(32, 1);
+  characters.resize(64, '\0');
+  characters += run("\x55\1\x41\1"s, 4);
+  characters.resize(511, '\0');
+  std::string paragraphs = little(1024, 4) + little(1029, 4) + little(1030, 4) + little(1039, 4);
+  paragraphs += little(64, 7) + little(80, 7) + little(0, 7);
+  paragraphs.resize(128, '\0');
+  paragraphs += run("\0\0\x18\1"s, 2);
+  paragraphs.resize(160, '\0');
+  paragraphs += run("\0\0\x0F\2\0\0\x18\1\x19\1"s, 5);
+  paragraphs.resize(511, '\0');
+  stream += characters + '\1' + paragraphs + '\3';
+  put(512, little(1030, 4) + little(1034, 4) + little(4, 2));
+  put(532, little(1024, 4) + little(1039, 4) + little(5, 2));
+  put(0x58 + 8 * 12, little(512, 4) + little(10, 4) + little(532, 4) + little(10, 4));
+  EXPECT_EQ(
+      parse_bytes(test::make_ole({{"WordDocument", stream + std::string(4096, '\0')}})).main(),
+      "a\tb\nkept");
 }
 
 TEST(Doc, a_document_with_a_password_is_encrypted) {
