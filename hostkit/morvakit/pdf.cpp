@@ -62,6 +62,7 @@ class ContextSink final : public PdfSink {
     if (part == PdfPart::file) {
       file_ = std::make_unique<Spool>(name, context_);
     } else if (part == PdfPart::form) {
+      flow_.separate(Orlec::ParseTextType_control, '\n');
       xml_ = std::make_unique<XmlPart>(std::make_unique<XfaHandler>(flow_), context_);
     } else {
       auto take = [this](std::string_view key, std::string_view value) { property(key, value); };
