@@ -53,6 +53,9 @@ void BiffSheetReader::read(std::int64_t end, bool whole) {
       take(type);
     }
   }
+  if (records_.at_end()) {
+    records_.note_cut();
+  }
 }
 
 void BiffSheetReader::take(std::uint16_t type) {

@@ -54,19 +54,19 @@ void BiffStream::seek(std::int64_t position) {
   body_ = {};
 }
 
-bool BiffStream::note_cut() {
+void BiffStream::note_cut() {
   context_.note(Orlec::ParseOutcome::damaged, "the workbook's stream is cut short");
-  return false;
 }
 
 bool BiffStream::next() {
-  if (!context_.keep_going() || next_ >= stream_.GetSize()) {
+  if (!context_.keep_going() || at_end()) {
     return false;
   }
   auto const header = bytes(next_, header_size);
   if (header.size() < header_size) {
     next_ = stream_.GetSize();
-    return note_cut();
+    note_cut();
+    return false;
   }
   type_ = tessarine::little16(header, 0);
   std::size_t const size = tessarine::little16(header, 2);

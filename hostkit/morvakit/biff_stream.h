@@ -84,6 +84,8 @@ class BiffStream {
 
   /// Where the next record begins.
   std::int64_t position() const { return next_; }
+  /// Whether there is no further record.
+  bool at_end() const { return next_ >= stream_.GetSize(); }
   /// Goes on at a position, which may be anywhere.
   void seek(std::int64_t position);
 
@@ -92,6 +94,8 @@ class BiffStream {
   bool next();
   /// Moves on to the next record if it continues the present one.
   bool next_continuation();
+  /// Notes the damage of a stream that ends before what it holds does.
+  void note_cut();
 
   std::uint16_t type() const { return type_; }
   /// Valid until the next move.
@@ -100,7 +104,6 @@ class BiffStream {
  private:
   std::string_view bytes(std::int64_t position, std::size_t size);
   void fill(std::int64_t position, std::size_t size);
-  bool note_cut();
 
   Orlec::Reader const& stream_;
   ReadContext& context_;

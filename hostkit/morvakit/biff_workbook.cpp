@@ -148,17 +148,22 @@ void BiffWorkbook::take_sheet(BiffCursor& cursor) {
   }
 }
 
+// Behind the strings that the record counts, there may be a few bytes of nothing; but the count may
+// as well be too low.
 void BiffWorkbook::take_strings(BiffCursor& cursor) {
-  constexpr std::uint64_t counts_size = 8;
-  cursor.skip(counts_size);
+  constexpr std::uint64_t uses_size = 4;
+  cursor.skip(uses_size);
+  auto const stated = cursor.double_word();
+  std::uint32_t number = 0;
   std::string utf8;
   while (!cursor.at_end() && context_.keep_going()) {
     utf8.clear();
     text_.append(cursor, cursor.word(), utf8);
     strings_.next();
     strings_.append(utf8);
+    ++number;
   }
-  if (cursor.is_short()) {
+  if (number < stated || (cursor.is_short() && number == stated)) {
     context_.note(Orlec::ParseOutcome::damaged, "the shared strings are cut short");
   }
 }

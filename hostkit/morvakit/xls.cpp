@@ -93,6 +93,9 @@ class StreamReader {
     while (records_.next() && records_.type() != biff::end) {
       workbook_.take(records_);
     }
+    if (records_.type() != biff::end) {
+      records_.note_cut();
+    }
     if (!flow_.context().ended()) {
       read_sheets();
     }

@@ -436,10 +436,25 @@ TEST(Xls, what_is_embedded_in_a_damaged_workbook_is_read) {
 }
 
 TEST(Xls, shared_strings_that_are_cut_short_are_damaged) {
-  auto const parsed = test::parse_bytes(
-      BiffBook().global(strings("\x40\0\0abc"s)).sheet("First", shared(0, 0, 0)).bytes());
-  EXPECT_EQ(parsed.main(), "First\nabc");
-  EXPECT_EQ(parsed.reason, "the shared strings are cut short");
+  auto const read = [](unsigned stated, std::string const& content) {
+    return test::parse_bytes(BiffBook()
+                                 .global(biff(0x00fc, little(1, 4) + little(stated, 4) + content))
+                                 .sheet("First", shared(0, 0, 0))
+                                 .bytes());
+  };
+  auto const cut = read(1, "\x40\0\0abc"s);
+  EXPECT_EQ(cut.main(), "First\nabc");
+  EXPECT_EQ(cut.reason, "the shared strings are cut short");
+  EXPECT_EQ(read(2, biff_string("one")).outcome, ParseOutcome::damaged);
+  EXPECT_EQ(read(1, biff_string("one") + "\0"s).outcome, ParseOutcome::text);
+}
+
+TEST(Xls, a_stream_that_ends_between_records_is_damaged) {
+  auto const whole = BiffBook().sheet("First", number(0, 0, 1)).bytes();
+  auto const parsed = test::parse_bytes(whole.substr(0, whole.size() - biff_end().size()));
+  EXPECT_EQ(parsed.main(), "First\n1");
+  EXPECT_EQ(parsed.reason, "the workbook's stream is cut short");
+  EXPECT_EQ(test::parse_bytes(biff_begin(5)).outcome, ParseOutcome::damaged);
 }
 
 TEST(Xls, names_of_sheets_over_the_bound_end_the_parse) {
@@ -468,6 +483,7 @@ TEST(Xls, a_file_that_is_cut_anywhere_ends_well) {
   for (std::size_t length = 0; length < whole.size(); ++length) {
     auto const parsed = test::parse_bytes(whole.substr(0, length));
     EXPECT_LE(parsed.main().size(), text.main().size() + 64) << length;
+    EXPECT_TRUE(length < 4 || parsed.outcome != ParseOutcome::text) << length;
   }
 }
 
