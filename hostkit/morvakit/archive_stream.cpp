@@ -231,7 +231,9 @@ ArchiveStream::Step ArchiveStream::next(ArchiveEntry& entry) {
   char const* const name = archive_entry_pathname(found);
   bool const is_named = name != nullptr && archive_format(library) != ARCHIVE_FORMAT_RAW;
   entry.name = is_named ? name : "";
-  entry.is_file = archive_entry_filetype(found) == AE_IFREG;
+  // Some writers leave out what kind of file it is.
+  auto const kind = archive_entry_filetype(found);
+  entry.is_file = kind == AE_IFREG || kind == 0;
   entry.is_encrypted = archive_entry_is_encrypted(found) != 0;
   entry.is_supported = is_bounded(library);
   return Step::entry;

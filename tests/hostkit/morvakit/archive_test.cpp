@@ -37,6 +37,21 @@ std::string make_rar(std::string const& name, std::string const& content, int fl
          rar_block(0x74, 0x8000 | flags, file) + content + rar_block(0x7B, 0x4000, "");
 }
 
+/// A block of RAR 5 with its size and checksum; all numbers here are below 128.
+std::string rar5_block(std::string const& fields) {
+  auto const rest = little(fields.size(), 1) + fields;
+  return little(checksum(rest), 4) + rest;
+}
+
+/// The file has no more than a mode of access, without the kind of file.
+std::string make_rar5(std::string const& name, std::string const& content) {
+  auto const file = little(2, 1) + little(2, 1) + little(content.size(), 1) + little(4, 1) +
+                    little(content.size(), 1) + little(0, 1) + little(checksum(content), 4) +
+                    little(0, 1) + little(1, 1) + little(name.size(), 1) + name;
+  return "Rar!\x1A\x07\x01" + std::string(1, '\0') + rar5_block(little(1, 3)) + rar5_block(file) +
+         content + rar5_block(little(5, 3));
+}
+
 std::string make_cabinet(std::string const& name, std::string const& content) {
   auto const file = little(content.size(), 4) + little(0, 4) + little(0, 2) +
                     little(0x58210000, 4) + little(0x20, 2) + name + std::string(1, '\0');
@@ -118,6 +133,13 @@ TEST(Archive, rar_is_read) {
   EXPECT_EQ(parsed.outcome, ParseOutcome::text);
   EXPECT_EQ(parsed.main(), "one");
   EXPECT_EQ(parsed.kind(Orlec::ParseTextType_other), "a.txt");
+}
+
+TEST(Archive, rar_5_is_read) {
+  auto const parsed = test::parse_bytes(make_rar5("合同.txt", "one"));
+  EXPECT_EQ(parsed.outcome, ParseOutcome::text);
+  EXPECT_EQ(parsed.main(), "one");
+  EXPECT_EQ(parsed.kind(Orlec::ParseTextType_other), "合同.txt");
 }
 
 TEST(Archive, a_rar_whose_files_are_locked_is_encrypted) {
