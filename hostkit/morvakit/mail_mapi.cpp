@@ -131,12 +131,13 @@ void read_other_texts(MapiItem const& message, TextFlow& flow) {
       read_mail_text(*headers, encoding_name(message, type), Orlec::ParseTextType_other, {},
                      flow.context());
     }
-    for (auto const& bytes : message.named_texts(type)) {
-      auto const text = decode_mapi_text(*bytes, type, message.code_page());
+    message.visit_named_texts(type, [&](Orlec::Reader const& bytes) {
+      auto const text = decode_mapi_text(bytes, type, message.code_page());
       if (!is_blank(text)) {
         flow.line(Orlec::ParseTextType_other, text);
       }
-    }
+      return flow.context().keep_going();
+    });
   }
 }
 
@@ -243,14 +244,17 @@ void read_mapi_recipient(MapiItem const& recipient, ReadContext& context) {
   constexpr std::array<std::string_view, 4> kinds{"from", "to", "cc", "bcc"};
   auto const kind =
       recipient.number(tag(MapiId::recipient_type, MapiType::integer)).value_or(1) & 0xfU;
-  auto line = std::string(kinds[std::min<std::size_t>(kind, kinds.size() - 1)]) + ":";
+  auto const name = kinds[std::min<std::size_t>(kind, kinds.size() - 1)];
+  std::string line;
   for (auto const id : {MapiId::display_name, MapiId::smtp_address, MapiId::email_address}) {
     auto const text = recipient.text(id);
     if (!is_blank(text) && line.find(text) == std::string::npos) {
-      line += " " + text;
+      line += (line.empty() ? "" : " ") + text;
     }
   }
-  TextFlow(context).line(property, line);
+  if (!line.empty()) {
+    TextFlow(context).line(property, std::string(name) + ": " + line);
+  }
 }
 
 bool read_mapi_attachment(MapiItem const& attachment, ReadContext& context) {

@@ -2,10 +2,10 @@
 
 #include <compare>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
-#include <vector>
 
 #include "host/Orlec/IFile.h"
 #include "morvakit/read_context.h"
@@ -72,8 +72,10 @@ class MapiItem {
   virtual std::unique_ptr<Orlec::Reader> bytes(MapiTag tag) const = 0;
   /// The value of a property of fixed size.
   virtual std::optional<std::uint64_t> number(MapiTag tag) const = 0;
-  /// The properties that hold text, one for each value of those that hold several.
-  virtual std::vector<std::unique_ptr<Orlec::Reader>> named_texts(MapiType type) const = 0;
+  /// Takes one text; false to have no more.
+  using TextConsumer = std::function<bool(Orlec::Reader const& bytes)>;
+  /// Gives the texts of one type of all named properties, one by one.
+  virtual void visit_named_texts(MapiType type, TextConsumer const& consumer) const = 0;
 
   /// Code page of the item's 8-bit text; 0 where it says nothing.
   virtual int code_page() const = 0;

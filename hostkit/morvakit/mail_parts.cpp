@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <optional>
 #include <string_view>
 
 #include "tessarine/byte_reader.h"
@@ -135,13 +136,21 @@ class RoleFinder {
     }
   }
 
-  bool holds(std::size_t number, PartRole role) const {
+  bool holds(std::size_t number, PartRole role) {
     for (auto i = number; i < ends_[number]; ++i) {
-      if (roles_[i] == role && (role != PartRole::text || !options_.is_blank(parts_[i]))) {
+      if (roles_[i] == role && (role != PartRole::text || !is_blank(i))) {
         return true;
       }
     }
     return false;
+  }
+
+  /// Asked once for each part, whatever alternatives it stands in.
+  bool is_blank(std::size_t number) {
+    blank_.resize(parts_.size());
+    auto& known = blank_[number];
+    known = known ? known : options_.is_blank(parts_[number]);
+    return *known;
   }
 
   void take_alternative(std::size_t number) {
@@ -170,6 +179,7 @@ class RoleFinder {
   RoleOptions const& options_;
   std::vector<PartRole> roles_;
   std::vector<std::size_t> ends_;
+  std::vector<std::optional<bool>> blank_;
   bool has_text_ = false;
 };
 

@@ -209,7 +209,7 @@ std::string_view meaningful(std::string_view declared) {
 morvabs::DetectedEncoding find_encoding(Orlec::Reader const& text, std::string_view declared,
                                         ReadContext& context) {
   auto const sample = tessarine::read_piece(text, 0, sample_size);
-  auto const detected = morvabs::detect_encoding(sample);
+  auto detected = morvabs::detect_encoding(sample);
   if (detected.mark_length != 0) {
     return detected;
   }

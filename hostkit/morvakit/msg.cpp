@@ -18,7 +18,7 @@ using tessarine::OleStorage;
 
 constexpr std::string_view fixed_properties = "__properties_version1.0";
 constexpr std::string_view variable_property = "__substg1.0_";
-constexpr std::int64_t most_fixed_bytes = std::int64_t{1} << 20;
+constexpr std::int64_t most_fixed_bytes = std::int64_t{64} << 10;
 constexpr std::size_t fixed_property_size = 16;
 
 std::string hexadecimal(std::uint32_t value) {
@@ -66,8 +66,7 @@ class StoredItem final : public MapiItem {
     return std::nullopt;
   }
 
-  std::vector<std::unique_ptr<Orlec::Reader>> named_texts(MapiType type) const override {
-    std::vector<std::unique_ptr<Orlec::Reader>> texts;
+  void visit_named_texts(MapiType type, TextConsumer const& consumer) const override {
     auto const many = type == MapiType::text_16 ? MapiType::many_text_16 : MapiType::many_text_8;
     auto const one_suffix = hexadecimal(static_cast<std::uint32_t>(type)).substr(4);
     auto const many_suffix = hexadecimal(static_cast<std::uint32_t>(many)).substr(4) + "-";
@@ -80,12 +79,12 @@ class StoredItem final : public MapiItem {
       name.remove_prefix(variable_property.size());
       bool const is_named = name.size() > id_length && name.front() >= '8';
       auto const rest = name.substr(std::min(id_length, name.size()));
-      if (is_named && (rest == one_suffix || rest.starts_with(many_suffix))) {
-        texts.push_back(storage_.stream(entry.name));
+      bool const is_wanted = is_named && (rest == one_suffix || rest.starts_with(many_suffix));
+      auto const text = is_wanted ? storage_.stream(entry.name) : nullptr;
+      if (text != nullptr && !consumer(*text)) {
+        return;
       }
     }
-    std::erase(texts, nullptr);
-    return texts;
   }
 
  private:
@@ -111,10 +110,6 @@ void read_attachment(OleStorage const& storage, int code_page, ReadContext& cont
 }  // namespace
 
 void read_msg(OleStorage const& storage, ReadContext& context) {
-  if (!storage.is_open()) {
-    context.end(Orlec::ParseOutcome::damaged, "the directory of the OLE2 file cannot be read");
-    return;
-  }
   StoredItem const message(storage);
   read_mapi_message(message, context);
   auto const entries = storage.entries();

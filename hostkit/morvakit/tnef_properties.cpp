@@ -156,15 +156,13 @@ std::optional<std::uint64_t> TnefItem::number(MapiTag tag) const {
   return tessarine::little64(value, 0);
 }
 
-std::vector<std::unique_ptr<Orlec::Reader>> TnefItem::named_texts(MapiType type) const {
-  std::vector<std::unique_ptr<Orlec::Reader>> texts;
+void TnefItem::visit_named_texts(MapiType type, TextConsumer const& consumer) const {
   for (auto const& property : properties_) {
-    if (property.is_named && property.tag.type == type) {
-      texts.push_back(
-          std::make_unique<ReaderSlice>(file_, std::string_view{}, property.offset, property.size));
+    if (property.is_named && property.tag.type == type &&
+        !consumer(ReaderSlice(file_, std::string_view{}, property.offset, property.size))) {
+      return;
     }
   }
-  return texts;
 }
 
 }  // namespace morvakit

@@ -33,7 +33,7 @@ class TnefItem final : public MapiItem {
 
   std::unique_ptr<Orlec::Reader> bytes(MapiTag tag) const override;
   std::optional<std::uint64_t> number(MapiTag tag) const override;
-  std::vector<std::unique_ptr<Orlec::Reader>> named_texts(MapiType type) const override;
+  void visit_named_texts(MapiType type, TextConsumer const& consumer) const override;
   int code_page() const override { return code_page_; }
 
  private:

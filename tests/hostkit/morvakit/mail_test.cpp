@@ -312,6 +312,12 @@ TEST(Mailbox, messages_follow_each_other_with_what_is_attached_to_them) {
   EXPECT_EQ(parsed.main(), "S\none\nfile\nT\nFrom here\nFrom there");
 }
 
+TEST(Mailbox, the_separator_is_other_text) {
+  EXPECT_EQ(parse_bytes("From a@example.org Mon Jun 01 10:00:00 2009\nReceived: x\n\none\n")
+                .kind(ParseTextType_other),
+            "envelope: a@example.org Mon Jun 01 10:00:00 2009\nreceived: x");
+}
+
 TEST(Mailbox, a_line_that_begins_like_a_separator_is_text) {
   EXPECT_EQ(
       parse_bytes("From a Mon Jun 01 10:00:00 2009\n" + head + "\none\n\nFrom now on\n").main(),

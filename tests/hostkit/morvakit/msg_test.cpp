@@ -113,6 +113,20 @@ TEST(Msg, people_and_dates_are_properties) {
             "sender: Some One\ndate: 2009-06-15T12:31:36Z\ncc: Other o@example.org");
 }
 
+TEST(Msg, a_recipient_without_a_name_is_left_out) {
+  auto const recipient = "__recip_version1.0_#00000000/"s;
+  EXPECT_EQ(parse_bytes(message("", {{variable("1000001F"), wide("text")},
+                                     {recipient + properties, std::string(8, '\0')}}))
+                .kind(ParseTextType_property),
+            "");
+}
+
+TEST(Msg, the_headers_that_a_message_came_with_are_other_text) {
+  EXPECT_EQ(parse_bytes(message("", {{variable("007D001F"), wide("Received: x\r\n")}}))
+                .kind(ParseTextType_other),
+            "Received: x");
+}
+
 TEST(Msg, named_texts_are_other_text) {
   EXPECT_EQ(parse_bytes(message("", {{variable("8001001F"), wide("place")},
                                      {variable("8002101F-00000000"), wide("class")},
