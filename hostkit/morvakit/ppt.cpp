@@ -231,6 +231,9 @@ void read_ppt(tessarine::OleStorage const& storage, ReadContext& context) {
     return;
   }
   PptStream stream(std::move(bytes), context);
+  if (!stream.is_whole()) {
+    context.note(Orlec::ParseOutcome::damaged, "the stream of the presentation is cut short");
+  }
   read_stream(stream, home.content("Current User", longest_user), &home, flow);
 }
 

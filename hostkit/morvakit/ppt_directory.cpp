@@ -24,9 +24,14 @@ constexpr std::size_t kept_per_object = 32;
 
 PptDirectory::PptDirectory(PptStream& stream, std::string_view current_user) : stream_(stream) {
   constexpr std::size_t place_of_edit = 16;
-  auto edit = edit_at(little32(current_user, place_of_edit));
+  auto const newest = little32(current_user, place_of_edit);
+  auto edit = edit_at(newest);
   if (!edit) {
     edit = last_edit();
+    if (newest != 0) {
+      stream_.context().note(Orlec::ParseOutcome::damaged,
+                             "the newest list of the presentation's objects is missing");
+    }
   }
   if (edit) {
     document_ = stream_.number(*edit, edit_document);

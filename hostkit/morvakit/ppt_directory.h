@@ -14,10 +14,9 @@ namespace morvakit {
 /// older lists; what is no longer listed, as former states of slides, is not part of it any more.
 class PptDirectory {
  public:
-  /// Follows the lists from the newest one, which the stream of the current user names; that is
-  /// passed with its content. Where that
-  /// leads nowhere, the last one in the presentation itself is taken. A break in their chain is
-  /// noted as damage.
+  /// Follows the lists from the newest one, which the content of the current user's stream names.
+  /// Where that leads nowhere, the last one in the presentation itself is taken. Damage is noted; a
+  /// current user who names none is not.
   PptDirectory(PptStream& stream, std::string_view current_user);
 
   /// The presentation's own record; none where there is no list, or it does not tell.

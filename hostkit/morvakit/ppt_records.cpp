@@ -15,6 +15,11 @@ constexpr std::size_t deepest = 200;
 
 }  // namespace
 
+bool PptStream::is_whole() const {
+  char last = '\0';
+  return size() == 0 || bytes_->ReadAt(size() - 1, &last, 1) == 1;
+}
+
 std::optional<PptRecord> PptStream::record_at(std::int64_t offset, std::int64_t end) const {
   end = std::min(end, size());
   if (offset < 0 || offset > end - head_size) {

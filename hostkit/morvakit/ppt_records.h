@@ -87,6 +87,8 @@ class PptStream {
   ReadContext& context() { return context_; }
   Orlec::Reader const& bytes() const { return *bytes_; }
   std::int64_t size() const { return bytes_->GetSize(); }
+  /// Whether the stream reaches as far as is said of it.
+  bool is_whole() const;
 
   /// The record whose head is at `offset`; none where there is no room for one before `end`. Of one
   /// that reaches over `end`, what is in front of it.

@@ -92,6 +92,20 @@ bool has_entry_left(std::string_view bytes, std::string_view name) {
   return false;
 }
 
+// A presentation's stream begins with its own record, and that with one of a fixed size.
+bool has_presentation_left(std::string_view bytes) {
+  constexpr std::size_t smallest_sector = 512;
+  constexpr std::size_t head_size = 8;
+  for (std::size_t at = smallest_sector; at < bytes.size(); at += smallest_sector) {
+    auto const sector = bytes.substr(at, smallest_sector);
+    if (sector.starts_with("\x0f\0\xe8\3"sv) &&
+        sector.substr(head_size).starts_with("\1\0\xe9\3\x28\0\0\0"sv)) {
+      return true;
+    }
+  }
+  return false;
+}
+
 Recognition recognize_remains(Orlec::Reader const& reader, std::string const& name_suffix) {
   auto const bytes = read_piece(reader, 0, remains_limit);
   auto const sector_size = little16(bytes, 30) == 12 ? std::size_t{4096} : std::size_t{512};
@@ -103,7 +117,7 @@ Recognition recognize_remains(Orlec::Reader const& reader, std::string const& na
     return recognize_workbook(sector, name_suffix);
   }
   if (has_entry_left(bytes, "PowerPoint Document") || has_entry_left(bytes, "PP40") ||
-      sector.starts_with("\x0f\0\xe8\3"sv)) {
+      has_presentation_left(bytes)) {
     return recognize_slides({}, name_suffix);
   }
   if (has_entry_left(bytes, "WordDocument")) {
