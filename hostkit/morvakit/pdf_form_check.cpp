@@ -1,5 +1,6 @@
 #include "morvakit/pdf_form_check.h"
 
+#include <ranges>
 #include <utility>
 #include <vector>
 
@@ -31,8 +32,8 @@ bool PdfFormCheck::is_sound(Object const& field) {
     auto next = node.dictLookup("Parent");
     node = std::move(next);
   }
-  for (auto number = chain.rbegin(); number != chain.rend(); ++number) {
-    depths_.emplace(*number, above++);
+  for (int const number : std::views::reverse(chain)) {
+    depths_.emplace(number, above++);
   }
   return above <= deepest;
 }
