@@ -48,7 +48,7 @@ ParseTextType kind_of(WordStory story) {
   }
 }
 
-/// The headers' story begins with what separates notes from the text, which is not text itself.
+/// The headers' story begins with what separates notes from the text: lines as a rule.
 std::int64_t separators_length(WordHeader const& header, Orlec::Reader const* tables) {
   constexpr std::int64_t separators = 6;
   auto const extent = header.table(WordTable::header_stories);
@@ -73,7 +73,9 @@ void read_stories(WordHeader const& header, WordStreams const& streams,
     auto begin = header.begin(story);
     auto const end = begin + header.length(story);
     if (story == WordStory::headers) {
-      begin += std::min(separators_length(header, streams.tables.get()), end - begin);
+      auto const headers = std::min(begin + separators_length(header, streams.tables.get()), end);
+      text.read(begin, headers, Orlec::ParseTextType_other);
+      begin = headers;
     }
     text.read(begin, end, only_kind.value_or(kind_of(story)));
   }

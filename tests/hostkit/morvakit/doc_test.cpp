@@ -649,7 +649,7 @@ TEST(Doc, random_changes_are_survived) {
   auto const stream = document.text_stream();
   auto const table = document.table_stream();
   std::mt19937 random(7);
-  for (int round = 0; round < 1500; ++round) {
+  for (int round = 0; round < 1000; ++round) {
     auto changed_stream = stream;
     auto changed_table = table;
     for (int change = 0; change < 3; ++change) {
