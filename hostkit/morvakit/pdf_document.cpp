@@ -5,6 +5,7 @@
 
 #include <Catalog.h>
 #include <Gfx.h>
+#include <XRef.h>
 
 #include "host/utf8.h"
 #include "morvakit/pdf_objects.h"
@@ -42,10 +43,48 @@ bool is_part_of_page(Annot* annotation, void* /*unused*/) {
   }
 }
 
+/// The library's time for a tree of pages grows with the square of its depth. False for one that is
+/// deeper than any is, in a document that has enough objects for it to matter.
+bool is_page_tree_sound(PDFDoc& document, PdfSink& sink) {
+  constexpr int deepest = 1000;
+  constexpr int harmless = 20000;
+  struct Node {
+    Object reference;
+    int depth;
+  };
+  auto* const objects = document.getXRef();
+  auto const catalog = objects->getCatalog();
+  if (objects->getNumObjects() - document.getNumPages() < harmless || !catalog.isDict()) {
+    return true;
+  }
+  PdfObjectsMet met;
+  std::vector<Node> open;
+  open.push_back({catalog.getDict()->lookupNF("Pages").copy(), 0});
+  while (!open.empty() && sink.keep_going()) {
+    auto const [reference, depth] = std::move(open.back());
+    open.pop_back();
+    auto const node = reference.isRef() ? reference.fetch(objects) : reference.copy();
+    auto const kids = node.isDict() ? node.dictLookup("Kids") : Object(objNull);
+    if (depth > deepest) {
+      return false;
+    }
+    for (int i = 0; kids.isArray() && i < kids.arrayGetLength(); ++i) {
+      if (met.is_new(kids.arrayGetNF(i))) {
+        open.push_back({kids.arrayGetNF(i).copy(), depth + 1});
+      }
+    }
+  }
+  return true;
+}
+
 }  // namespace
 
 void PdfDocumentText::read() {
   read_properties();
+  if (!is_page_tree_sound(document_, sink_)) {
+    sink_.end(Orlec::ParseOutcome::limit_reached, "tree of pages over 1000 deep");
+    return;
+  }
   check_fields(form_check_.is_form_sound());
   going_ = going_ && resources_.take_form();
   auto const pages = document_.getNumPages();

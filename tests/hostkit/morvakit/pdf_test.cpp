@@ -209,6 +209,18 @@ TEST(Pdf, maps_of_characters_based_on_each_other_without_end_are_a_bound) {
   EXPECT_EQ(parsed.reason, "maps of characters based on each other over 100 deep");
 }
 
+TEST(Pdf, a_tree_of_pages_without_end_is_a_bound) {
+  test::PdfBuilder pdf;
+  pdf.add("<</Type/Catalog/Pages 2 0 R>>");
+  for (int next = 3; next < 30000; ++next) {
+    pdf.add("<</Type/Pages/Count 1/Kids[" + std::to_string(next) + " 0 R]>>");
+  }
+  pdf.add("<</Type/Page/MediaBox[0 0 600 800]>>");
+  auto const parsed = parse_bytes(pdf.bytes());
+  EXPECT_EQ(parsed.outcome, ParseOutcome::limit_reached);
+  EXPECT_EQ(parsed.reason, "tree of pages over 1000 deep");
+}
+
 TEST(Pdf, a_value_that_is_a_stream_is_control_text) {
   auto pdf = one_page(show("x"), helvetica, "/AcroForm<</Fields[6 0 R]>>");
   pdf.add("<</FT/Tx/T(a)/V 7 0 R>>");
