@@ -34,8 +34,9 @@ struct ArchiveEntry {
 };
 
 /// The members of an archive in their order, unpacked in pieces. One layer of packing is taken off
-/// and no more, and no layout but the one asked for is tried. Memory is bounded by the windows of
-/// the formats, 128 MiB at most, whatever the file claims; names do not depend on the locale.
+/// and no more, and no layout but the one asked for is tried. Memory is bounded whatever the file
+/// claims: 192 MiB for the dictionary of XZ, 256 MiB for the models of RAR, less for all others.
+/// Names do not depend on the locale.
 class ArchiveStream {
  public:
   /// The reader and the context, which is asked for the time, have to outlive the stream.
