@@ -1,6 +1,6 @@
 #include "morvakit/pdf_form_check.h"
 
-#include <ranges>
+#include <algorithm>
 #include <utility>
 #include <vector>
 
@@ -32,9 +32,8 @@ bool PdfFormCheck::is_sound(Object const& field) {
     auto next = node.dictLookup("Parent");
     node = std::move(next);
   }
-  for (int const number : std::views::reverse(chain)) {
-    depths_.emplace(number, above++);
-  }
+  std::for_each(chain.rbegin(), chain.rend(),
+                [&](int number) { depths_.emplace(number, above++); });
   return above <= deepest;
 }
 
