@@ -99,7 +99,9 @@ bool skip_name(Row& row) {
 std::int64_t TnefItem::add_row(std::int64_t begin, std::int64_t end, ReadContext& context) {
   Row row(file_, begin, end);
   std::uint32_t count = 0;
-  row.take32(count);
+  if (!row.take32(count)) {
+    return end;
+  }
   for (std::uint32_t i = 0; i < count && context.keep_going(); ++i) {
     std::uint32_t word = 0;
     if (!row.take32(word)) {

@@ -26,7 +26,8 @@ class TnefItem final : public MapiItem {
   void set_code_page(int code_page) { code_page_ = code_page; }
   void add(TnefProperty const& property) { properties_.push_back(property); }
   /// Adds the properties between two offsets; several rows in one block, as recipients have them,
-  /// come one by one. Returns where the row ended. Ends at the first property that makes no sense.
+  /// come one by one. Returns where the row ended, which is always behind its beginning. Ends at
+  /// the first property that makes no sense.
   std::int64_t add_row(std::int64_t begin, std::int64_t end, ReadContext& context);
   /// The value of an attached object; null where there is none.
   TnefProperty const* find(MapiTag tag) const;

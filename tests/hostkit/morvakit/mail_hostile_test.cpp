@@ -37,7 +37,7 @@ TEST(MailHostile, a_mail_cut_anywhere_is_read) {
 }
 
 TEST(MailHostile, flipped_bytes_do_no_harm) {
-  constexpr int variants = 500;
+  constexpr int variants = 200;
   std::mt19937 random(7);
   for (int i = 0; i < variants; ++i) {
     auto bytes = sample();

@@ -131,6 +131,16 @@ TEST(Tnef, a_row_that_claims_more_than_it_has_ends) {
             "Title");
 }
 
+TEST(Tnef, recipients_that_are_claimed_but_not_there_take_no_time) {
+  Orlec::ParseLimits limits;
+  limits.i_milliseconds = 2000;
+  test::ScopedLimits const scoped(limits);
+  EXPECT_EQ(parse_bytes(file_head + attribute('\x01', 0x00018004, "Title") +
+                        attribute('\x01', 0x00069004, little(0xffffffff, 4) + "ab"))
+                .outcome,
+            ParseOutcome::text);
+}
+
 TEST(Tnef, a_file_cut_anywhere_does_no_harm) {
   auto const whole = sample();
   for (std::size_t length = 4; length < whole.size(); ++length) {
@@ -139,7 +149,7 @@ TEST(Tnef, a_file_cut_anywhere_does_no_harm) {
 }
 
 TEST(Tnef, flipped_bytes_do_no_harm) {
-  constexpr int variants = 1000;
+  constexpr int variants = 300;
   std::mt19937 random(7);
   for (int i = 0; i < variants; ++i) {
     auto bytes = sample();
