@@ -18,7 +18,7 @@ struct ParseLimits {
   std::int64_t i_entries = 20000;
   /// How deep files are embedded in each other: the file itself is at depth 0.
   std::int64_t i_nesting = 8;
-  /// Depth of nested elements in XML and HTML.
+  /// Depth of nested elements in XML and HTML, and of groups in RTF.
   std::int64_t i_xml_depth = 1000;
   /// Bytes that the entities of one XML document may expand to where that is over a hundred times
   /// what stands in it. External entities are never read.
