@@ -167,7 +167,7 @@ ParseFile* GetParser(Reader* reader, bool /*reserved*/) {
     return nullptr;
   }
   auto const recognition = tessarine::recognize(*reader);
-  if (!recognition.encrypted && !morvakit::can_read(recognition.type)) {
+  if (!recognition.encrypted && !morvakit::find_format(recognition.type).is_readable()) {
     return nullptr;
   }
   return std::make_unique<DocumentParser>(*reader, recognition).release();

@@ -47,7 +47,7 @@ void read_compound_file(Orlec::Reader const& reader, tessarine::Recognition cons
   }
   if (root.is_open()) {
     read(root, context);
-  } else if (auto const read_remains = find_remains_reader(recognition.type);
+  } else if (auto const read_remains = find_format(recognition.type).remains;
              read_remains != nullptr) {
     read_remains(reader, recognition, context);
   }
@@ -94,9 +94,9 @@ void read_document(Orlec::Reader const& reader, tessarine::Recognition const& re
     return;
   }
   read_guarded(recognition, context, [&] {
-    if (auto const read_file = find_reader(recognition.type); read_file != nullptr) {
+    if (auto const read_file = find_format(recognition.type).file; read_file != nullptr) {
       read_file(reader, recognition, context);
-    } else if (auto const read_storage = find_storage_reader(recognition.type);
+    } else if (auto const read_storage = find_format(recognition.type).storage;
                read_storage != nullptr) {
       read_compound_file(reader, recognition, read_storage, context);
     } else {
@@ -113,7 +113,7 @@ void read_storage(tessarine::OleStorage const& storage, std::string_view name,
                   ReadContext& context) {
   auto const recognition = tessarine::recognize_ole_storage(storage, {});
   read_guarded(recognition, context, [&] {
-    if (auto const read = find_storage_reader(recognition.type); read != nullptr) {
+    if (auto const read = find_format(recognition.type).storage; read != nullptr) {
       read(storage, context);
     } else if (auto const wrapped = open_wrapped_file(storage, name); wrapped != nullptr) {
       read_embedded(*wrapped, context);
@@ -137,7 +137,7 @@ bool read_file(Orlec::Reader const& file, tessarine::Recognition const& recognit
 std::unique_ptr<Orlec::Reader> unwrap(tessarine::OleStorage const& storage, std::string_view name) {
   auto const recognition = tessarine::recognize_ole_storage(storage, {});
   bool const is_document =
-      recognition.encrypted || find_storage_reader(recognition.type) != nullptr;
+      recognition.encrypted || find_format(recognition.type).storage != nullptr;
   return is_document ? nullptr : open_wrapped_file(storage, name);
 }
 

@@ -300,7 +300,7 @@ void Book::read_page(std::uint64_t index, FileType type) {
   Spool page(container_.name(index), context_);
   container_.read(index, [&](std::string_view bytes) { return page.append(bytes); });
   auto own = context_.for_embedded();
-  find_reader(type)(page, {type}, own);
+  find_format(type).file(page, {type}, own);
   auto const outcome = own.outcome();
   if (outcome != Orlec::ParseOutcome::text && outcome != Orlec::ParseOutcome::no_text) {
     context_.note(outcome, "the part " + container_.name(index) + ", " + own.reason());

@@ -1,98 +1,59 @@
 #include "morvakit/formats.h"
 
+#include <algorithm>
+#include <iterator>
+
 namespace morvakit {
 
-ReadFunction find_reader(tessarine::FileType type) {
-  using tessarine::FileType;
-  switch (type) {
-    case FileType::empty:
-    case FileType::plain_text:
-    case FileType::csv:
-    case FileType::markdown:
-    case FileType::source_code:
-      return read_plain_text;
-    case FileType::xml:
-      return read_xml;
-    case FileType::flat_odf:
-      return read_flat_odf;
-    case FileType::html:
-      return read_html;
-    case FileType::docx:
-      return read_docx;
-    case FileType::xls:
-      return read_xls;
-    case FileType::xlsb:
-      return read_xlsb;
-    case FileType::xlsx:
-      return read_xlsx;
-    case FileType::pptx:
-      return read_pptx;
-    case FileType::odt:
-    case FileType::ods:
-    case FileType::odp:
-    case FileType::odg:
-      return read_odf;
-    case FileType::ofd:
-      return read_ofd;
-    case FileType::epub:
-      return read_epub;
-    case FileType::xps:
-      return read_xps;
-    case FileType::rtf:
-      return read_rtf;
-    case FileType::eml:
-      return read_eml;
-    case FileType::mbox:
-      return read_mbox;
-    case FileType::mhtml:
-      return read_mhtml;
-    case FileType::tnef:
-      return read_tnef;
-    case FileType::pdf:
-      if constexpr (MORVAKIT_WITH_PDF) {
-        return read_pdf;
-      }
-      return nullptr;
-    case FileType::zip:
-      return read_zip;
-    case FileType::tar:
-    case FileType::gzip:
-    case FileType::other_archive:
-      return read_archive;
-    default:
-      return nullptr;
-  }
-}
+namespace {
 
-StorageReadFunction find_storage_reader(tessarine::FileType type) {
-  using tessarine::FileType;
-  switch (type) {
-    case FileType::doc:
-      return read_doc;
-    case FileType::msg:
-      return read_msg;
-    case FileType::xls:
-      return read_xls_storage;
-    case FileType::ppt:
-      return read_ppt;
-    default:
-      return nullptr;
-  }
-}
+using tessarine::FileType;
 
-ReadFunction find_remains_reader(tessarine::FileType type) {
-  switch (type) {
-    case tessarine::FileType::doc:
-      return read_doc_remains;
-    case tessarine::FileType::ppt:
-      return read_ppt_remains;
-    default:
-      return nullptr;
-  }
-}
+constexpr Format formats[] = {
+    {.type = FileType::empty, .file = read_plain_text},
+    {.type = FileType::plain_text, .file = read_plain_text},
+    {.type = FileType::csv, .file = read_plain_text},
+    {.type = FileType::markdown, .file = read_plain_text},
+    {.type = FileType::source_code, .file = read_plain_text},
+    {.type = FileType::xml, .file = read_xml},
+    {.type = FileType::html, .file = read_html},
+    {.type = FileType::docx, .file = read_docx},
+    {.type = FileType::xlsx, .file = read_xlsx},
+    {.type = FileType::pptx, .file = read_pptx},
+    {.type = FileType::xlsb, .file = read_xlsb},
+    {.type = FileType::odt, .file = read_odf},
+    {.type = FileType::ods, .file = read_odf},
+    {.type = FileType::odp, .file = read_odf},
+    {.type = FileType::odg, .file = read_odf},
+    {.type = FileType::flat_odf, .file = read_flat_odf},
+    {.type = FileType::doc, .storage = read_doc, .remains = read_doc_remains},
+    {.type = FileType::xls, .file = read_xls, .storage = read_xls_storage},
+    {.type = FileType::ppt, .storage = read_ppt, .remains = read_ppt_remains},
+    {.type = FileType::msg, .storage = read_msg},
+#if MORVAKIT_WITH_PDF
+    {.type = FileType::pdf, .file = read_pdf},
+#endif
+    {.type = FileType::rtf, .file = read_rtf},
+    {.type = FileType::eml, .file = read_eml},
+    {.type = FileType::mbox, .file = read_mbox},
+    {.type = FileType::mhtml, .file = read_mhtml},
+    {.type = FileType::tnef, .file = read_tnef},
+    {.type = FileType::epub, .file = read_epub},
+    {.type = FileType::ofd, .file = read_ofd},
+    {.type = FileType::xps, .file = read_xps},
+    {.type = FileType::zip, .file = read_zip},
+    {.type = FileType::tar, .file = read_archive},
+    {.type = FileType::gzip, .file = read_archive},
+    {.type = FileType::other_archive, .file = read_archive},
+};
 
-bool can_read(tessarine::FileType type) {
-  return find_reader(type) != nullptr || find_storage_reader(type) != nullptr;
+}  // namespace
+
+Format find_format(FileType type) {
+  auto const* const found =
+      std::find_if(std::begin(formats), std::end(formats),
+                   [type](Format const& format) { return format.type == type; });
+  return found == std::end(formats) ? Format{.type = type} : *found;
 }
 
 }  // namespace morvakit

@@ -16,14 +16,20 @@ using ReadFunction = void (*)(Orlec::Reader const& reader,
 /// The same for a format of OLE2, where a document is a storage, a file's root or one within it.
 using StorageReadFunction = void (*)(tessarine::OleStorage const& storage, ReadContext& context);
 
-/// The reader for a type; null when there is none. `formats.cpp` holds the table: a new format is
-/// one source and one line there.
-ReadFunction find_reader(tessarine::FileType type);
-StorageReadFunction find_storage_reader(tessarine::FileType type);
-/// Reads what is left of a document of OLE2 whose directory is lost; null where there is no way to.
-ReadFunction find_remains_reader(tessarine::FileType type);
-/// Whether there is a reader of a file or of a storage.
-bool can_read(tessarine::FileType type);
+/// How the documents of a type are read; null where there is no such way.
+struct Format {
+  tessarine::FileType type;
+  ReadFunction file = nullptr;
+  StorageReadFunction storage = nullptr;
+  /// Reads what is left of a document of OLE2 whose directory is lost.
+  ReadFunction remains = nullptr;
+
+  bool is_readable() const { return file != nullptr || storage != nullptr; }
+};
+
+/// The format of a type, without any reader for one that is not read. `formats.cpp` holds the
+/// table: a new format is one source and one line there.
+Format find_format(tessarine::FileType type);
 
 // The readers, one source each.
 void read_plain_text(Orlec::Reader const&, tessarine::Recognition const&, ReadContext&);

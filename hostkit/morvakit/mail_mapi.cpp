@@ -170,7 +170,7 @@ bool read_html_body(MapiItem const& message, ReadContext& context) {
 
 void read_rtf_body(MapiItem const& message, ReadContext& context) {
   auto const packed = message.bytes(tag(MapiId::compressed_rtf, MapiType::binary));
-  auto const read = find_reader(FileType::rtf);
+  auto const read = find_format(FileType::rtf).file;
   if (packed == nullptr || packed->GetSize() == 0) {
     return;
   }
