@@ -1,6 +1,7 @@
 #include "morvakit/biff_drawing.h"
 
 #include <algorithm>
+#include <array>
 #include <string>
 #include <vector>
 
@@ -47,6 +48,24 @@ std::string take_text(BiffCursor& cursor, std::uint32_t size) {
   return utf8;
 }
 
+/// Passes over the data of a property. For some lists the stated size leaves out the list's head,
+/// which tells the number and the size of its items.
+void skip_data(BiffCursor& cursor, unsigned number, std::uint32_t size) {
+  constexpr std::array<unsigned, 11> lists{0x0145, 0x0146, 0x0151, 0x0152, 0x0155, 0x0156,
+                                           0x0157, 0x0197, 0x01cf, 0x0383, 0x03a0};
+  constexpr std::uint32_t head_size = 6;
+  constexpr unsigned four_bytes = 0xfff0;
+  if (size < head_size || std::find(lists.begin(), lists.end(), number) == lists.end()) {
+    cursor.skip(size);
+    return;
+  }
+  std::uint32_t const items = cursor.word();
+  cursor.skip(2);
+  unsigned const stated = cursor.word();
+  std::uint32_t const item_size = stated == four_bytes ? 4 : stated;
+  cursor.skip(items * item_size == size ? size : size - head_size);
+}
+
 /// A table of properties, and behind it the data of those that do not fit into it.
 void read_properties(BiffCursor& cursor, unsigned count, TextFlow& flow) {
   constexpr unsigned flag_data_behind = 0x8000;
@@ -71,7 +90,7 @@ void read_properties(BiffCursor& cursor, unsigned count, TextFlow& flow) {
     } else if (property.number == description) {
       flow.line(Orlec::ParseTextType_other, take_text(cursor, property.size));
     } else {
-      cursor.skip(property.size);
+      skip_data(cursor, property.number, property.size);
     }
   }
 }

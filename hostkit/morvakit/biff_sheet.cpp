@@ -114,6 +114,10 @@ void BiffSheetReader::take_cell(std::uint16_t type, BiffCursor& cursor) {
     case biff::number_2:
     case biff::number:
       enter_cell(cursor);
+      // A chart's own table keeps the three bytes of attributes that version 2 had.
+      if (type == biff::number_2 && workbook_.text().version() > 2) {
+        cursor.skip(1);
+      }
       deliver_cell(workbook_.styles().text(cursor.floating(), style_));
       break;
     case biff::packed_number:

@@ -1,3 +1,4 @@
+#include <cstring>
 #include <random>
 
 #include <gtest/gtest.h>
@@ -264,6 +265,22 @@ TEST(Xls, shapes_tell_their_art_text_and_description) {
   auto const parsed = parse_sheet(biff(0x00ec, shape));
   EXPECT_EQ(parsed.main(), "First\nart");
   EXPECT_EQ(parsed.kind(Orlec::ParseTextType_other), "dog");
+}
+
+TEST(Xls, a_list_whose_size_leaves_out_its_head_does_not_shift_what_follows) {
+  auto const corners = little(2, 2) + little(2, 2) + little(4, 2) + std::string(8, '\1');
+  auto const properties = little(0x0145 | 0x8000, 2) + little(8, 4) + little(0x0381 | 0x8000, 2) +
+                          little(6, 4) + corners + utf16(u"dog");
+  auto const shape =
+      little(2 << 4 | 3, 2) + little(0xf00b, 2) + little(properties.size(), 4) + properties;
+  EXPECT_EQ(parse_sheet(biff(0x00ec, shape)).kind(Orlec::ParseTextType_other), "dog");
+}
+
+TEST(Xls, the_table_of_a_chart_keeps_attributes_of_three_bytes) {
+  double const value = 20.5;
+  std::string bytes(sizeof value, '\0');
+  std::memcpy(bytes.data(), &value, sizeof value);
+  EXPECT_EQ(cells(biff(0x0003, little(0, 2) + little(0, 2) + little(0, 3) + bytes)), "First\n20.5");
 }
 
 TEST(Xls, pictures_are_counted_once_each) {
