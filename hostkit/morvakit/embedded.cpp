@@ -7,7 +7,7 @@
 
 #include "host/utf8.h"
 #include "morvakit/formats.h"
-#include "morvakit/ole_object.h"
+#include "morvakit/ole/ole_object.h"
 
 #include "tessarine/ole_types.h"
 

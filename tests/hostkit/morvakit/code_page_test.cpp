@@ -1,4 +1,4 @@
-#include "morvakit/code_page.h"
+#include "morvakit/text/code_page.h"
 
 #include <gtest/gtest.h>
 

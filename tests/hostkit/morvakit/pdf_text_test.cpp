@@ -1,4 +1,4 @@
-#include "morvakit/pdf_text.h"
+#include "morvakit/pdf/pdf_text.h"
 
 #include <gtest/gtest.h>
 

@@ -3,7 +3,7 @@
 #include "hostkit/morvakit/office_documents.h"
 #include "hostkit/morvakit/parse_bytes.h"
 #include "hostkit/morvakit/scoped_limits.h"
-#include "morvakit/number_format.h"
+#include "morvakit/sheet/number_format.h"
 
 namespace {
 

@@ -1,0 +1,84 @@
+#include "morvakit/pdf/pdf_objects.h"
+
+#include <algorithm>
+#include <array>
+
+#include <Stream.h>
+#include <UTF.h>
+#include <goo/GooString.h>
+#include <goo/gmem.h>
+
+#include "host/utf8.h"
+
+namespace morvakit {
+
+namespace {
+
+constexpr std::string_view utf8_mark = "\xEF\xBB\xBF";
+
+std::string with_line_ends(std::wstring wide) {
+  for (auto& character : wide) {
+    character = character == L'\r' ? L'\n' : character == L'\0' ? L' ' : character;
+  }
+  return morvabs::to_utf8(wide);
+}
+
+std::string decode_text_string(std::string const& bytes) {
+  if (bytes.starts_with(utf8_mark)) {
+    return with_line_ends(morvabs::from_utf8(std::string_view(bytes).substr(utf8_mark.size())));
+  }
+  Unicode* characters = nullptr;
+  auto const count = TextStringToUCS4(bytes, &characters);
+  std::wstring wide;
+  for (int i = 0; i < count; ++i) {
+    wide += static_cast<wchar_t>(characters[i]);
+  }
+  gfree(characters);
+  return with_line_ends(std::move(wide));
+}
+
+}  // namespace
+
+std::string to_text(GooString const* string) {
+  return string == nullptr ? std::string{} : decode_text_string(string->toStr());
+}
+
+std::string to_text(Object const& object) {
+  constexpr std::size_t longest = std::size_t{1} << 20;
+  if (object.isString()) {
+    return to_text(object.getString());
+  }
+  std::string bytes;
+  if (object.isStream()) {
+    read_pdf_stream(object, [&](std::string_view piece) {
+      bytes += piece;
+      return bytes.size() < longest;
+    });
+  }
+  return decode_text_string(bytes);
+}
+
+void read_pdf_stream(Object const& stream, std::function<bool(std::string_view)> const& take) {
+  std::array<unsigned char, 16 << 10> piece{};
+  auto* const source = stream.getStream();
+  source->reset();
+  while (true) {
+    auto const size = source->doGetChars(static_cast<int>(piece.size()), piece.data());
+    if (size <= 0 ||
+        !take({reinterpret_cast<char const*>(piece.data()), static_cast<std::size_t>(size)})) {
+      break;
+    }
+  }
+  source->close();
+}
+
+std::int64_t packed_size(Object const& stream) {
+  auto const length = stream.streamGetDict()->lookup("Length");
+  return length.isIntOrInt64() ? std::max<std::int64_t>(length.getIntOrInt64(), 1) : 1;
+}
+
+bool PdfObjectsMet::is_new(Object const& object) {
+  return !object.isRef() || met_.emplace(object.getRefNum(), object.getRefGen()).second;
+}
+
+}  // namespace morvakit

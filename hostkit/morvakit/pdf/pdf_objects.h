@@ -1,0 +1,38 @@
+#pragma once
+
+#include <functional>
+#include <set>
+#include <string>
+#include <string_view>
+
+#include <Object.h>
+
+#include "morvakit/pdf/pdf_component.h"
+
+class GooString;
+
+namespace morvakit {
+
+/// A text string of the file, in UTF-16 with a mark, in UTF-8 with one, or in the format's own
+/// 8-bit set, as UTF-8. Empty for null.
+std::string to_text(GooString const* string);
+/// The same for an object, which may be a stream that holds the string; of one that is very long
+/// only the beginning. Empty for other objects.
+std::string to_text(Object const& object);
+
+/// Unpacks a stream in pieces until `take` gives false.
+void read_pdf_stream(Object const& stream, std::function<bool(std::string_view)> const& take);
+/// The bytes that the stream takes in the file, as it states.
+std::int64_t packed_size(Object const& stream);
+
+/// The objects that have been met. An object without a number of its own counts as new.
+class PdfObjectsMet {
+ public:
+  /// `object`: as it stands, a reference or not.
+  bool is_new(Object const& object);
+
+ private:
+  std::set<std::pair<int, int>> met_;
+};
+
+}  // namespace morvakit
