@@ -17,6 +17,8 @@ namespace {
 
 using Orlec::ParseOutcome;
 
+constexpr std::string_view no_reader = "there is no reader for this type";
+
 /// Runs a format's reader on a document whose type is known.
 void read_guarded(tessarine::Recognition const& recognition, ReadContext& context,
                   std::function<void()> const& read) {
@@ -33,18 +35,20 @@ void read_guarded(tessarine::Recognition const& recognition, ReadContext& contex
   }
 }
 
+/// What is wrong with the directory of a container.
+void note_directory(tessarine::OleStorage const& root, ReadContext& context) {
+  if (!root.fault().empty()) {
+    context.note(root.is_over_bound() ? ParseOutcome::limit_reached : ParseOutcome::damaged,
+                 root.fault());
+  }
+}
+
 /// A directory that is damaged leaves what can be reached, one that is lost what the type allows to
 /// find without it.
 void read_compound_file(Orlec::Reader const& reader, tessarine::Recognition const& recognition,
                         StorageReadFunction read, ReadContext& context) {
   tessarine::OleStorage const root(reader);
-  if (root.is_over_bound()) {
-    context.end(ParseOutcome::limit_reached, root.fault());
-    return;
-  }
-  if (!root.fault().empty()) {
-    context.note(ParseOutcome::damaged, root.fault());
-  }
+  note_directory(root, context);
   if (root.is_open()) {
     read(root, context);
   } else if (auto const read_remains = find_format(recognition.type).remains;
@@ -53,11 +57,13 @@ void read_compound_file(Orlec::Reader const& reader, tessarine::Recognition cons
   }
 }
 
-/// What became of an embedded file, told to the document that it is embedded in.
+/// What became of an embedded file, told to the document that it is embedded in. That most types,
+/// such as pictures, have no text to be read is no fault.
 void note_fault(ReadContext const& inner, std::string const& name, ReadContext& context) {
   auto const outcome = inner.outcome();
-  if (outcome == ParseOutcome::text || outcome == ParseOutcome::no_text ||
-      outcome == ParseOutcome::not_supported) {
+  bool const is_without_reader =
+      outcome == ParseOutcome::not_supported && inner.reason() == no_reader;
+  if (outcome == ParseOutcome::text || outcome == ParseOutcome::no_text || is_without_reader) {
     return;
   }
   auto reason = name.empty() ? "an embedded file" : "\"" + name + "\"";
@@ -100,7 +106,7 @@ void read_document(Orlec::Reader const& reader, tessarine::Recognition const& re
                read_storage != nullptr) {
       read_compound_file(reader, recognition, read_storage, context);
     } else {
-      context.end(ParseOutcome::not_supported, "there is no reader for this type");
+      context.end(ParseOutcome::not_supported, no_reader);
     }
   });
 }
@@ -121,12 +127,22 @@ void read_storage(tessarine::OleStorage const& storage, std::string_view name,
   });
 }
 
+/// Whether its bytes are there at all: the chain of an embedded stream may lead nowhere.
+bool is_readable(Orlec::Reader const& file) {
+  char first = 0;
+  return file.GetSize() <= 0 || file.ReadAt(0, &first, 1) == 1;
+}
+
 bool read_file(Orlec::Reader const& file, tessarine::Recognition const& recognition,
                ReadContext& context) {
   auto const name = morvabs::to_utf8(file.GetPath().get_ws());
   return read_inner(name, context, [&](ReadContext& inner) {
-    if (recognition.type == tessarine::FileType::ole_other) {
-      read_storage(tessarine::OleStorage(file), name, inner);
+    if (!is_readable(file)) {
+      inner.end(ParseOutcome::damaged, "the file cannot be read");
+    } else if (recognition.type == tessarine::FileType::ole_other) {
+      tessarine::OleStorage const root(file);
+      note_directory(root, inner);
+      read_storage(root, name, inner);
     } else {
       read_document(file, recognition, inner);
     }

@@ -59,7 +59,7 @@ class ReadContext {
   /// returns false.
   bool end(Orlec::ParseOutcome outcome, std::string_view reason);
   /// Remembers a fault that does not stop the reading: the outcome, unless the parse ends with
-  /// another. Of several, one that names a bound counts above one that does not, else the first.
+  /// another. Of several the first counts, but a bound counts above `incomplete`.
   void note(Orlec::ParseOutcome outcome, std::string_view reason);
 
   bool ended() const { return ended_ || whole_.ended; }

@@ -100,12 +100,16 @@ std::string_view attribute(std::string_view tag, std::string_view name) {
   return {};
 }
 
-// Calls `visit` with each tag of an XML text until it says true.
+// Calls `visit` with each tag of an XML text until it says true. A "<" within what looks like a tag
+// begins another one: each byte is looked at in one tag only.
 template <typename Visit>
 void visit_tags(std::string_view xml, Visit visit) {
   for (auto open = xml.find('<'); open != std::string_view::npos; open = xml.find('<', open + 1)) {
-    auto const close = xml.find('>', open);
-    if (close == std::string_view::npos || visit(xml.substr(open + 1, close - open - 1))) {
+    auto const close = xml.find_first_of("<>", open + 1);
+    if (close == std::string_view::npos) {
+      return;
+    }
+    if (xml[close] == '>' && visit(xml.substr(open + 1, close - open - 1))) {
       return;
     }
   }
@@ -176,6 +180,23 @@ Recognition recognize_media_type(std::string_view media_type) {
                                             : Recognition{known->type, known->suffix};
 }
 
+// Whether the text of a document is encrypted, by its manifest: a picture or a script may be so
+// without it.
+bool has_encrypted_text(std::string_view manifest) {
+  bool holds_text = false;
+  bool is_encrypted = false;
+  visit_tags(manifest, [&](std::string_view tag) {
+    auto const name = tag.substr(0, tag.find_first_of(" \t\r\n"));
+    if (name.ends_with("file-entry")) {
+      auto const path = attribute(tag, "full-path");
+      holds_text = path == "content.xml" || path == "encrypted-package";
+    }
+    is_encrypted = holds_text && name.find("encryption-data") != std::string_view::npos;
+    return is_encrypted;
+  });
+  return is_encrypted;
+}
+
 Recognition recognize_open_document(ZipListing const& zip) {
   auto recognition = recognize_media_type(zip.content("mimetype", 256));
   if (recognition.type == FileType::epub) {
@@ -195,7 +216,7 @@ Recognition recognize_open_document(ZipListing const& zip) {
     recognition = {FileType::odt, "odt"};
   }
   if (recognition.type != FileType::unknown) {
-    recognition.encrypted = manifest.find("encryption-data") != std::string::npos;
+    recognition.encrypted = has_encrypted_text(manifest);
   }
   return recognition;
 }
@@ -248,7 +269,9 @@ Recognition recognize_zip(Orlec::Reader const& reader) {
         auto const named = office_type_by_name(name_suffix(reader));
         recognition = named.type == FileType::unknown ? recognition : named;
       }
-      recognition.encrypted = recognition.encrypted || is_locked(zip);
+      // Of an archive, members that are open can be read beside one that is not.
+      recognition.encrypted =
+          recognition.encrypted || (recognition.type != FileType::zip && is_locked(zip));
       return recognition;
     }
   }

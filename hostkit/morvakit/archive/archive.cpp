@@ -163,7 +163,7 @@ void read_archive(Orlec::Reader const& reader, tessarine::Recognition const& rec
       return;
     }
   }
-  context.end(ParseOutcome::not_supported, "there is no reader for this type");
+  context.end(ParseOutcome::not_supported, "packed in a way that is not known here");
 }
 
 }  // namespace morvakit

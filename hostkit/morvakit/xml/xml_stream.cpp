@@ -93,6 +93,12 @@ InputEncoding find_encoding(std::string_view head) {
 
 }  // namespace
 
+XmlAttributes::XmlAttributes(char const* const* names_and_values) : pairs_(names_and_values) {
+  while (pairs_ != nullptr && pairs_[2 * count_] != nullptr) {
+    ++count_;
+  }
+}
+
 std::string_view XmlAttributes::get(std::string_view local) const {
   for (std::size_t i = 0; i < count(); ++i) {
     if (name(i).local == local) {
@@ -110,14 +116,6 @@ std::string_view XmlAttributes::get(std::string_view space, std::string_view loc
     }
   }
   return {};
-}
-
-std::size_t XmlAttributes::count() const {
-  std::size_t count = 0;
-  while (pairs_ != nullptr && pairs_[2 * count] != nullptr) {
-    ++count;
-  }
-  return count;
 }
 
 XmlName XmlAttributes::name(std::size_t index) const {

@@ -19,19 +19,20 @@ struct XmlName {
 class XmlAttributes {
  public:
   /// `names_and_values`: pairs, ended by a null pointer; may itself be null.
-  explicit XmlAttributes(char const* const* names_and_values) : pairs_(names_and_values) {}
+  explicit XmlAttributes(char const* const* names_and_values);
 
   /// The value of an attribute with that local name in any namespace or none, the first one that
   /// stands there; empty when there is none.
   std::string_view get(std::string_view local) const;
   /// The value of the attribute of exactly that name; empty when there is none.
   std::string_view get(std::string_view space, std::string_view local) const;
-  std::size_t count() const;
+  std::size_t count() const { return count_; }
   XmlName name(std::size_t index) const;
   std::string_view value(std::size_t index) const;
 
  private:
   char const* const* pairs_;
+  std::size_t count_ = 0;
 };
 
 /// What a reader does with the events of an XML document. Text comes in pieces of whole UTF-8

@@ -166,6 +166,39 @@ TEST(Hostile, a_part_that_is_packed_in_an_unknown_way_is_not_supported) {
   EXPECT_EQ(parsed.reason, "the part word/document.xml is packed by method 77");
 }
 
+TEST(Hostile, an_embedded_document_that_is_packed_in_an_unknown_way_is_told) {
+  auto const part = word_part("w:document", "<w:body>" + run("x") + "</w:body>");
+  ZipWriter::Options options;
+  options.stated_method = 77;
+  auto const archive = ZipWriter().add("a.docx", word_with_body_part(part, options)).bytes();
+  auto const parsed = test::parse_bytes(archive);
+  EXPECT_EQ(parsed.outcome, ParseOutcome::incomplete);
+  EXPECT_EQ(parsed.reason, "\"a.docx\": the part word/document.xml is packed by method 77");
+}
+
+TEST(Hostile, an_embedded_container_that_is_broken_is_told) {
+  auto const broken = std::string("\xd0\xcf\x11\xe0\xa1\xb1\x1a\xe1", 8) + std::string(2000, '\0');
+  auto const parsed = test::parse_bytes(ZipWriter().add("a.bin", broken).bytes());
+  EXPECT_EQ(parsed.outcome, ParseOutcome::incomplete);
+  EXPECT_EQ(parsed.reason.substr(0, 9), "\"a.bin\": ");
+}
+
+TEST(Hostile, an_embedded_picture_is_no_fault) {
+  auto const archive =
+      ZipWriter().add("a.png", "\x89PNG\r\n\x1a\n" + std::string(100, 'x')).bytes();
+  auto const parsed = test::parse_bytes(archive);
+  EXPECT_EQ(parsed.outcome, ParseOutcome::no_text);
+  EXPECT_EQ(parsed.reason, "");
+}
+
+TEST(Hostile, a_tag_of_very_many_attributes_is_read_in_one_go) {
+  std::string tag = "<?xml version='1.0'?><a";
+  for (int i = 0; i < 200000; ++i) {
+    tag += " a" + std::to_string(i) + "=''";
+  }
+  EXPECT_EQ(test::parse_bytes(tag + ">text</a>", "a.xml").main(), "text\n");
+}
+
 TEST(Hostile, a_wrong_checksum_is_damage_behind_the_text) {
   auto const part = word_part("w:document", "<w:body>" + run("x") + "</w:body>");
   ZipWriter::Options options;

@@ -187,6 +187,34 @@ TEST(RecognizeZip, an_encrypted_open_document_is_told_by_its_manifest) {
   EXPECT_TRUE(recognize(bytes).encrypted);
 }
 
+TEST(RecognizeZip, an_open_document_with_an_encrypted_picture_is_not_encrypted) {
+  auto const bytes = ZipBuilder()
+                         .add("mimetype", "application/vnd.oasis.opendocument.text")
+                         .add("content.xml", "<x/>")
+                         .add("META-INF/manifest.xml",
+                              "<m:file-entry m:full-path=\"content.xml\"/>"
+                              "<m:file-entry m:full-path=\"Pictures/a.png\">"
+                              "<m:encryption-data/></m:file-entry><!-- encryption-data -->")
+                         .bytes();
+  EXPECT_FALSE(recognize(bytes).encrypted);
+}
+
+TEST(RecognizeZip, an_archive_with_a_locked_member_is_not_encrypted_as_a_whole) {
+  auto const bytes =
+      ZipBuilder().add("content.xml", "xxxxxxxxxxxxxxxx", 1).add("open.txt", "text").bytes();
+  EXPECT_EQ(recognize(bytes).type, FileType::zip);
+  EXPECT_FALSE(recognize(bytes).encrypted);
+}
+
+TEST(RecognizeZip, tags_that_never_end_are_looked_at_once) {
+  std::string tags;
+  for (int i = 0; i < 300000; ++i) {
+    tags += "<t";
+  }
+  EXPECT_EQ(recognize(ZipBuilder().add("[Content_Types].xml", tags + ">").bytes()).type,
+            FileType::zip);
+}
+
 TEST(RecognizeZip, a_main_part_locked_by_a_zip_password_is_encrypted) {
   auto const bytes = ZipBuilder().add("word/document.xml", "xxxxxxxxxxxxxxxx", 1).bytes();
   EXPECT_TRUE(recognize(bytes).encrypted);
