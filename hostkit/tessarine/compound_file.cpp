@@ -20,6 +20,8 @@ constexpr std::uint32_t no_entry = 0xffffffff;
 constexpr std::int64_t header_size = 512;
 constexpr std::int64_t entry_size = 128;
 constexpr std::int64_t number_size = 4;
+/// A stream of small sectors is never longer: each of them may be a piece that is kept.
+constexpr std::uint32_t most_small_below = 64 << 10;
 
 std::int64_t round_up(std::int64_t value, std::int64_t unit) {
   return value / unit + (value % unit != 0 ? 1 : 0);
@@ -149,7 +151,7 @@ struct CompoundFile::Header {
 
   bool is_valid() const {
     return bytes.size() == header_size && little64(bytes, 0) == 0xe11ab1a1e011cfd0 &&
-           sector_shift() >= 7 && sector_shift() <= 16 && small_shift() >= 2 &&
+           sector_shift() >= 7 && sector_shift() <= 16 && small_shift() >= 6 &&
            small_shift() <= sector_shift();
   }
   std::uint32_t sector_shift() const { return little16(bytes, 30); }
@@ -324,7 +326,7 @@ void CompoundFile::walk_siblings(std::uint32_t storage, std::vector<Links> const
 void CompoundFile::load_small_sectors(Header const& header) {
   auto const& root = entries_.front();
   small_stream_ = std::make_unique<SectorChain>(file_, sectors_, root.first_sector);
-  small_below_ = header.small_below();
+  small_below_ = std::min(header.small_below(), most_small_below);
   small_sectors_.container = small_stream_.get();
   small_sectors_.sector_size = std::int64_t{1} << header.small_shift();
   small_sectors_.count = round_up(root.size, small_sectors_.sector_size);

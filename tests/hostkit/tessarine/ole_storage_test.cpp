@@ -235,6 +235,23 @@ TEST(OleStorage, a_header_with_senseless_sector_sizes_is_refused) {
   EXPECT_EQ(tessarine::OleStorage(file).fault(), "the OLE2 header is damaged");
 }
 
+TEST(OleStorage, small_sectors_of_a_few_bytes_are_refused) {
+  for (auto const power : {0U, 2U, 5U}) {
+    auto bytes = test::make_ole({{"a", "x"}});
+    bytes.replace(32, 2, test::little(power, 2));
+    MemoryReader const file(bytes, "x");
+    EXPECT_EQ(tessarine::OleStorage(file).fault(), "the OLE2 header is damaged");
+  }
+}
+
+TEST(OleStorage, a_long_stream_has_sectors_of_its_own_whatever_the_header_says) {
+  auto const long_stream = counted_bytes(64 << 10);
+  auto bytes = test::make_ole({{"a", long_stream}, {"b", "x"}});
+  bytes.replace(56, 4, test::little(0xffffffff, 4));
+  MemoryReader const file(bytes, "x");
+  EXPECT_EQ(tessarine::OleStorage(file).content("a", 1 << 20), long_stream);
+}
+
 TEST(OleStorage, every_truncation_is_survived) {
   auto const whole = test::make_ole({{"a", "x"}, {"b", counted_bytes(5000)}});
   for (std::size_t length = 0; length < whole.size(); length += 7) {
