@@ -133,6 +133,20 @@ class Cursor {
   bool is_good_ = true;
 };
 
+/// What a list of sections has held so far.
+class Sections {
+ public:
+  /// Whether a section comes for the first time.
+  bool add(std::uint64_t id) {
+    constexpr std::uint64_t most = 63;
+    auto const bit = std::uint64_t{1} << std::min(id, most);
+    return (std::exchange(seen_, seen_ | bit) & bit) == 0;
+  }
+
+ private:
+  std::uint64_t seen_ = 0;
+};
+
 /// One step of a folder as it is stored.
 struct Coder {
   std::string_view id;
@@ -153,7 +167,9 @@ class DirectoryReader {
  private:
   using Folders = std::vector<SevenZipFolder>;
 
+  bool goes_on(Cursor const& cursor) { return cursor.is_good() && context_.keep_going(); }
   bool check_number(std::uint64_t number);
+  bool charge_list(std::uint64_t number, std::size_t entry_size);
   void read_streams(Cursor& cursor, Folders& folders);
   void read_packed_sizes(Cursor& cursor);
   void read_folders(Cursor& cursor, Folders& folders);
@@ -186,6 +202,12 @@ bool DirectoryReader::check_number(std::uint64_t number) {
   return context_.keep_going();
 }
 
+/// Entries of a list that is kept.
+bool DirectoryReader::charge_list(std::uint64_t number, std::size_t entry_size) {
+  return check_number(number) &&
+         context_.charge_memory(static_cast<std::size_t>(number) * entry_size);
+}
+
 void DirectoryReader::read(std::string_view bytes, SevenZipDirectory& directory) {
   Cursor cursor(bytes);
   auto const kind = cursor.number();
@@ -193,14 +215,16 @@ void DirectoryReader::read(std::string_view bytes, SevenZipDirectory& directory)
   if (is_packed_) {
     read_streams(cursor, directory.folders);
   } else if (kind == id_header) {
-    for (auto id = cursor.number(); id != id_end && cursor.is_good(); id = cursor.number()) {
-      if (id == id_main_streams) {
+    Sections sections;
+    for (auto id = cursor.number(); id != id_end && goes_on(cursor); id = cursor.number()) {
+      if (id == id_main_streams && sections.add(id)) {
         read_streams(cursor, directory.folders);
       } else if (id == id_files) {
         read_files(cursor, directory.files);
         break;
       } else {
-        // Properties of the archive and streams beside the files': no writer makes them.
+        // Properties of the archive and streams beside the files': no writer makes them. Nor does
+        // any section come twice.
         cursor.fail();
       }
     }
@@ -214,8 +238,11 @@ void DirectoryReader::read(std::string_view bytes, SevenZipDirectory& directory)
 
 void DirectoryReader::read_streams(Cursor& cursor, Folders& folders) {
   bool has_file_sizes = false;
-  for (auto id = cursor.number(); id != id_end && cursor.is_good(); id = cursor.number()) {
-    if (id == id_pack_info) {
+  Sections sections;
+  for (auto id = cursor.number(); id != id_end && goes_on(cursor); id = cursor.number()) {
+    if (!sections.add(id)) {
+      cursor.fail();
+    } else if (id == id_pack_info) {
       read_packed_sizes(cursor);
     } else if (id == id_unpack_info) {
       read_folders(cursor, folders);
@@ -237,12 +264,15 @@ void DirectoryReader::read_streams(Cursor& cursor, Folders& folders) {
 void DirectoryReader::read_packed_sizes(Cursor& cursor) {
   data_offset_ = cursor.size();
   auto const number = cursor.number();
-  if (!check_number(number)) {
+  if (!charge_list(number, sizeof(std::int64_t))) {
     return;
   }
-  for (auto id = cursor.number(); id != id_end && cursor.is_good(); id = cursor.number()) {
-    if (id == id_size) {
-      for (std::uint64_t i = 0; i < number && cursor.is_good(); ++i) {
+  Sections sections;
+  for (auto id = cursor.number(); id != id_end && goes_on(cursor); id = cursor.number()) {
+    if (!sections.add(id)) {
+      cursor.fail();
+    } else if (id == id_size) {
+      for (std::uint64_t i = 0; i < number && goes_on(cursor); ++i) {
         packed_sizes_.push_back(cursor.size());
       }
     } else if (id == id_checksum) {
@@ -260,24 +290,25 @@ void DirectoryReader::read_folders(Cursor& cursor, Folders& folders) {
   if (!is_folder || is_elsewhere) {
     cursor.fail();
   }
-  if (!check_number(number)) {
+  if (!charge_list(number, sizeof(SevenZipFolder))) {
     return;
   }
-  for (std::uint64_t i = 0; i < number && cursor.is_good(); ++i) {
+  for (std::uint64_t i = 0; i < number && goes_on(cursor); ++i) {
     folders.push_back(read_folder(cursor));
   }
   if (cursor.number() != id_folder_size) {
     cursor.fail();
   }
-  for (std::size_t i = 0; i < folders.size() && cursor.is_good(); ++i) {
+  for (std::size_t i = 0; i < folders.size() && goes_on(cursor); ++i) {
     for (std::size_t output = 0; output < outputs_of_folder_[i]; ++output) {
       auto const size = cursor.size();
       folders[i].unpacked = output == last_output_[i] ? size : folders[i].unpacked;
     }
   }
   has_checksum_.assign(folders.size(), false);
-  for (auto id = cursor.number(); id != id_end && cursor.is_good(); id = cursor.number()) {
-    if (id == id_checksum) {
+  Sections sections;
+  for (auto id = cursor.number(); id != id_end && goes_on(cursor); id = cursor.number()) {
+    if (id == id_checksum && sections.add(id)) {
       has_checksum_ = cursor.checksums(folders.size());
     } else {
       cursor.fail();
@@ -383,9 +414,10 @@ void DirectoryReader::order_steps(std::vector<Coder> const& coders,
 
 void DirectoryReader::read_file_sizes(Cursor& cursor, Folders& folders) {
   std::vector<std::uint64_t> numbers(folders.size(), 1);
+  std::uint64_t sum = numbers.size();
   auto id = cursor.number();
   if (id == id_stream_count) {
-    std::uint64_t sum = 0;
+    sum = 0;
     for (auto& number : numbers) {
       number = cursor.number();
       if (!check_number(number) || !check_number(sum += number)) {
@@ -394,10 +426,13 @@ void DirectoryReader::read_file_sizes(Cursor& cursor, Folders& folders) {
     }
     id = cursor.number();
   }
+  if (!charge_list(sum, sizeof(std::int64_t))) {
+    return;
+  }
   std::uint64_t without_checksum = 0;
-  for (std::size_t i = 0; i < folders.size() && cursor.is_good(); ++i) {
+  for (std::size_t i = 0; i < folders.size() && goes_on(cursor); ++i) {
     auto rest = folders[i].unpacked;
-    for (std::uint64_t file = 0; file < numbers[i] && cursor.is_good(); ++file) {
+    for (std::uint64_t file = 0; file < numbers[i] && goes_on(cursor); ++file) {
       bool const is_last = file + 1 == numbers[i];
       auto const size = is_last ? rest : id == id_size ? cursor.size() : 0;
       if (size > rest) {
@@ -421,13 +456,17 @@ void DirectoryReader::read_file_sizes(Cursor& cursor, Folders& folders) {
 void DirectoryReader::read_files(Cursor& cursor, std::vector<SevenZipFile>& files) {
   constexpr std::string_view terminator("\0\0", 2);
   auto const number = cursor.number();
-  if (!check_number(number)) {
+  if (!charge_list(number, sizeof(SevenZipFile))) {
     return;
   }
   files.resize(number);
-  for (auto id = cursor.number(); id != id_end && cursor.is_good(); id = cursor.number()) {
+  Sections sections;
+  for (auto id = cursor.number(); id != id_end && goes_on(cursor); id = cursor.number()) {
     Cursor field(cursor.take(cursor.number()));
-    if (id == id_empty_stream) {
+    bool const is_kept = id == id_empty_stream || id == id_names;
+    if (is_kept && !sections.add(id)) {
+      cursor.fail();
+    } else if (id == id_empty_stream) {
       auto const is_empty = field.bits(number);
       for (std::size_t i = 0; i < is_empty.size(); ++i) {
         files[i].has_content = !is_empty[i];

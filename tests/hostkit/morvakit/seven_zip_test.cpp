@@ -117,6 +117,36 @@ TEST(SevenZip, a_number_of_files_over_the_bound_is_not_made_room_for) {
   EXPECT_EQ(parsed.reason, "a container of over 20000 entries");
 }
 
+TEST(SevenZip, a_section_that_comes_twice_is_damage) {
+  auto const folders = bytes_of({0x07, 0x0B, 1, 0, 1, 0x01, 0x00, 0x0C, 3, 0});
+  auto const sizes = bytes_of({0x08, 0});
+  auto const files = bytes_of({0x05, 1, 0x11, 5, 0, 'a', 0, 0, 0, 0, 0});
+  auto const names_twice =
+      bytes_of({0x05, 1, 0x11, 5, 0, 'a', 0, 0, 0, 0x11, 5, 0, 'a', 0, 0, 0, 0, 0});
+  auto const outcome_of = [](std::string const& directory) {
+    return test::parse_bytes(archive_of("one", bytes_of({0x01, 0x04}) + directory)).outcome;
+  };
+  auto const end = std::string(1, '\0');
+  EXPECT_EQ(outcome_of(one_stored_stream + folders + sizes + end + files), ParseOutcome::text);
+  EXPECT_EQ(outcome_of(one_stored_stream + one_stored_stream + folders + end + files),
+            ParseOutcome::damaged);
+  EXPECT_EQ(outcome_of(one_stored_stream + folders + folders + end + files), ParseOutcome::damaged);
+  EXPECT_EQ(outcome_of(one_stored_stream + folders + sizes + sizes + end + files),
+            ParseOutcome::damaged);
+  EXPECT_EQ(outcome_of(one_stored_stream + folders + end + names_twice), ParseOutcome::damaged);
+}
+
+TEST(SevenZip, sizes_that_are_told_over_and_over_take_no_memory) {
+  // Each repetition would give 20,000 more files a size.
+  std::string repeated;
+  for (int i = 0; i < 20000; ++i) {
+    repeated += bytes_of({0x08, 0x0D, 0xC0, 0x20, 0x4E, 0});
+  }
+  auto const directory = bytes_of({0x01, 0x04}) + one_stored_stream +
+                         bytes_of({0x07, 0x0B, 1, 0, 1, 0x01, 0x00, 0x0C, 3, 0}) + repeated;
+  EXPECT_EQ(test::parse_bytes(archive_of("one", directory)).outcome, ParseOutcome::damaged);
+}
+
 TEST(SevenZip, a_directory_outside_of_the_file_is_damage) {
   auto bytes = archive_of("", "x");
   bytes.replace(12, 8, little(~std::uint64_t{0}, 8));
