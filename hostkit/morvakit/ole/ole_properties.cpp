@@ -26,6 +26,8 @@ using tessarine::read_piece;
 
 constexpr auto kind = Orlec::ParseTextType_property;
 constexpr int utf16_code_page = 1200;
+/// Bytes of one property that are read.
+constexpr std::int64_t longest_property = 1 << 20;
 
 // Properties that every set has, by their numbers.
 constexpr std::uint32_t dictionary_property = 0;
@@ -170,6 +172,9 @@ class PropertySet {
   std::string vector_value(std::uint16_t type, std::int64_t& at);
   std::string string_value(std::uint16_t type, std::int64_t& at);
   std::string bytes(std::int64_t at, std::int64_t size);
+  /// The same for a text, of which no more is read than of a property.
+  std::string text_bytes(std::int64_t at, std::int64_t size);
+  void note_cut();
   std::uint32_t word(std::int64_t at) { return little32(bytes(at, 4), 0); }
   std::string name_of(std::uint32_t number, SetFormat const& format) const;
 
@@ -190,12 +195,25 @@ std::string PropertySet::bytes(std::int64_t at, std::int64_t size) {
   return budget_ < 0 ? std::string() : read_piece(stream_, at, most);
 }
 
+std::string PropertySet::text_bytes(std::int64_t at, std::int64_t size) {
+  if (std::min(size, stream_.GetSize() - at) > longest_property) {
+    note_cut();
+  }
+  return bytes(at, std::min(size, longest_property));
+}
+
+void PropertySet::note_cut() {
+  flow_.context().note(
+      ParseOutcome::limit_reached,
+      "a property of the document is over " + std::to_string(longest_property) + " bytes");
+}
+
 bool PropertySet::read_directory() {
   constexpr std::int64_t entry_size = 8;
   std::int64_t const count = word(begin_ + 4);
   auto const left = (stream_.GetSize() - begin_ - 8) / entry_size;
   if (count > left || !flow_.context().charge_memory(static_cast<std::size_t>(count) * 16)) {
-    flow_.context().note(ParseOutcome::damaged, "the document's properties are cut short");
+    flow_.context().note(ParseOutcome::incomplete, "the document's properties are cut short");
     return false;
   }
   auto const entries = bytes(begin_ + 8, count * entry_size);
@@ -215,7 +233,7 @@ void PropertySet::read_names(std::int64_t offset) {
     }
     bool const is_wide = code_page_ == utf16_code_page;
     std::int64_t const size = std::int64_t{little32(head, 4)} * (is_wide ? 2 : 1);
-    auto const name = bytes(at + 8, size);
+    auto const name = text_bytes(at + 8, size);
     if (!flow_.context().charge_memory(name.size())) {
       return;
     }
@@ -229,7 +247,7 @@ std::string PropertySet::string_value(std::uint16_t type, std::int64_t& at) {
   bool const is_wide = type == type_wide_string || code_page_ == utf16_code_page;
   // Lengths of strings in code pages are in bytes, even where the code page is that of UTF-16.
   std::int64_t const size = std::int64_t{word(at)} * (type == type_wide_string ? 2 : 1);
-  auto const text = bytes(at + 4, size);
+  auto const text = text_bytes(at + 4, size);
   at += 4 + size;
   // Only strings in Unicode are filled up to what follows in a vector.
   at += type == type_wide_string ? (4 - size % 4) % 4 : 0;
@@ -254,6 +272,10 @@ std::string PropertySet::vector_value(std::uint16_t type, std::int64_t& at) {
     if (!element.empty()) {
       joined += joined.empty() ? "" : " ";
       joined += element;
+    }
+    if (joined.size() > static_cast<std::size_t>(longest_property)) {
+      note_cut();
+      break;
     }
   }
   return joined;
@@ -356,13 +378,13 @@ std::int64_t read_stream(tessarine::OleStorage const& storage, std::string_view 
   constexpr std::int64_t head_size = 28;
   constexpr std::int64_t set_entry_size = 20;
   auto const stream = storage.stream(name);
-  if (stream == nullptr) {
+  if (stream == nullptr || stream->GetSize() == 0) {
     return 0;
   }
   auto const head = read_piece(*stream, 0, head_size + 2 * set_entry_size);
   constexpr std::uint16_t byte_order = 0xFFFE;
   if (little16(head, 0) != byte_order) {
-    flow.context().note(ParseOutcome::damaged, "the document's properties are damaged");
+    flow.context().note(ParseOutcome::incomplete, "the document's properties are damaged");
     return 0;
   }
   auto const sets = std::min<std::uint32_t>(little32(head, 24), 2);

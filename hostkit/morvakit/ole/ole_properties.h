@@ -10,7 +10,8 @@ namespace morvakit {
 
 /// Delivers what an OLE2 document states of itself in its streams of properties, those that its
 /// users added included: "name: value" a line, under the names that Office Open XML has for them.
-/// Damage is noted, and ends nothing. Returns the number of pages that the document states, 0 where
+/// Damage is noted as what makes the text incomplete, and ends nothing; of one property over 1 MiB
+/// the beginning is delivered. Returns the number of pages that the document states, 0 where
 /// it states none, for `ReadContext::count_pages` where the format has nothing better.
 std::int64_t read_ole_properties(tessarine::OleStorage const& storage, TextFlow& flow);
 

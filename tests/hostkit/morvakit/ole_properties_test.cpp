@@ -167,11 +167,46 @@ TEST(OleProperties, values_that_overlap_do_not_make_a_small_set_long) {
       50000U);
 }
 
-TEST(OleProperties, counts_that_claim_too_much_are_damage) {
+TEST(OleProperties, of_a_very_long_one_the_beginning_is_read) {
+  std::string const text((3 << 20) + 1, 'x');
+  auto const parsed = parse_with("\5SummaryInformation",
+                                 stream({property_set({{2, ansi(text)}, {3, ansi("short")}})}));
+  auto const properties = parsed.kind(Orlec::ParseTextType_property);
+  EXPECT_EQ(properties.size(),
+            std::size_t{1 << 20} + std::string("title: \nsubject: short").size());
+  EXPECT_EQ(parsed.outcome, Orlec::ParseOutcome::limit_reached);
+  EXPECT_EQ(parsed.reason, "a property of the document is over 1048576 bytes");
+}
+
+TEST(OleProperties, of_a_very_long_list_the_beginning_is_read) {
+  std::string values;
+  for (int i = 0; i < 5; ++i) {
+    values += little((1 << 19), 4) + std::string(1 << 19, 'x');
+  }
+  auto const parsed =
+      parse_with("\5DocumentSummaryInformation",
+                 stream({property_set({{13, little(0x101E, 4) + little(5, 4) + values}})}));
+  EXPECT_LT(parsed.kind(Orlec::ParseTextType_property).size(), std::size_t{2 << 20});
+  EXPECT_EQ(parsed.outcome, Orlec::ParseOutcome::limit_reached);
+}
+
+TEST(OleProperties, a_stream_without_bytes_says_nothing) {
+  EXPECT_EQ(parse_with("\5SummaryInformation", "").outcome, Orlec::ParseOutcome::text);
+}
+
+TEST(OleProperties, those_that_are_damaged_leave_the_text) {
+  auto const parsed = parse_with("\5SummaryInformation", "no properties");
+  EXPECT_EQ(parsed.main(), "body");
+  EXPECT_EQ(parsed.outcome, Orlec::ParseOutcome::incomplete);
+  EXPECT_EQ(parsed.reason, "the document's properties are damaged");
+}
+
+TEST(OleProperties, counts_that_claim_too_much_make_the_text_incomplete) {
   auto set = property_set({{2, ansi("t")}});
   set.replace(4, 4, little(0xFFFFFFFF, 4));
   auto const parsed = parse_with("\5SummaryInformation", stream({set}));
   EXPECT_EQ(parsed.main(), "body");
+  EXPECT_EQ(parsed.outcome, Orlec::ParseOutcome::incomplete);
   EXPECT_EQ(parsed.reason, "the document's properties are cut short");
 }
 
