@@ -4,6 +4,7 @@
 #include <string_view>
 #include <unordered_map>
 #include <unordered_set>
+#include <utility>
 #include <vector>
 
 #include "morvakit/archive/zip_container.h"
@@ -69,11 +70,12 @@ class OfdRootHandler final : public ElementText {
   void on_element(std::string_view name, XmlAttributes const& attributes) override {
     if (name == "DocBody" && flow_.context().charge_memory(sizeof(OfdBody))) {
       bodies_.emplace_back();
-    } else if (name == "Version" && !bodies_.empty() &&
-               flow_.context().charge_memory(sizeof(OfdVersion))) {
+    } else if (auto const part = attributes.get("BaseLoc");
+               name == "Version" && !bodies_.empty() &&
+               flow_.context().charge_memory(part.size() + sizeof(OfdVersion))) {
       auto index = attributes.get("Index");
-      bodies_.back().versions.push_back({std::string(attributes.get("BaseLoc")), take_number(index),
-                                         attributes.get("Current") == "true"});
+      bodies_.back().versions.push_back(
+          {std::string(part), take_number(index), attributes.get("Current") == "true"});
     } else if (name == "CustomData") {
       custom_name_ = attributes.get("Name");
     }
@@ -81,9 +83,11 @@ class OfdRootHandler final : public ElementText {
 
   void on_text(std::string_view name, std::string_view text) override {
     auto const* const property = find(name);
-    if (property == nullptr && !bodies_.empty()) {
-      bodies_.back().root = text;
-    } else if (property != nullptr && !text.empty()) {
+    if (property == nullptr) {
+      if (!bodies_.empty() && flow_.context().charge_memory(text.size())) {
+        bodies_.back().root = text;
+      }
+    } else {
       auto const shown =
           property->name.empty() ? std::string(custom_name_) : std::string(property->name);
       flow_.line(Orlec::ParseTextType_property, shown + ": " + std::string(text));
@@ -117,8 +121,10 @@ class OfdDocumentHandler final : public ElementText {
     auto const part = attributes.get("BaseLoc");
     if (name == "Page" && flow_.context().charge_memory(part.size() + sizeof(std::string))) {
       pages.emplace_back(part);
-    } else if (name == "TemplatePage" && flow_.context().charge_memory(part.size() + 64)) {
-      templates.emplace(attributes.get("ID"), part);
+    } else if (auto const id = attributes.get("ID");
+               name == "TemplatePage" &&
+               flow_.context().charge_memory(id.size() + part.size() + 2 * sizeof(std::string))) {
+      templates.emplace(id, part);
     } else if (name == "OutlineElem") {
       flow_.line(Orlec::ParseTextType_other, trimmed(attributes.get("Title")));
     } else if (name == "Bookmark") {
@@ -133,7 +139,7 @@ class OfdDocumentHandler final : public ElementText {
                  : name == "Attachments" ? attachments
                  : name.ends_with("Res") ? resources
                                          : others;
-    if (!text.empty() && flow_.context().charge_memory(text.size())) {
+    if (flow_.context().charge_memory(text.size() + sizeof(std::string))) {
       list.emplace_back(text);
     }
   }
@@ -153,7 +159,7 @@ class OfdListHandler final : public ElementText {
     return name == "FileLoc" || name == "DocRoot";
   }
   void on_text(std::string_view /*name*/, std::string_view text) override {
-    if (!text.empty() && context().charge_memory(text.size() + sizeof(std::string))) {
+    if (context().charge_memory(text.size() + sizeof(std::string))) {
       files.emplace_back(text);
     }
   }
@@ -232,10 +238,15 @@ bool OfdPackage::parse_once(std::string const& part, XmlHandler& handler, PartFa
 std::vector<std::string> OfdPackage::list(std::string const& part) {
   OfdListHandler handler(context_);
   parse_once(part, handler, PartFault::ignored);
-  for (auto& file : handler.files) {
-    file = locate(part, file);
+  std::vector<std::string> files;
+  for (auto const& file : handler.files) {
+    auto located = locate(part, file);
+    if (!context_.charge_memory(located.size() + sizeof(std::string))) {
+      break;
+    }
+    files.push_back(std::move(located));
   }
-  return handler.files;
+  return files;
 }
 
 std::string OfdPackage::newest_root(OfdBody const& body) {
@@ -271,11 +282,11 @@ void OfdPackage::read_page(std::string const& root, OfdDocumentHandler const& do
     if (found == document.templates.end()) {
       return;
     }
-    auto const template_part = locate(root, found->second);
-    if (is_in_front) {
-      in_front.push_back(template_part);
-    } else {
+    auto template_part = locate(root, found->second);
+    if (!is_in_front) {
       read_part(template_part);
+    } else if (context_.charge_memory(template_part.size() + sizeof(std::string))) {
+      in_front.push_back(std::move(template_part));
     }
   });
   if (!parse_once(part, page)) {

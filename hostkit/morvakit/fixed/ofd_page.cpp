@@ -119,7 +119,7 @@ void OfdPageHandler::start(XmlName const& name, XmlAttributes const& attributes)
     flow_.context().count_images(1);
   } else if (name.local == "URI") {
     flow_.line(Orlec::ParseTextType_other, attributes.get("URI"));
-  } else if (name.local == "PageRes") {
+  } else if (name.local == "PageRes" && flow_.context().charge_memory(sizeof(std::string))) {
     in_resource_ = true;
     resources_.emplace_back();
   }

@@ -2,6 +2,7 @@
 #include <charconv>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "host/utf8.h"
@@ -26,11 +27,13 @@ class SourceHandler final : public XmlHandler {
 
  private:
   void start(XmlName const& name, XmlAttributes const& attributes) override {
-    auto const source = attributes.get("Source");
     bool const is_page = name.local == "PageContent";
-    bool const is_document = name.local == "DocumentReference";
-    if ((is_page || is_document) && context_.charge_memory(source.size() + sizeof(std::string))) {
-      (is_page ? pages : documents).push_back(resolve_part(part_, source));
+    if (!is_page && name.local != "DocumentReference") {
+      return;
+    }
+    auto source = resolve_part(part_, attributes.get("Source"));
+    if (context_.charge_memory(source.size() + sizeof(std::string))) {
+      (is_page ? pages : documents).push_back(std::move(source));
     }
   }
   void end(XmlName const& /*name*/) override {}
@@ -274,11 +277,7 @@ std::vector<std::string> XpsPackage::parts_ending_in(std::string_view suffix) {
 
 void XpsPackage::read_page(std::string const& part) {
   auto& context = package_.context();
-  if (!has_part(package_.container(), part)) {
-    context.note(Orlec::ParseOutcome::damaged, "the part " + part + " is missing");
-    return;
-  }
-  if (!package_.was_parsed(part) && context.keep_going()) {
+  if (package_.expect(part) && package_.is_unread(part) && context.keep_going()) {
     XpsPageHandler page(flow_);
     package_.parse_once(part, page);
     page.finish();

@@ -1,3 +1,4 @@
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <unordered_set>
@@ -54,8 +55,9 @@ class OdfPackage {
 
   ReadContext& context_;
   ZipContainer container_;
-  /// Objects may name each other in circles.
-  std::unordered_set<std::string> objects_;
+  /// The document and its objects, by their places in the container: objects may name each other in
+  /// circles, and each by many names.
+  std::unordered_set<std::uint64_t> objects_;
 };
 
 void OdfPackage::count_pictures() {
@@ -68,12 +70,17 @@ void OdfPackage::count_pictures() {
 
 void OdfPackage::read_object(std::string const& part, ReadContext& context) {
   auto const directory = part + "/";
-  if (container_.find(directory + "content.xml")) {
+  auto const content = container_.find(directory + "content.xml");
+  auto const place = content ? content : container_.find(part);
+  if (!place || !objects_.insert(*place).second) {
+    return;
+  }
+  if (content) {
     read_embedded(part, context,
                   [&](ReadContext& inner) { read_document(directory, false, inner); });
-  } else if (auto const index = container_.find(part)) {
+  } else {
     Spool file(part, context);
-    container_.read(*index, [&](std::string_view bytes) { return file.append(bytes); });
+    container_.read(*place, [&](std::string_view bytes) { return file.append(bytes); });
     read_embedded(file, context);
   }
 }
@@ -93,7 +100,7 @@ void OdfPackage::read_document(std::string const& directory, bool is_spreadsheet
   context.count_pages(content.pages() > 0 ? content.pages() : meta.pages());
   for (auto const& address : content.objects()) {
     auto const part = resolve_part(directory, address.substr(address.starts_with('#') ? 1 : 0));
-    if (context.keep_going() && objects_.insert(part).second) {
+    if (context.keep_going()) {
       read_object(part, context);
     }
   }
@@ -110,6 +117,9 @@ void OdfPackage::read(bool is_spreadsheet) {
     return;
   }
   count_pictures();
+  if (auto const content = container_.find("content.xml")) {
+    objects_.insert(*content);
+  }
   read_document({}, is_spreadsheet, context_);
 }
 

@@ -205,13 +205,18 @@ void OdfTextHandler::open_sheet(XmlName const& name, XmlAttributes const& attrib
 /// Objects are read where all other text has been; one that stands within the document is read in
 /// its place.
 void OdfTextHandler::object(XmlAttributes const& attributes) {
-  constexpr std::size_t most = 10000;
   ++object_depth_;
-  auto const address = attributes.get("href");
-  bool const is_new =
-      !address.empty() && objects_.size() < most && known_objects_.emplace(address).second;
-  if (is_new && flow_.context().charge_memory(2 * address.size())) {
-    objects_.emplace_back(address);
+  auto& context = flow_.context();
+  auto const address = std::string(attributes.get("href"));
+  auto const most = context.limits().i_entries;
+  if (address.empty() || known_objects_.count(address) != 0) {
+    return;
+  }
+  if (static_cast<std::int64_t>(objects_.size()) >= most) {
+    context.note(Orlec::ParseOutcome::limit_reached, "over " + std::to_string(most) + " objects");
+  } else if (context.charge_memory(2 * (sizeof(std::string) + address.size()))) {
+    known_objects_.insert(address);
+    objects_.push_back(address);
   }
 }
 

@@ -246,7 +246,7 @@ ParseTextType kind_of(std::string_view relationship_type) {
 /// before.
 std::vector<Relationship> read_part(OpenPackage& package, TextFlow& flow, std::string const& part,
                                     ParseTextType kind) {
-  if (package.was_parsed(part)) {
+  if (!package.is_unread(part)) {
     return {};
   }
   WordHandler handler(flow, kind);
@@ -275,7 +275,8 @@ void read_docx(Orlec::Reader const& reader, tessarine::Recognition const& /*reco
   auto const relationships = read_part(package, flow, document, Orlec::ParseTextType_main);
   for (auto const& relationship : relationships) {
     auto const kind = kind_of(relationship.type);
-    if (kind != Orlec::ParseTextType_main && !relationship.external) {
+    if (kind != Orlec::ParseTextType_main && !relationship.external &&
+        package.expect(relationship.target)) {
       read_part(package, flow, relationship.target, kind);
     }
   }

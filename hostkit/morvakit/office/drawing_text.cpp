@@ -174,7 +174,7 @@ void read_graphics(OpenPackage& package, std::vector<Relationship> const& relati
   for (auto const& relationship : relationships) {
     bool const is_graphic = relationship.type == "diagramData" || relationship.type == "chart" ||
                             relationship.type == "chartEx";
-    if (!is_graphic || relationship.external || package.was_parsed(relationship.target)) {
+    if (!is_graphic || relationship.external || !package.is_unread(relationship.target)) {
       continue;
     }
     read_graphic(package, relationship.target, flow);

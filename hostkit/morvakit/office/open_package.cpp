@@ -29,14 +29,13 @@ class RelationshipHandler final : public XmlHandler {
       return;
     }
     bool const external = attributes.get("TargetMode") == "External";
-    auto const target = attributes.get("Target");
-    if (!context_.charge_memory(sizeof(Relationship) + attributes.get("Id").size() + target.size() +
-                                source_.size())) {
-      return;
+    auto const id = attributes.get("Id");
+    auto const type = last_piece(attributes.get("Type"));
+    auto const address = attributes.get("Target");
+    auto target = external ? std::string(address) : resolve_part(source_, address);
+    if (context_.charge_memory(sizeof(Relationship) + id.size() + type.size() + target.size())) {
+      found_.push_back({std::string(id), std::string(type), std::move(target), external});
     }
-    found_.push_back({std::string(attributes.get("Id")),
-                      std::string(last_piece(attributes.get("Type"))),
-                      external ? std::string(target) : resolve_part(source_, target), external});
   }
   void end(XmlName const& /*name*/) override {}
   void characters(std::string_view /*utf8*/) override {}
@@ -169,18 +168,33 @@ std::string OpenPackage::main_part() {
   return {};
 }
 
+bool OpenPackage::is_unread(std::string_view part) const {
+  auto const place = find_part(container_, part);
+  return place && parsed_.count(*place) == 0;
+}
+
+bool OpenPackage::expect(std::string_view part) {
+  bool const is_there = find_part(container_, part).has_value();
+  if (!is_there) {
+    context_.note(Orlec::ParseOutcome::damaged, "the part " + std::string(part) + " is missing");
+  }
+  return is_there;
+}
+
+bool OpenPackage::take(std::string_view part) {
+  auto const place = find_part(container_, part);
+  return place && !context_.ended() && parsed_.insert(*place).second;
+}
+
 void OpenPackage::parse_once(std::string const& part, XmlHandler& handler, PartFault fault) {
-  if (!context_.ended() && parsed_.insert(part).second) {
+  if (take(part)) {
     parse_part(container_, context_, part, handler, fault);
   }
 }
 
 void OpenPackage::read_once(std::string const& part, ZipContainer::Consumer const& consumer) {
-  if (context_.ended() || !parsed_.insert(part).second) {
-    return;
-  }
-  if (auto const index = container_.find(part)) {
-    container_.read(*index, consumer);
+  if (take(part)) {
+    container_.read(*find_part(container_, part), consumer);
   }
 }
 

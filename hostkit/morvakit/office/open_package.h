@@ -58,25 +58,30 @@ class OpenPackage {
   /// The part that the package's relationships name as the document; ends the context where there
   /// is none.
   std::string main_part();
+  /// Whether there is a part of that name that was not parsed yet, by whatever name.
+  bool is_unread(std::string_view part) const;
+  /// Notes the damage where there is no part of that name; whether there is one.
+  bool expect(std::string_view part);
   /// Parses a part that was not parsed before: relationships may form circles.
   void parse_once(std::string const& part, XmlHandler& handler,
                   PartFault fault = PartFault::damage);
   /// The same for a part that is no XML.
   void read_once(std::string const& part, ZipContainer::Consumer const& consumer);
-  bool was_parsed(std::string const& part) const { return parsed_.count(part) != 0; }
 
   /// Reads the embedded files that were met, those first that are a piece of the document's own
   /// text kept in another format. To be called when all other text has been delivered.
   void read_embedded_parts();
 
  private:
+  /// False where there is no such part, or it was taken before.
+  bool take(std::string_view part);
   void meet(Relationship const& relationship);
   void read_embedded_part(std::uint64_t part);
 
   ReadContext& context_;
   ZipContainer container_;
-  std::unordered_set<std::string> parsed_;
   // By their places in the container, where a part has one whatever it is called by.
+  std::unordered_set<std::uint64_t> parsed_;
   std::unordered_set<std::uint64_t> met_;
   std::vector<std::uint64_t> text_pieces_;
   std::vector<std::uint64_t> embedded_;

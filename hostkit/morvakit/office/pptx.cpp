@@ -47,7 +47,7 @@ void read_backdrops(OpenPackage& package, std::vector<Relationship> const& relat
                     TextFlow& flow) {
   for (auto const& relationship : relationships) {
     if (!relationship.external && relationship.type == "slideLayout" &&
-        !package.was_parsed(relationship.target)) {
+        package.is_unread(relationship.target)) {
       read_backdrops_of_type(package, package.relationships(relationship.target), "slideMaster",
                              flow);
     }
@@ -96,7 +96,10 @@ void read_pptx(Orlec::Reader const& reader, tessarine::Recognition const& /*reco
   RelationshipsById const by_id(relationships);
   for (auto const& id : list.ids()) {
     auto const* const slide = by_id.find(id);
-    if (slide != nullptr && !slide->external && !package.was_parsed(slide->target)) {
+    if (slide == nullptr) {
+      context.note(Orlec::ParseOutcome::damaged, "the slide " + id + " is missing");
+    } else if (!slide->external && package.expect(slide->target) &&
+               package.is_unread(slide->target)) {
       context.count_pages(1);
       read_slide(package, slide->target, flow);
     }

@@ -64,7 +64,7 @@ class SheetCommentHandler final : public TaggedHandler<PartTag> {
 };
 
 void read_drawing(OpenPackage& package, std::string const& part, TextFlow& flow) {
-  if (package.was_parsed(part)) {
+  if (!package.is_unread(part)) {
     return;
   }
   DrawingHandler handler(flow, Orlec::ParseTextType_main);

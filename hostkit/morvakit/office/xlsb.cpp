@@ -51,7 +51,7 @@ enum class Record : std::uint32_t {
 /// Reads a part that was not read before, record by record.
 template <typename Handler>
 void read_part(OpenPackage& package, std::string const& part, Handler handler) {
-  if (package.was_parsed(part)) {
+  if (!package.is_unread(part)) {
     return;
   }
   XlsbRecords records(package.context(), [&handler](std::uint32_t type, std::string_view body) {
@@ -157,7 +157,7 @@ void WorkbookReader::read_strings(std::string const& part) {
 void WorkbookReader::read_sheet(Sheet const& sheet, std::string const& part) {
   flow_.context().count_pages(1);
   flow_.line(Orlec::ParseTextType_main, sheet.name);
-  if (part.empty() || package_.was_parsed(part)) {
+  if (!package_.is_unread(part)) {
     return;
   }
   read_part(package_, part,

@@ -5,6 +5,7 @@
 #include <string_view>
 #include <unordered_map>
 #include <unordered_set>
+#include <utility>
 #include <vector>
 
 #include "morvakit/archive/zip_container.h"
@@ -125,14 +126,15 @@ class BookHandler final : public ElementText {
 
   void take_item(XmlAttributes const& attributes) {
     auto const id = attributes.get("id");
-    auto const address = attributes.get("href");
-    if (context().charge_memory(sizeof(BookItem) + 2 * id.size() + address.size())) {
+    auto const type = attributes.get("media-type");
+    auto part = resolve_part(part_, attributes.get("href"));
+    if (context().charge_memory(sizeof(BookItem) + part.size() + type.size() + sizeof(std::string) +
+                                id.size())) {
       auto const is_navigation =
           (" " + std::string(attributes.get("properties")) + " ").find(" nav ") !=
           std::string::npos;
       by_id_.emplace(id, items_.size());
-      items_.push_back(
-          {resolve_part(part_, address), std::string(attributes.get("media-type")), is_navigation});
+      items_.push_back({std::move(part), std::string(type), is_navigation});
     }
   }
 

@@ -2,13 +2,16 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "morvakit/xml/xml_stream.h"
 
 namespace morvakit {
 
-/// Hands over the text of those elements that a reader asks for by local name, when they end,
-/// without the white space around it. What an element holds in front of another is not its text.
+/// Hands over the text of those elements that a reader asks for by local name, without the white
+/// space around it, where there is any: what stands in front of an element within, between two and
+/// behind the last each by itself, in the order of the document. Of a text that is very long only
+/// the beginning, which is noted.
 class ElementText : public XmlHandler {
  public:
   explicit ElementText(ReadContext& context) : context_(context) {}
@@ -25,9 +28,18 @@ class ElementText : public XmlHandler {
   void end(XmlName const& name) final;
   void characters(std::string_view utf8) final;
 
+  void deliver();
+
+  struct Element {
+    std::string name;
+    bool is_wanted = false;
+  };
+
   ReadContext& context_;
+  /// From the outermost in, as deep as XML may be nested.
+  std::vector<Element> open_;
+  /// What the innermost element holds since it, or the last one within it, was met.
   std::string text_;
-  bool in_text_ = false;
 };
 
 /// Text without the white space at both ends.

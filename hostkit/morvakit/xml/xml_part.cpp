@@ -51,8 +51,9 @@ bool parse_part(ZipContainer& container, ReadContext& context, std::string_view 
   return true;
 }
 
-bool has_part(ZipContainer const& container, std::string_view name) {
-  return !find_pieces(container, name).empty();
+std::optional<std::uint64_t> find_part(ZipContainer const& container, std::string_view name) {
+  auto const pieces = find_pieces(container, name);
+  return pieces.empty() ? std::nullopt : std::optional(pieces.front());
 }
 
 void parse_file(Orlec::Reader const& reader, ReadContext& context, XmlHandler& handler) {

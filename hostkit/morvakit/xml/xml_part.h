@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstdint>
+#include <optional>
 #include <string_view>
 
 #include "host/Orlec/IFile.h"
@@ -19,8 +21,8 @@ enum class PartFault {
 /// written while they are printed have them, in several. False when it has none.
 bool parse_part(ZipContainer& container, ReadContext& context, std::string_view name,
                 XmlHandler& handler, PartFault fault = PartFault::damage);
-/// Whether the container has a part of that name, in one piece or in several.
-bool has_part(ZipContainer const& container, std::string_view name);
+/// The place in the container of the part of that name, or of the first of its pieces.
+std::optional<std::uint64_t> find_part(ZipContainer const& container, std::string_view name);
 
 /// Parses a file that is one XML document. One that is not well-formed ends the context behind the
 /// text that stands in front of the fault.

@@ -2,6 +2,7 @@
 
 #include "hostkit/morvakit/office_documents.h"
 #include "hostkit/morvakit/parse_bytes.h"
+#include "hostkit/morvakit/scoped_limits.h"
 
 namespace {
 
@@ -395,8 +396,30 @@ TEST(Docx, a_broken_body_is_damaged_and_keeps_the_text_before_the_fault) {
   EXPECT_EQ(parsed.reason, "the part word/document.xml, line 1: no element found");
 }
 
-TEST(Docx, a_missing_part_beside_the_body_is_no_fault) {
+TEST(Docx, a_missing_part_beside_the_body_is_damage_and_the_body_is_read) {
   auto document = OfficeDocument::word(paragraph("body"));
   document.relation("word/document.xml", "rId7", "header", "gone.xml");
-  EXPECT_EQ(test::parse_bytes(document.bytes()).outcome, ParseOutcome::text);
+  auto const parsed = test::parse_bytes(document.bytes());
+  EXPECT_EQ(parsed.main(), "body");
+  EXPECT_EQ(parsed.outcome, ParseOutcome::damaged);
+  EXPECT_EQ(parsed.reason, "the part word/gone.xml is missing");
+}
+
+TEST(Docx, relationships_are_charged_with_their_types) {
+  Orlec::ParseLimits limits;
+  limits.i_list_bytes = 100000;
+  test::ScopedLimits const scoped(limits);
+  auto document = OfficeDocument::word(paragraph("body"));
+  for (int i = 0; i < 50; ++i) {
+    document.relation("word/document.xml", "rId7", std::string(5000, 't'), "x.xml");
+  }
+  EXPECT_EQ(test::parse_bytes(document.bytes()).outcome, ParseOutcome::limit_reached);
+}
+
+TEST(Docx, a_header_that_is_named_in_two_cases_is_read_once) {
+  auto document = OfficeDocument::word(paragraph("body"));
+  document.relation("word/document.xml", "rId7", "header", "header.xml");
+  document.relation("word/document.xml", "rId8", "header", "HEADER.xml");
+  document.part("word/header.xml", word_part("w:hdr", paragraph("head")));
+  EXPECT_EQ(test::parse_bytes(document.bytes()).kind(Orlec::ParseTextType_hf), "head");
 }

@@ -203,6 +203,33 @@ TEST(Epub, a_page_over_a_bound_leaves_the_others) {
   EXPECT_EQ(parsed.outcome, ParseOutcome::limit_reached);
 }
 
+TEST(Epub, items_are_charged_with_their_media_types) {
+  Orlec::ParseLimits limits;
+  limits.i_list_bytes = 100000;
+  test::ScopedLimits const scoped(limits);
+  std::string items;
+  for (int i = 0; i < 50; ++i) {
+    items += item("a", "x", std::string(5000, 't'));
+  }
+  EXPECT_EQ(test::parse_bytes(book(items, one_spine).bytes()).outcome, ParseOutcome::limit_reached);
+}
+
+TEST(Epub, items_in_a_long_directory_are_charged_with_their_whole_names) {
+  Orlec::ParseLimits limits;
+  limits.i_list_bytes = 100000;
+  test::ScopedLimits const scoped(limits);
+  std::string items;
+  for (int i = 0; i < 50; ++i) {
+    items += item("a", "x");
+  }
+  ZipWriter zip;
+  zip.add("mimetype", "application/epub+zip");
+  zip.add(std::string(5000, 'd') + "/book.opf",
+          "<package xmlns=\"http://www.idpf.org/2007/opf\"><manifest>" + items +
+              "</manifest></package>");
+  EXPECT_EQ(test::parse_bytes(zip.bytes()).outcome, ParseOutcome::limit_reached);
+}
+
 TEST(Epub, every_truncation_and_flipped_bytes_end_well) {
   auto zip = book(item("a", "1.xhtml"), one_spine, "<dc:title>t</dc:title>");
   zip.add("OPS/1.xhtml", xhtml("<p>one</p>"));

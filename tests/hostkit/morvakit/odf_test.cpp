@@ -5,6 +5,7 @@
 
 #include "hostkit/morvakit/office_documents.h"
 #include "hostkit/morvakit/parse_bytes.h"
+#include "hostkit/morvakit/scoped_limits.h"
 
 namespace {
 
@@ -214,6 +215,37 @@ TEST(Odf, objects_of_objects_are_read_and_circles_end) {
                          "<office:body><text:p>b</text:p><draw:object xlink:href=\"../../A\"/>"
                          "</office:body>"));
   EXPECT_EQ(test::parse_bytes(document.bytes()).main(), "a\nb");
+}
+
+TEST(Odf, an_object_that_is_named_in_two_cases_is_read_once) {
+  auto document = OfficeDocument::open_document(
+      "text", "<draw:object xlink:href=\"./A\"/><draw:object xlink:href=\"./a\"/>");
+  document.part("A/content.xml", odf_part("office:document-content",
+                                          "<office:body><text:p>chart</text:p></office:body>"));
+  EXPECT_EQ(test::parse_bytes(document.bytes()).main(), "chart");
+}
+
+TEST(Odf, an_object_that_names_the_document_itself_is_not_read_again) {
+  for (std::string const address : {"./", "/", "../", "content.xml"}) {
+    auto const parsed =
+        parse_text("<text:p>body</text:p><draw:object xlink:href=\"" + address + "\"/>");
+    EXPECT_EQ(parsed.main(), "body") << address;
+    EXPECT_EQ(parsed.counts.i_embed, 0) << address;
+  }
+}
+
+TEST(Odf, objects_over_their_bound_are_noted) {
+  Orlec::ParseLimits limits;
+  limits.i_entries = 10;
+  test::ScopedLimits const scoped(limits);
+  std::string objects;
+  for (int i = 0; i < 11; ++i) {
+    objects += "<draw:object xlink:href=\"./" + std::to_string(i) + "\"/>";
+  }
+  auto const parsed = parse_text("<text:p>body</text:p>" + objects);
+  EXPECT_EQ(parsed.main(), "body");
+  EXPECT_EQ(parsed.outcome, ParseOutcome::limit_reached);
+  EXPECT_EQ(parsed.reason, "over 10 objects");
 }
 
 TEST(Odf, files_of_the_package_are_read_behind_the_text) {

@@ -76,6 +76,22 @@ test::Parsed parse(OfdDocument const& document) {
   return test::parse_bytes(document.bytes());
 }
 
+std::string times(int number, std::string const& text) {
+  std::string all;
+  for (int i = 0; i < number; ++i) {
+    all += text;
+  }
+  return all;
+}
+
+/// Whether the document's lists are over a bound of 100,000 bytes.
+bool is_over_bound_of_lists(OfdDocument const& document) {
+  Orlec::ParseLimits limits;
+  limits.i_list_bytes = 100000;
+  test::ScopedLimits const scoped(limits);
+  return parse(document).outcome == ParseOutcome::limit_reached;
+}
+
 std::string main_of(std::string const& objects) {
   return parse(OfdDocument({page(objects)})).main();
 }
@@ -391,6 +407,58 @@ TEST(Ofd, many_pages_are_bounded_by_the_memory_of_lists) {
   }
   document.description("<ofd:Pages>" + list + "</ofd:Pages>");
   EXPECT_EQ(parse(document).outcome, ParseOutcome::limit_reached);
+}
+
+TEST(Ofd, files_in_a_long_directory_are_charged_with_their_whole_names) {
+  auto const directory = std::string(5000, 'd');
+  OfdDocument document({page(object(10, 10, "x"))});
+  document.description("<ofd:Annotations>" + directory + "/A.xml</ofd:Annotations>");
+  document.add("Doc_0/" + directory + "/A.xml",
+               part("Annotations", times(50, "<ofd:FileLoc>x</ofd:FileLoc>")));
+  EXPECT_TRUE(is_over_bound_of_lists(document));
+}
+
+TEST(Ofd, a_template_is_charged_each_time_that_a_page_has_it_in_front) {
+  OfdDocument document({page(object(10, 10, "x"),
+                             times(50, R"(<ofd:Template TemplateID="7" ZOrder="Foreground"/>)"))});
+  document.description("<ofd:TemplatePage ID=\"7\" BaseLoc=\"" + std::string(5000, 't') + "\"/>");
+  EXPECT_TRUE(is_over_bound_of_lists(document));
+}
+
+TEST(Ofd, templates_are_charged_with_their_numbers) {
+  OfdDocument document({page(object(10, 10, "x"))});
+  document.description(
+      times(50, "<ofd:TemplatePage ID=\"" + std::string(5000, '1') + "\" BaseLoc=\"t\"/>"));
+  EXPECT_TRUE(is_over_bound_of_lists(document));
+}
+
+TEST(Ofd, versions_are_charged_with_their_addresses) {
+  OfdDocument document({page(object(10, 10, "x"))});
+  document.body("<ofd:DocBody>" +
+                times(50, "<ofd:Version BaseLoc=\"" + std::string(5000, 'v') + "\"/>") +
+                "</ofd:DocBody>");
+  EXPECT_TRUE(is_over_bound_of_lists(document));
+}
+
+TEST(Ofd, resources_of_a_page_are_charged_though_they_are_empty) {
+  EXPECT_TRUE(is_over_bound_of_lists(OfdDocument({page({}, times(5000, "<ofd:PageRes/>"))})));
+}
+
+TEST(Ofd, text_on_both_sides_of_an_element_is_read) {
+  OfdDocument document({page(object(10, 10, "x"))});
+  document.description("<ofd:Extensions>Data.xml</ofd:Extensions>");
+  document.add("Doc_0/Data.xml", part("List", "<ofd:FileLoc>Note.xml</ofd:FileLoc>"));
+  document.add("Doc_0/Note.xml",
+               part("Notes", "<ofd:Note>secret<ofd:b>bold</ofd:b>tail</ofd:Note>"));
+  EXPECT_EQ(parse(document).kind(Orlec::ParseTextType_other), "secret\nbold\ntail");
+}
+
+TEST(Ofd, a_property_that_is_too_long_is_noted) {
+  OfdDocument document({page(object(10, 10, "x"))});
+  document.info("<ofd:Title>" + std::string(std::size_t{2} << 20, 't') + "</ofd:Title>");
+  auto const parsed = parse(document);
+  EXPECT_EQ(parsed.outcome, ParseOutcome::limit_reached);
+  EXPECT_EQ(parsed.reason, "the text of an element over 1048576 bytes");
 }
 
 TEST(Ofd, every_truncation_and_flipped_bytes_end_well) {

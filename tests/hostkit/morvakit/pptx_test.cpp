@@ -134,3 +134,35 @@ TEST(Pptx, a_show_without_text_has_no_text) {
   EXPECT_TRUE(parsed.is_ok);
   EXPECT_EQ(parsed.outcome, ParseOutcome::no_text);
 }
+
+TEST(Pptx, a_slide_without_a_relationship_is_damage_and_the_others_are_read) {
+  auto const parsed = test::parse_bytes(
+      OfficeDocument::show(
+          shape("one"),
+          R"(<p:sldIdLst><p:sldId id="1" r:id="rId9"/><p:sldId id="2" r:id="rId1"/></p:sldIdLst>)")
+          .bytes());
+  EXPECT_EQ(parsed.main(), "one");
+  EXPECT_EQ(parsed.outcome, ParseOutcome::damaged);
+  EXPECT_EQ(parsed.reason, "the slide rId9 is missing");
+}
+
+TEST(Pptx, a_slide_whose_part_is_gone_is_damage_and_the_others_are_read) {
+  auto document = OfficeDocument::show(
+      shape("one"),
+      R"(<p:sldIdLst><p:sldId id="1" r:id="rId9"/><p:sldId id="2" r:id="rId1"/></p:sldIdLst>)");
+  document.relation("ppt/presentation.xml", "rId9", "slide", "slides/gone.xml");
+  auto const parsed = test::parse_bytes(document.bytes());
+  EXPECT_EQ(parsed.main(), "one");
+  EXPECT_EQ(parsed.outcome, ParseOutcome::damaged);
+  EXPECT_EQ(parsed.reason, "the part ppt/slides/gone.xml is missing");
+}
+
+TEST(Pptx, a_slide_that_is_named_in_two_cases_is_read_once) {
+  auto document = OfficeDocument::show(
+      shape("one"),
+      R"(<p:sldIdLst><p:sldId id="1" r:id="rId1"/><p:sldId id="2" r:id="rId9"/></p:sldIdLst>)");
+  document.relation("ppt/presentation.xml", "rId9", "slide", "SLIDES/Slide1.xml");
+  auto const parsed = test::parse_bytes(document.bytes());
+  EXPECT_EQ(parsed.main(), "one");
+  EXPECT_EQ(parsed.counts.i_page, 1);
+}

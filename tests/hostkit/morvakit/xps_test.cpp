@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "hostkit/morvakit/parse_bytes.h"
+#include "hostkit/morvakit/scoped_limits.h"
 #include "hostkit/morvakit/zip_writer.h"
 
 namespace {
@@ -186,6 +187,24 @@ TEST(Xps, indices_that_make_no_sense_are_survived) {
     auto const more = "Indices=\"" + std::string(indices) + "\"";
     EXPECT_EQ(parse_page(glyphs(10, 10, "abc", more)).main().size(), 3U) << indices;
   }
+}
+
+TEST(Xps, pages_in_a_long_directory_are_charged_with_their_whole_names) {
+  Orlec::ParseLimits limits;
+  limits.i_list_bytes = 100000;
+  test::ScopedLimits const scoped(limits);
+  auto const sequence = std::string(5000, 'd') + "/FixedDocSeq.fdseq";
+  std::string documents;
+  for (int i = 0; i < 50; ++i) {
+    documents += R"(<DocumentReference Source="x"/>)";
+  }
+  ZipWriter zip;
+  zip.add("[Content_Types].xml", types);
+  zip.add("_rels/.rels", relationships(relationship(std::string(microsoft) + "/fixedrepresentation",
+                                                    "/" + sequence)));
+  zip.add(sequence, "<FixedDocumentSequence xmlns=\"" + std::string(microsoft) + "\">" + documents +
+                        "</FixedDocumentSequence>");
+  EXPECT_EQ(test::parse_bytes(zip.bytes()).outcome, ParseOutcome::limit_reached);
 }
 
 TEST(Xps, every_truncation_and_flipped_bytes_end_well) {
