@@ -66,7 +66,7 @@ class ContextSink final : public PdfSink {
       xml_ = std::make_unique<XmlPart>(std::make_unique<XfaHandler>(flow_), context_);
     } else {
       auto take = [this](std::string_view key, std::string_view value) { property(key, value); };
-      xml_ = std::make_unique<XmlPart>(std::make_unique<XmpHandler>(take), context_);
+      xml_ = std::make_unique<XmlPart>(std::make_unique<XmpHandler>(context_, take), context_);
     }
     return context_.keep_going();
   }

@@ -121,7 +121,7 @@ void PdfDocumentText::read_properties() {
     return;
   }
   for (auto const& property : properties) {
-    auto const text = to_text(info.dictLookup(property.key));
+    auto const text = to_text(info.dictLookup(property.key), sink_);
     if (!text.empty()) {
       going_ = going_ && sink_.property(property.name, text);
     }
@@ -166,6 +166,7 @@ bool PdfDocumentText::draw(Page& page, bool in_reading_order) {
 void PdfDocumentText::read_page(int number) {
   auto* const page = document_.getPage(number);
   if (page == nullptr) {
+    sink_.note(Orlec::ParseOutcome::damaged, "page " + std::to_string(number) + " cannot be read");
     return;
   }
   has_page_ = true;
@@ -211,13 +212,13 @@ void PdfDocumentText::read_annotation(Object const& annotation) {
   if (type.isName("Widget")) {
     return;
   }
-  auto text = to_text(annotation.dictLookup("Contents"));
+  auto text = to_text(annotation.dictLookup("Contents"), sink_);
   if (text.empty()) {
-    text = text_of_markup(to_text(annotation.dictLookup("RC")));
+    text = text_of_markup(to_text(annotation.dictLookup("RC"), sink_));
   }
   // A window mostly repeats what it is the window of.
   auto const parent = type.isName("Popup") ? annotation.dictLookup("Parent") : Object(objNull);
-  if (!parent.isDict() || to_text(parent.dictLookup("Contents")) != text) {
+  if (!parent.isDict() || to_text(parent.dictLookup("Contents"), sink_) != text) {
     add_line(Orlec::ParseTextType_comment, text);
   }
   if (type.isName("Link")) {
@@ -230,7 +231,7 @@ void PdfDocumentText::read_annotation(Object const& annotation) {
 void PdfDocumentText::read_link(Object const& annotation) {
   auto const action = annotation.dictLookup("A");
   if (action.isDict()) {
-    add_line(Orlec::ParseTextType_other, to_text(action.dictLookup("URI")));
+    add_line(Orlec::ParseTextType_other, to_text(action.dictLookup("URI"), sink_));
   }
 }
 
@@ -296,7 +297,7 @@ void PdfDocumentText::read_value(FormField& field) {
   } else if (field.getType() == formText) {
     auto const flags = Form::fieldLookup(dictionary, "Ff");
     if (!flags.isInt() || (flags.getInt() & password) == 0) {
-      add_line(Orlec::ParseTextType_control, to_text(Form::fieldLookup(dictionary, "V")));
+      add_line(Orlec::ParseTextType_control, to_text(Form::fieldLookup(dictionary, "V"), sink_));
     }
   }
 }
@@ -309,12 +310,12 @@ void PdfDocumentText::read_choice(Dict& field) {
   for (int i = 0; stated.isArray() && i < stated.arrayGetLength() && keep_going(); ++i) {
     auto const option = stated.arrayGet(i);
     bool const is_pair = option.isArray() && option.arrayGetLength() > 1;
-    auto text = to_text(is_pair ? option.arrayGet(1) : option.copy());
+    auto text = to_text(is_pair ? option.arrayGet(1) : option.copy(), sink_);
     add_line(Orlec::ParseTextType_control, text);
     options.insert(std::move(text));
   }
   auto const add_value = [&](Object const& value) {
-    auto const text = to_text(value);
+    auto const text = to_text(value, sink_);
     if (options.count(text) == 0) {
       add_line(Orlec::ParseTextType_control, text);
     }
@@ -327,7 +328,12 @@ void PdfDocumentText::read_choice(Dict& field) {
 }
 
 void PdfDocumentText::read_outline(std::vector<OutlineItem*> const* items, int depth) {
-  if (items == nullptr || depth > outline_depth_limit) {
+  if (items == nullptr || items->empty()) {
+    return;
+  }
+  if (depth > outline_depth_limit) {
+    sink_.note(Orlec::ParseOutcome::limit_reached,
+               "outline nested over " + std::to_string(outline_depth_limit) + " deep");
     return;
   }
   for (auto* const item : *items) {

@@ -43,7 +43,7 @@ std::string to_text(GooString const* string) {
   return string == nullptr ? std::string{} : decode_text_string(string->toStr());
 }
 
-std::string to_text(Object const& object) {
+std::string to_text(Object const& object, PdfSink& sink) {
   constexpr std::size_t longest = std::size_t{1} << 20;
   if (object.isString()) {
     return to_text(object.getString());
@@ -51,8 +51,13 @@ std::string to_text(Object const& object) {
   std::string bytes;
   if (object.isStream()) {
     read_pdf_stream(object, [&](std::string_view piece) {
+      if (bytes.size() >= longest) {
+        sink.note(Orlec::ParseOutcome::limit_reached,
+                  "a text in a stream over " + std::to_string(longest) + " bytes");
+        return false;
+      }
       bytes += piece;
-      return bytes.size() < longest;
+      return true;
     });
   }
   return decode_text_string(bytes);

@@ -17,8 +17,8 @@ namespace morvakit {
 /// 8-bit set, as UTF-8. Empty for null.
 std::string to_text(GooString const* string);
 /// The same for an object, which may be a stream that holds the string; of one that is very long
-/// only the beginning. Empty for other objects.
-std::string to_text(Object const& object);
+/// only the beginning, which is noted in the sink. Empty for other objects.
+std::string to_text(Object const& object, PdfSink& sink);
 
 /// Unpacks a stream in pieces until `take` gives false.
 void read_pdf_stream(Object const& stream, std::function<bool(std::string_view)> const& take);

@@ -63,7 +63,7 @@ void PdfParts::add_file(Object const& specification) {
   auto const dictionary =
       specification.isRef() ? specification.fetch(document_.getXRef()) : specification.copy();
   if (dictionary.isDict() && files_met_.is_new(specification)) {
-    auto const description = to_text(dictionary.dictLookup("Desc"));
+    auto const description = to_text(dictionary.dictLookup("Desc"), sink_);
     if (!description.empty() && sink_.separate(Orlec::ParseTextType_other, '\n')) {
       sink_.text(Orlec::ParseTextType_other, description);
     }
@@ -120,9 +120,9 @@ void PdfParts::read_files() {
   for (auto const& reference : file_specifications_) {
     auto const file = reference.isRef() ? reference.fetch(document_.getXRef()) : reference.copy();
     auto const streams = file.isDict() ? file.dictLookup("EF") : Object(objNull);
-    auto const wide_name = file.isDict() ? to_text(file.dictLookup("UF")) : std::string{};
+    auto const wide_name = file.isDict() ? to_text(file.dictLookup("UF"), sink_) : std::string{};
     auto const name =
-        wide_name.empty() && file.isDict() ? to_text(file.dictLookup("F")) : wide_name;
+        wide_name.empty() && file.isDict() ? to_text(file.dictLookup("F"), sink_) : wide_name;
     for (auto const* const key : keys) {
       auto const stream = streams.isDict() ? streams.dictLookup(key) : Object(objNull);
       if (!stream.isStream() || !streams_met_.is_new(streams.dictLookupNF(key))) {

@@ -70,7 +70,12 @@ void XmpHandler::end(XmlName const& /*name*/) {
 void XmpHandler::characters(std::string_view utf8) {
   constexpr std::size_t longest = 64 << 10;
   bool const is_between = begins_value_ && is_blank(utf8);
-  if (property_.empty() || is_between || value_.size() + utf8.size() > longest) {
+  if (property_.empty() || is_between) {
+    return;
+  }
+  if (value_.size() + utf8.size() > longest) {
+    context_.note(Orlec::ParseOutcome::limit_reached,
+                  "a property over " + std::to_string(longest) + " bytes");
     return;
   }
   if (std::exchange(begins_value_, false) && !value_.empty()) {

@@ -14,13 +14,15 @@ class XmpHandler final : public XmlHandler {
  public:
   using Take = std::function<void(std::string_view name, std::string_view value)>;
   /// `take` gets each property that is not blank, several values joined by ", ".
-  explicit XmpHandler(Take take) : take_(std::move(take)) {}
+  /// One that is very long is cut, which is noted.
+  XmpHandler(ReadContext& context, Take take) : context_(context), take_(std::move(take)) {}
 
  private:
   void start(XmlName const& name, XmlAttributes const& attributes) override;
   void end(XmlName const& name) override;
   void characters(std::string_view utf8) override;
 
+  ReadContext& context_;
   Take take_;
   /// The property that is open, empty where none is.
   std::string_view property_;

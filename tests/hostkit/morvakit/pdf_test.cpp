@@ -338,6 +338,53 @@ TEST(Pdf, the_outline_is_other_text) {
   EXPECT_EQ(parse_bytes(pdf.bytes()).kind(Orlec::ParseTextType_other), "Chapter\nSection");
 }
 
+TEST(Pdf, an_outline_that_is_too_deep_is_noted) {
+  auto pdf = one_page(show("x"), helvetica, "/Outlines 6 0 R");
+  pdf.add("<</Type/Outlines/First 7 0 R/Last 7 0 R/Count 1>>");
+  for (int i = 0; i < 70; ++i) {
+    auto const inner = std::to_string(8 + i) + " 0 R";
+    pdf.add("<</Title(Deep)/Parent " + std::to_string(6 + i) + " 0 R/First " + inner + "/Last " +
+            inner + "/Count 1>>");
+  }
+  pdf.add("<</Title(Deepest)/Parent 76 0 R>>");
+  auto const parsed = parse_bytes(pdf.bytes());
+  EXPECT_EQ(parsed.outcome, ParseOutcome::limit_reached);
+  EXPECT_EQ(parsed.reason, "outline nested over 64 deep");
+}
+
+TEST(Pdf, a_page_that_cannot_be_read_is_damage_and_the_others_are_read) {
+  test::PdfBuilder pdf;
+  pdf.add("<</Type/Catalog/Pages 2 0 R>>");
+  pdf.add("<</Type/Pages/Kids[3 0 R]/Count 2>>");
+  pdf.add(
+      "<</Type/Page/Parent 2 0 R/MediaBox[0 0 600 800]/Contents 5 0 R/Resources<</Font<</F1 4 0 "
+      "R>>>>>>");
+  pdf.add(helvetica);
+  pdf.add_stream(show("one"));
+  auto const parsed = parse_bytes(pdf.bytes());
+  EXPECT_EQ(parsed.main(), "one");
+  EXPECT_EQ(parsed.outcome, ParseOutcome::damaged);
+  EXPECT_EQ(parsed.reason, "page 2 cannot be read");
+}
+
+TEST(Pdf, a_text_in_a_stream_that_is_too_long_is_noted) {
+  auto pdf = one_page(show("x"), helvetica, "", "/Annots[6 0 R]");
+  pdf.add("<</Type/Annot/Subtype/Text/Rect[0 0 9 9]/Contents 7 0 R>>");
+  pdf.add_stream(std::string(std::size_t{2} << 20, 'c'));
+  auto const parsed = parse_bytes(pdf.bytes());
+  EXPECT_EQ(parsed.outcome, ParseOutcome::limit_reached);
+  EXPECT_EQ(parsed.reason, "a text in a stream over 1048576 bytes");
+}
+
+TEST(Pdf, a_property_of_the_metadata_that_is_too_long_is_noted) {
+  auto pdf = one_page(show("x"), helvetica, "/Metadata 6 0 R");
+  pdf.add_stream("<a xmlns:dc='http://purl.org/dc/elements/1.1/'><dc:title>" +
+                 std::string(100000, 't') + "</dc:title></a>");
+  auto const parsed = parse_bytes(pdf.bytes());
+  EXPECT_EQ(parsed.outcome, ParseOutcome::limit_reached);
+  EXPECT_EQ(parsed.reason, "a property over 65536 bytes");
+}
+
 TEST(Pdf, an_outline_that_contains_itself_ends) {
   auto pdf = one_page(show("x"), helvetica, "/Outlines 6 0 R");
   pdf.add("<</Type/Outlines/First 7 0 R/Last 7 0 R/Count 1>>");
