@@ -27,22 +27,58 @@ std::string_view trim(std::string_view text) {
   return text.substr(0, text.find_last_not_of(blanks) + 1);
 }
 
-std::string decode_bytes(std::string_view bytes, std::string_view declared) {
-  std::string utf8;
-  morvabs::TextDecoder(choose_encoding(bytes, declared)).decode(bytes, true, utf8);
-  return utf8;
+/// Sets that give each byte a meaning, so that a wrong declaration does not show.
+bool takes_any_bytes(std::string_view encoding) {
+  constexpr std::array<std::string_view, 9> prefixes{"iso-8859", "iso8859",     "iso_8859",
+                                                     "latin",    "windows-125", "cp125",
+                                                     "us-ascii", "ascii",       "ansi"};
+  auto const lower = tessarine::ascii_lower(encoding);
+  return std::any_of(prefixes.begin(), prefixes.end(),
+                     [&lower](std::string_view prefix) { return lower.starts_with(prefix); });
 }
 
-/// Text outside of encoded words.
-std::string decode_raw(std::string_view bytes) {
-  if (bytes.find("\x1b$") != std::string_view::npos) {
-    return decode_bytes(bytes, "ISO-2022-JP");
+/// The encoding that a declaration and the bytes agree on; empty where the look of the bytes has to
+/// tell.
+std::string agreed_encoding(std::string_view sample, std::string_view declared) {
+  bool const is_ascii = std::none_of(sample.begin(), sample.end(), is_beyond_ascii);
+  if (is_ascii && (declared.empty() || takes_any_bytes(declared))) {
+    return "UTF-8";
   }
-  if (std::none_of(bytes.begin(), bytes.end(), is_beyond_ascii)) {
-    return std::string(bytes);
+  auto const is_valid =
+      !is_ascii && morvabs::is_utf8(sample.substr(0, morvabs::complete_utf8_prefix(sample)));
+  if (is_valid && (declared.empty() || takes_any_bytes(declared))) {
+    return "UTF-8";
   }
-  return decode_bytes(bytes, {});
+  auto const says_nothing =
+      declared.empty() || tessarine::ascii_lower(declared).find("ascii") != std::string::npos;
+  bool const agrees = !says_nothing && agrees_with_encoding(sample, std::string(declared));
+  return agrees ? std::string(declared) : std::string{};
 }
+
+std::string encoding_by_look(std::string_view sample) {
+  auto const detected = morvabs::detect_encoding(sample).name;
+  return detected.empty() ? "windows-1252" : detected;
+}
+
+/// Decodes the pieces of one field. Telling an encoding by its look takes long, so that it is done
+/// once for all pieces that need it.
+class FieldDecoder {
+ public:
+  /// `sample`: what tells the look, where it was not told by an earlier piece.
+  std::string decode(std::string_view bytes, std::string_view declared, std::string_view sample) {
+    auto encoding = agreed_encoding(bytes, declared);
+    if (encoding.empty()) {
+      look_ = look_.empty() ? encoding_by_look(sample) : look_;
+      encoding = look_;
+    }
+    std::string utf8;
+    morvabs::TextDecoder(encoding).decode(bytes, true, utf8);
+    return utf8;
+  }
+
+ private:
+  std::string look_;
+};
 
 /// One "=?charset?encoding?text?=".
 struct EncodedWord {
@@ -111,6 +147,8 @@ class EncodedWords {
 /// other in one character set.
 class HeaderText {
  public:
+  HeaderText(std::string_view field, FieldDecoder& decoder) : field_(field), decoder_(decoder) {}
+
   void add_word(EncodedWord const& word) {
     if (!bytes_.empty() && tessarine::ascii_lower(word.charset) != charset_) {
       end_words();
@@ -121,7 +159,11 @@ class HeaderText {
 
   void add_raw(std::string_view raw) {
     end_words();
-    text_ += decode_raw(raw);
+    bool const is_japanese = raw.find("\x1b$") != std::string_view::npos;
+    bool const is_ascii = std::none_of(raw.begin(), raw.end(), is_beyond_ascii);
+    text_ += is_ascii && !is_japanese
+                 ? std::string(raw)
+                 : decoder_.decode(raw, is_japanese ? "ISO-2022-JP" : "", field_);
   }
 
   std::string take() {
@@ -132,14 +174,40 @@ class HeaderText {
 
  private:
   void end_words() {
-    text_ += bytes_.empty() ? std::string() : decode_bytes(bytes_, charset_);
+    text_ += bytes_.empty() ? std::string() : decoder_.decode(bytes_, charset_, bytes_);
     bytes_.clear();
   }
 
+  std::string_view field_;
+  FieldDecoder& decoder_;
   std::string text_;
   std::string charset_;
   std::string bytes_;
 };
+
+std::string decode_field(std::string_view field, FieldDecoder& decoder) {
+  field = trim(field);
+  EncodedWords words(field);
+  HeaderText text(field, decoder);
+  bool follows_word = false;
+  for (std::size_t at = 0; at < field.size();) {
+    auto const begin = std::min(field.find("=?", at), field.size());
+    auto const word = words.at(begin);
+    auto const end = word ? begin : std::min(begin + 2, field.size());
+    auto const raw = field.substr(at, end - at);
+    // White space between two encoded words belongs to neither.
+    bool const is_between = word && follows_word && trim(raw).empty();
+    if (!is_between && !raw.empty()) {
+      text.add_raw(raw);
+    }
+    if (word) {
+      text.add_word(*word);
+    }
+    follows_word = word.has_value();
+    at = end + (word ? word->length : 0);
+  }
+  return text.take();
+}
 
 std::string decode_percent(std::string_view text) {
   std::string quoted(text);
@@ -178,7 +246,7 @@ class Parameters {
   void add(std::string const& name, std::string value) {
     auto const star = name.find('*');
     if (star == std::string::npos) {
-      plain_.emplace_back(name, decode_header(value));
+      plain_.emplace_back(name, decode_field(value, decoder_));
       return;
     }
     auto const number = name.substr(star + 1);
@@ -210,7 +278,7 @@ class Parameters {
     bool is_encoded = false;
   };
 
-  static std::string join(std::map<std::size_t, Piece> const& pieces) {
+  std::string join(std::map<std::size_t, Piece> const& pieces) {
     std::string bytes;
     std::string charset;
     bool is_first = true;
@@ -227,22 +295,13 @@ class Parameters {
       is_first = false;
       bytes += piece.is_encoded ? decode_percent(value) : std::string(value);
     }
-    return decode_bytes(bytes, charset);
+    return decoder_.decode(bytes, charset, bytes);
   }
 
+  FieldDecoder decoder_;
   std::vector<std::pair<std::string, std::string>> plain_;
   std::map<std::string, std::map<std::size_t, Piece>> divided_;
 };
-
-/// Sets that give each byte a meaning, so that a wrong declaration does not show.
-bool takes_any_bytes(std::string_view encoding) {
-  constexpr std::array<std::string_view, 9> prefixes{"iso-8859", "iso8859",     "iso_8859",
-                                                     "latin",    "windows-125", "cp125",
-                                                     "us-ascii", "ascii",       "ansi"};
-  auto const lower = tessarine::ascii_lower(encoding);
-  return std::any_of(prefixes.begin(), prefixes.end(),
-                     [&lower](std::string_view prefix) { return lower.starts_with(prefix); });
-}
 
 }  // namespace
 
@@ -278,46 +337,13 @@ MimeValue parse_mime_value(std::string_view field) {
 }
 
 std::string decode_header(std::string_view field) {
-  field = trim(field);
-  EncodedWords words(field);
-  HeaderText text;
-  bool follows_word = false;
-  for (std::size_t at = 0; at < field.size();) {
-    auto const begin = std::min(field.find("=?", at), field.size());
-    auto const word = words.at(begin);
-    auto const end = word ? begin : std::min(begin + 2, field.size());
-    auto const raw = field.substr(at, end - at);
-    // White space between two encoded words belongs to neither.
-    bool const is_between = word && follows_word && trim(raw).empty();
-    if (!is_between && !raw.empty()) {
-      text.add_raw(raw);
-    }
-    if (word) {
-      text.add_word(*word);
-    }
-    follows_word = word.has_value();
-    at = end + (word ? word->length : 0);
-  }
-  return text.take();
+  FieldDecoder decoder;
+  return decode_field(field, decoder);
 }
 
 std::string choose_encoding(std::string_view sample, std::string_view declared) {
-  bool const is_ascii = std::none_of(sample.begin(), sample.end(), is_beyond_ascii);
-  if (is_ascii && (declared.empty() || takes_any_bytes(declared))) {
-    return "UTF-8";
-  }
-  auto const is_valid =
-      !is_ascii && morvabs::is_utf8(sample.substr(0, morvabs::complete_utf8_prefix(sample)));
-  if (is_valid && (declared.empty() || takes_any_bytes(declared))) {
-    return "UTF-8";
-  }
-  auto const says_nothing =
-      declared.empty() || tessarine::ascii_lower(declared).find("ascii") != std::string::npos;
-  if (!says_nothing && agrees_with_encoding(sample, std::string(declared))) {
-    return std::string(declared);
-  }
-  auto const detected = morvabs::detect_encoding(sample).name;
-  return detected.empty() ? "windows-1252" : detected;
+  auto const agreed = agreed_encoding(sample, declared);
+  return agreed.empty() ? encoding_by_look(sample) : agreed;
 }
 
 }  // namespace morvakit

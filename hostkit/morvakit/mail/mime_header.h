@@ -31,7 +31,7 @@ MimeValue parse_mime_value(std::string_view field);
 
 /// A field's value as UTF-8: encoded words (RFC 2047) are decoded wherever they stand, those that
 /// are divided within a character put together; raw bytes beyond ASCII are taken in the encoding
-/// that they look like.
+/// that they look like, one for the whole field.
 std::string decode_header(std::string_view field);
 
 /// Encoding of a text that is said to be in `declared` (empty where nothing is said) and begins

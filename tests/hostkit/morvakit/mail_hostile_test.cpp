@@ -99,4 +99,27 @@ TEST(MailHostile, unclosed_encoded_words_take_linear_time) {
             ParseOutcome::text);
 }
 
+std::string repeat(std::string const& piece, std::size_t size) {
+  std::string text;
+  while (text.size() < size) {
+    text += piece;
+  }
+  return text;
+}
+
+TEST(MailHostile, many_pieces_of_a_field_in_an_unknown_encoding_are_looked_at_once) {
+  constexpr std::size_t size = std::size_t{1} << 19;
+  for (auto const* const piece : {"\xe9=?", "=?x?q?=E9?=\xe9", "\x1b$\xe9=?"}) {
+    auto const parsed = parse_bytes(head + "X-A: " + repeat(piece, size) + "\n\ntext", "x.eml");
+    EXPECT_EQ(parsed.main(), "S\ntext");
+  }
+}
+
+TEST(MailHostile, many_parameters_in_an_unknown_encoding_are_looked_at_once) {
+  auto const parameters = repeat(";a=\xe9", std::size_t{1} << 19);
+  EXPECT_EQ(
+      parse_bytes(head + "Content-Type: text/plain" + parameters + "\n\ntext", "x.eml").main(),
+      "S\ntext");
+}
+
 }  // namespace
