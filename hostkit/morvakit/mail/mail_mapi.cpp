@@ -96,7 +96,7 @@ std::string format_time(std::uint64_t time) {
 
 void read_properties(MapiItem const& message, TextFlow& flow) {
   for (auto const& known : property_texts) {
-    if (auto const text = message.text(MapiId{known.id}); !is_blank(text)) {
+    if (auto const text = message.text(MapiId{known.id}, flow.context()); !is_blank(text)) {
       flow.line(property, std::string(known.name) + ": " + text);
     }
   }
@@ -113,7 +113,7 @@ void read_properties(MapiItem const& message, TextFlow& flow) {
   for (auto const& [id, name] :
        {Recipients{MapiId::display_to, "to: "}, Recipients{MapiId::display_cc, "cc: "},
         Recipients{MapiId::display_bcc, "bcc: "}}) {
-    if (auto const text = message.text(id); !is_blank(text)) {
+    if (auto const text = message.text(id, flow.context()); !is_blank(text)) {
       flow.line(property, name + text);
     }
   }
@@ -121,6 +121,25 @@ void read_properties(MapiItem const& message, TextFlow& flow) {
 
 std::string encoding_name(MapiItem const& item, MapiType type) {
   return type == MapiType::text_16 ? std::string("UTF-16LE") : code_page_name(item.code_page());
+}
+
+/// A short text of one of the types for text, as UTF-8.
+std::string decode_mapi_text(Orlec::Reader const& bytes, MapiType type, int code_page,
+                             ReadContext& context) {
+  if (bytes.GetSize() > longest_short_text) {
+    context.note(ParseOutcome::limit_reached,
+                 "a property of a message over " + std::to_string(longest_short_text) + " bytes");
+  }
+  auto raw = tessarine::read_piece(bytes, 0, longest_short_text);
+  std::string text;
+  if (type == MapiType::text_16) {
+    text = decode_utf16(raw);
+  } else {
+    morvabs::TextDecoder(choose_encoding(raw, code_page_name(code_page))).decode(raw, true, text);
+  }
+  text.resize(text.find_last_not_of(" \t\r\n\0"sv) + 1);
+  std::replace(text.begin(), text.end(), '\0', ' ');
+  return text;
 }
 
 /// The header block that the mail came with, and the named properties.
@@ -132,7 +151,7 @@ void read_other_texts(MapiItem const& message, TextFlow& flow) {
                      flow.context());
     }
     message.visit_named_texts(type, [&](Orlec::Reader const& bytes) {
-      auto const text = decode_mapi_text(bytes, type, message.code_page());
+      auto const text = decode_mapi_text(bytes, type, message.code_page(), flow.context());
       if (!is_blank(text)) {
         flow.line(Orlec::ParseTextType_other, text);
       }
@@ -141,11 +160,25 @@ void read_other_texts(MapiItem const& message, TextFlow& flow) {
   }
 }
 
+bool is_blank_body(Orlec::Reader const& body, ReadContext& context) {
+  constexpr std::int64_t piece_size = std::int64_t{64} << 10;
+  for (std::int64_t offset = 0; offset < body.GetSize() && context.keep_going();) {
+    auto const piece = tessarine::read_piece(body, offset, piece_size);
+    if (piece.empty()) {
+      break;
+    }
+    if (!is_blank(piece)) {
+      return false;
+    }
+    offset += static_cast<std::int64_t>(piece.size());
+  }
+  return true;
+}
+
 bool read_plain_body(MapiItem const& message, ReadContext& context) {
-  constexpr std::int64_t head_size = std::int64_t{64} << 10;
   for (auto const type : {MapiType::text_16, MapiType::text_8}) {
     auto const body = message.bytes(tag(MapiId::body, type));
-    if (body == nullptr || is_blank(tessarine::read_piece(*body, 0, head_size))) {
+    if (body == nullptr || is_blank_body(*body, context)) {
       continue;
     }
     read_mail_text(*body, encoding_name(message, type), main_text, {}, context);
@@ -182,22 +215,30 @@ void read_rtf_body(MapiItem const& message, ReadContext& context) {
   }
 }
 
-/// The signed or encrypted mail that a message of certain classes is only the envelope of.
-bool read_wrapped_mail(MapiItem const& attachment, Orlec::Reader const& file,
+void meet_encryption(bool is_of_envelope, ReadContext& context) {
+  if (is_of_envelope) {
+    context.end(ParseOutcome::encrypted, "the mail is encrypted");
+  } else {
+    context.note(ParseOutcome::incomplete, "an attached mail is encrypted");
+  }
+}
+
+/// A signed or encrypted mail that is attached in its wrapping.
+bool read_wrapped_mail(MapiItem const& attachment, bool is_of_envelope, Orlec::Reader const& file,
                        ReadContext& context) {
-  auto const type = tessarine::ascii_lower(attachment.text(MapiId::attach_mime_type));
+  auto const type = tessarine::ascii_lower(attachment.text(MapiId::attach_mime_type, context));
   if (type == "multipart/signed") {
     read_mail(file, MailForm::content, context);
     return true;
   }
   if (type == "application/x-microsoft-rpmsg-message") {
-    context.end(ParseOutcome::encrypted, "the mail is encrypted");
+    meet_encryption(is_of_envelope, context);
     return true;
   }
   bool const is_smime = type == "application/pkcs7-mime" || type == "application/x-pkcs7-mime";
   auto const content = is_smime ? open_smime(file, context) : SmimeContent{};
   if (content.kind == SmimeKind::encrypted) {
-    context.end(ParseOutcome::encrypted, "the mail is encrypted");
+    meet_encryption(is_of_envelope, context);
   } else if (content.kind == SmimeKind::signed_content) {
     read_mail(*content.bytes, MailForm::content, context);
   }
@@ -206,23 +247,10 @@ bool read_wrapped_mail(MapiItem const& attachment, Orlec::Reader const& file,
 
 }  // namespace
 
-std::string decode_mapi_text(Orlec::Reader const& bytes, MapiType type, int code_page) {
-  auto raw = tessarine::read_piece(bytes, 0, longest_short_text);
-  std::string text;
-  if (type == MapiType::text_16) {
-    text = decode_utf16(raw);
-  } else {
-    morvabs::TextDecoder(choose_encoding(raw, code_page_name(code_page))).decode(raw, true, text);
-  }
-  text.resize(text.find_last_not_of(" \t\r\n\0"sv) + 1);
-  std::replace(text.begin(), text.end(), '\0', ' ');
-  return text;
-}
-
-std::string MapiItem::text(MapiId id) const {
+std::string MapiItem::text(MapiId id, ReadContext& context) const {
   for (auto const type : {MapiType::text_16, MapiType::text_8}) {
     if (auto const found = bytes(tag(id, type)); found != nullptr) {
-      return decode_mapi_text(*found, type, code_page());
+      return decode_mapi_text(*found, type, code_page(), context);
     }
   }
   return {};
@@ -230,7 +258,7 @@ std::string MapiItem::text(MapiId id) const {
 
 void read_mapi_message(MapiItem const& message, ReadContext& context) {
   TextFlow flow(context);
-  if (auto const subject = message.text(MapiId::subject); !is_blank(subject)) {
+  if (auto const subject = message.text(MapiId::subject, context); !is_blank(subject)) {
     flow.line(main_text, subject);
   }
   read_properties(message, flow);
@@ -247,7 +275,7 @@ void read_mapi_recipient(MapiItem const& recipient, ReadContext& context) {
   auto const name = kinds[std::min<std::size_t>(kind, kinds.size() - 1)];
   std::string line;
   for (auto const id : {MapiId::display_name, MapiId::smtp_address, MapiId::email_address}) {
-    auto const text = recipient.text(id);
+    auto const text = recipient.text(id, context);
     if (!is_blank(text) && line.find(text) == std::string::npos) {
       line += (line.empty() ? "" : " ") + text;
     }
@@ -257,18 +285,35 @@ void read_mapi_recipient(MapiItem const& recipient, ReadContext& context) {
   }
 }
 
-bool read_mapi_attachment(MapiItem const& attachment, ReadContext& context) {
+bool is_mapi_envelope(MapiItem const& message, ReadContext& context) {
+  constexpr std::string_view protected_class = "rpmsg.message";
+  auto const message_class = tessarine::ascii_lower(message.text(MapiId::message_class, context));
+  bool is_envelope = message_class.starts_with("ipm.note.smime");
+  // A protected message has an ordinary class, and tells by a named property what it is.
+  for (auto const type : {MapiType::text_16, MapiType::text_8}) {
+    message.visit_named_texts(type, [&](Orlec::Reader const& bytes) {
+      constexpr std::int64_t longest_class = 64;
+      is_envelope = is_envelope || (bytes.GetSize() <= longest_class &&
+                                    decode_mapi_text(bytes, type, message.code_page(), context) ==
+                                        protected_class);
+      return !is_envelope && context.keep_going();
+    });
+  }
+  return is_envelope;
+}
+
+bool read_mapi_attachment(MapiItem const& attachment, bool is_of_envelope, ReadContext& context) {
   auto const data = attachment.bytes(tag(MapiId::attach_data, MapiType::binary));
   if (data == nullptr) {
     return context.keep_going();
   }
-  auto name = attachment.text(MapiId::attach_long_name);
-  name = name.empty() ? attachment.text(MapiId::attach_short_name) : name;
+  auto name = attachment.text(MapiId::attach_long_name, context);
+  name = name.empty() ? attachment.text(MapiId::attach_short_name, context) : name;
   ReaderSlice const file(*data, name, 0, data->GetSize());
-  if (read_wrapped_mail(attachment, file, context)) {
+  if (read_wrapped_mail(attachment, is_of_envelope, file, context)) {
     return context.keep_going();
   }
-  bool const is_shown = !attachment.text(MapiId::attach_content_id).empty();
+  bool const is_shown = !attachment.text(MapiId::attach_content_id, context).empty();
   if (is_shown && tessarine::recognize(file).type == FileType::image) {
     context.count_images(1);
     return context.keep_going();

@@ -80,12 +80,10 @@ class MapiItem {
   /// Code page of the item's 8-bit text; 0 where it says nothing.
   virtual int code_page() const = 0;
 
-  /// A short text as UTF-8, its first MiB; empty where there is none.
-  std::string text(MapiId id) const;
+  /// A short text as UTF-8, its first MiB, which is noted in the context where there is more; empty
+  /// where there is none.
+  std::string text(MapiId id, ReadContext& context) const;
 };
-
-/// A short text of one of the types for text, as UTF-8.
-std::string decode_mapi_text(Orlec::Reader const& bytes, MapiType type, int code_page);
 
 /// Delivers a message's subject and body as main text, of several bodies the plain one unless it is
 /// blank, its sender and dates as properties, and the texts of its named properties as other text.
@@ -94,8 +92,12 @@ void read_mapi_message(MapiItem const& message, ReadContext& context);
 /// Delivers one of a message's recipients as a property.
 void read_mapi_recipient(MapiItem const& recipient, ReadContext& context);
 
+/// Whether a message is only the envelope of a signed or encrypted mail that is attached to it.
+bool is_mapi_envelope(MapiItem const& message, ReadContext& context);
+
 /// Reads the file that is attached; one that belongs to the layout of the text is counted as a
-/// picture if it is one. False when reading is to stop.
-bool read_mapi_attachment(MapiItem const& attachment, ReadContext& context);
+/// picture if it is one. An encrypted mail is the whole of an envelope, and ends the context; as
+/// one among the files of a message it is noted. False when reading is to stop.
+bool read_mapi_attachment(MapiItem const& attachment, bool is_of_envelope, ReadContext& context);
 
 }  // namespace morvakit

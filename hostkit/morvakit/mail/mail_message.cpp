@@ -26,7 +26,7 @@ using tessarine::FileType;
 
 constexpr auto main_text = Orlec::ParseTextType_main;
 constexpr std::int64_t piece_size = std::int64_t{64} << 10;
-/// What tells a picture, and whether a text is blank.
+/// What tells a picture, and an armor.
 constexpr std::int64_t head_size = std::int64_t{16} << 10;
 
 template <std::size_t N>
@@ -49,12 +49,21 @@ bool is_form(std::string_view field) {
   return field.starts_with("content-") || field.starts_with("arc-") || is_one_of(names, field);
 }
 
+/// Whether the mail alone knows the encoding of a file.
+bool is_bare_text(FileType type) {
+  return type == FileType::plain_text || type == FileType::csv || type == FileType::markdown ||
+         type == FileType::source_code || type == FileType::unknown;
+}
+
 class MailReader {
  public:
-  MailReader(Orlec::Reader const& reader, MailForm form, int depth, ReadContext& context)
+  /// `depth`: of the wrappings around it; `is_file`: whether a file is this mail and nothing else.
+  MailReader(Orlec::Reader const& reader, MailForm form, int depth, bool is_file,
+             ReadContext& context)
       : reader_(reader),
         form_(form),
         depth_(depth),
+        is_file_(is_file),
         context_(context),
         outline_(outline_mail(reader, context)) {}
 
@@ -145,8 +154,12 @@ class MailReader {
   }
 
   bool is_blank(MimePart const& part) {
-    bool const is_whole = part.end - part.begin <= head_size;
-    return is_whole && head(part).find_first_not_of(" \t\r\n\xa0\xc2") == std::string::npos;
+    bool is_blank = true;
+    decode(part, part.end - part.begin, [&is_blank](std::string_view piece) {
+      is_blank = is_blank && piece.find_first_not_of(" \t\r\n\xa0\xc2") == std::string_view::npos;
+      return is_blank;
+    });
+    return is_blank;
   }
 
   void read_text(std::size_t number) {
@@ -190,17 +203,19 @@ class MailReader {
     if (content.kind == SmimeKind::encrypted) {
       meet_encryption(number);
     } else if (content.kind == SmimeKind::signed_content && depth_ < deepest_wrapping) {
-      MailReader(*content.bytes, MailForm::content, depth_ + 1, context_).run();
+      bool const is_file = is_file_ && number == 0;
+      MailReader(*content.bytes, MailForm::content, depth_ + 1, is_file, context_).run();
     } else {
       context_.note(ParseOutcome::incomplete, "a part of the mail is wrapped in an unknown way");
     }
   }
 
   void meet_encryption(std::size_t number) {
-    if (number == 0) {
+    if (is_file_ && number == 0) {
       context_.end(ParseOutcome::encrypted, "the mail is encrypted");
     } else {
-      context_.note(ParseOutcome::incomplete, "a part of the mail is encrypted");
+      context_.note(ParseOutcome::incomplete,
+                    number == 0 ? "a mail is encrypted" : "a part of the mail is encrypted");
     }
   }
 
@@ -209,16 +224,33 @@ class MailReader {
     if (roles_[number] == PartRole::attachment) {
       read_attachment(part);
     } else if (roles_[number] == PartRole::picture) {
-      // What is called a picture is one only if it looks like one.
-      Spool beginning(part.file_name(), context_);
-      beginning.append(head(part));
-      auto const type = tessarine::recognize(beginning).type;
-      if (type == FileType::image || type == FileType::empty || type == FileType::unknown ||
-          type == FileType::xml) {
-        context_.count_images(1);
-      } else {
-        read_attachment(part);
-      }
+      read_picture(part);
+    } else if (roles_[number] == PartRole::machinery) {
+      read_machinery(part);
+    }
+  }
+
+  /// What is called a picture is one only if it looks like one. A drawing in XML is one that may
+  /// hold words.
+  void read_picture(MimePart const& part) {
+    Spool beginning(part.file_name(), context_);
+    beginning.append(head(part));
+    auto const found = tessarine::recognize(beginning);
+    bool const is_picture = found.type == FileType::image || found.type == FileType::empty ||
+                            found.type == FileType::unknown;
+    context_.count_images(is_picture || std::string_view(found.suffix) == "svg" ? 1 : 0);
+    if (!is_picture) {
+      read_attachment(part);
+    }
+  }
+
+  /// A signature or the like is known by its armor, or is no known type.
+  void read_machinery(MimePart const& part) {
+    auto const begin = head(part);
+    bool const is_armor = begin.find("-----BEGIN ") < most_before_armor;
+    auto const type = tessarine::recognize(*open(part, part.file_name())).type;
+    if (!is_armor && type != FileType::unknown && type != FileType::empty) {
+      read_attachment(part);
     }
   }
 
@@ -229,7 +261,7 @@ class MailReader {
     auto const charset = part.type.parameter("charset");
     bool const is_text = part.type.value.starts_with("text/") && part.type.value != "text/html" &&
                          part.type.value != "text/xml" && part.type.value != "text/rtf";
-    if (is_text && !charset.empty()) {
+    if (is_text && !charset.empty() && is_bare_text(tessarine::recognize(*file).type)) {
       read_embedded(*in_utf8(*file, name, charset), context_);
     } else {
       read_embedded(*file, context_);
@@ -260,6 +292,7 @@ class MailReader {
   Orlec::Reader const& reader_;
   MailForm form_;
   int depth_;
+  bool is_file_;
   ReadContext& context_;
   MimeOutline outline_;
   std::vector<PartRole> roles_;
@@ -268,7 +301,7 @@ class MailReader {
 }  // namespace
 
 void read_mail(Orlec::Reader const& reader, MailForm form, ReadContext& context) {
-  MailReader(reader, form, 0, context).run();
+  MailReader(reader, form, 0, form == MailForm::message, context).run();
 }
 
 }  // namespace morvakit

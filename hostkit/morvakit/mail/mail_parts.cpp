@@ -90,8 +90,11 @@ class RoleFinder {
     if (part.is_multipart()) {
       return type == "multipart/encrypted" ? PartRole::encrypted : PartRole::silent;
     }
-    if (parent == "multipart/encrypted" || is_machinery(type)) {
+    if (parent == "multipart/encrypted") {
       return PartRole::silent;
+    }
+    if (is_machinery(type)) {
+      return part.file_name().empty() ? PartRole::silent : PartRole::machinery;
     }
     bool const is_in_page = options_.is_web_archive && parent == "multipart/related";
     if (is_in_page && is_page_machinery(type)) {

@@ -10,13 +10,14 @@ namespace morvakit {
 
 /// What a reader does with a part of a mail.
 enum class PartRole {
-  silent,      ///< nothing: multiparts, signatures, the alternatives that are not taken
-  text,        ///< plain text that the mail shows
-  html,        ///< the same in HTML
+  silent,  ///< nothing: multiparts, signatures without a name, the alternatives that are not taken
+  text,    ///< plain text that the mail shows
+  html,    ///< the same in HTML
   calendar,    ///< an invitation
   report,      ///< what a delivery report says to programs
   picture,     ///< a picture that belongs to the layout, if it is one
   attachment,  ///< a file or another mail
+  machinery,   ///< a file that holds no words if it is what it is called
   smime,       ///< a signed or encrypted mail in a wrapping of its own
   encrypted,   ///< an encrypted mail or part
 };

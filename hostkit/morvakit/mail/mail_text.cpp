@@ -163,7 +163,12 @@ class CalendarLines {
       give();
     }
     auto const text = line.substr(begins_ && goes_on ? 1 : 0);
-    property_ += text.substr(0, longest_line - std::min(longest_line, property_.size()));
+    auto const room = longest_line - std::min(longest_line, property_.size());
+    if (text.size() > room) {
+      context_.note(Orlec::ParseOutcome::limit_reached,
+                    "a property of a calendar over " + std::to_string(longest_line) + " bytes");
+    }
+    property_ += text.substr(0, room);
     begins_ = ends;
     return context_.keep_going();
   }

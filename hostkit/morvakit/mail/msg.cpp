@@ -96,14 +96,15 @@ class StoredItem final : public MapiItem {
 /// A message or an OLE object that is attached as a storage.
 constexpr std::string_view attached_storage = "__substg1.0_3701000D";
 
-void read_attachment(OleStorage const& storage, int code_page, ReadContext& context) {
+void read_attachment(OleStorage const& storage, int code_page, bool is_of_envelope,
+                     ReadContext& context) {
   StoredItem const item(storage, code_page);
   auto const inner = storage.storage(attached_storage);
   if (!inner.is_open()) {
-    read_mapi_attachment(item, context);
+    read_mapi_attachment(item, is_of_envelope, context);
     return;
   }
-  auto const name = item.text(MapiId::display_name);
+  auto const name = item.text(MapiId::display_name, context);
   read_embedded(inner, name.empty() ? "message" : name, context);
 }
 
@@ -118,10 +119,11 @@ void read_msg(OleStorage const& storage, ReadContext& context) {
       read_mapi_recipient(StoredItem(storage.storage(entry.name), message.code_page()), context);
     }
   }
+  bool const is_envelope = is_mapi_envelope(message, context);
   for (auto const& entry : entries) {
     if (entry.is_storage && entry.name.starts_with("__attach_version1.0_") &&
         context.keep_going()) {
-      read_attachment(storage.storage(entry.name), message.code_page(), context);
+      read_attachment(storage.storage(entry.name), message.code_page(), is_envelope, context);
     }
   }
 }

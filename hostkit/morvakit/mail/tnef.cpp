@@ -123,12 +123,13 @@ class TnefReader {
     message_.set_code_page(code_page_);
     read_mapi_message(message_, context_);
     read_recipients();
+    bool const is_envelope = is_mapi_envelope(message_, context_);
     for (auto const& attachment : attachments_) {
       if (!context_.keep_going()) {
         return;
       }
       attachment->set_code_page(code_page_);
-      read_attachment(*attachment);
+      read_attachment(*attachment, is_envelope);
     }
   }
 
@@ -144,15 +145,15 @@ class TnefReader {
   }
 
   /// An attached message or object stands behind the identifier of its interface.
-  void read_attachment(TnefItem const& attachment) {
+  void read_attachment(TnefItem const& attachment, bool is_of_envelope) {
     constexpr std::int64_t identifier_size = 16;
     auto const object =
         attachment.bytes({static_cast<std::uint16_t>(MapiId::attach_data), MapiType::object});
     if (object == nullptr) {
-      read_mapi_attachment(attachment, context_);
+      read_mapi_attachment(attachment, is_of_envelope, context_);
       return;
     }
-    auto const name = attachment.text(MapiId::display_name);
+    auto const name = attachment.text(MapiId::display_name, context_);
     read_embedded(
         ReaderSlice(*object, name.empty() ? "message" : name, identifier_size, object->GetSize()),
         context_);

@@ -148,6 +148,19 @@ TEST(Mail, a_blank_alternative_gives_way_to_html) {
             "S\nrich");
 }
 
+TEST(Mail, a_long_blank_alternative_gives_way_to_html) {
+  EXPECT_EQ(parse_bytes(multipart("alternative", part(plain, std::string(100000, ' ')) +
+                                                     part(html, "<p>rich</p>")))
+                .main(),
+            "S\nrich");
+}
+
+TEST(Mail, an_alternative_that_begins_with_many_blanks_is_a_text) {
+  auto const parsed = parse_bytes(multipart(
+      "alternative", part(plain, std::string(100000, ' ') + "x") + part(html, "<p>rich</p>")));
+  EXPECT_TRUE(parsed.main().ends_with(" x"));
+}
+
 TEST(Mail, html_within_related_parts_is_an_alternative) {
   auto const related = part("Content-Type: multipart/related; boundary=c\r\n",
                             "--c\r\n" + html + "\r\n<b>rich</b>\r\n--c--");
@@ -195,6 +208,23 @@ TEST(Mail, a_text_file_is_read_in_the_set_that_the_part_declares) {
             "S\none\n\xe3\x81\x99\xe3\x81\xbf");
 }
 
+TEST(Mail, a_document_that_is_called_a_text_keeps_its_bytes) {
+  auto const parsed =
+      parse_bytes(multipart("mixed", part("Content-Type: text/plain; charset=koi8-r\r\n"
+                                          "Content-Disposition: attachment; filename=a.bin\r\n",
+                                          "{\\rtf1\\ansi\\ansicpg1252 caf\xe9}")));
+  EXPECT_EQ(parsed.outcome, ParseOutcome::text);
+  EXPECT_EQ(parsed.main(), "S\ncaf\xc3\xa9");
+}
+
+TEST(Mail, a_property_of_an_invitation_that_is_too_long_is_noted) {
+  auto const parsed = parse_bytes(
+      multipart("mixed", part("Content-Type: text/calendar\r\n",
+                              "BEGIN:VEVENT\r\nSUMMARY:" + std::string(100000, 'x') + "\r\n")));
+  EXPECT_EQ(parsed.outcome, ParseOutcome::limit_reached);
+  EXPECT_EQ(parsed.reason, "a property of a calendar over 65536 bytes");
+}
+
 TEST(Mail, an_attached_message_is_a_document_of_its_own) {
   auto const parsed = parse_bytes(
       multipart("mixed", part(plain, "outer") + part("Content-Type: message/rfc822\r\n",
@@ -224,6 +254,35 @@ TEST(Mail, a_document_that_is_called_a_picture_is_read) {
   auto const lie =
       part("Content-Type: image/png; name=x.png\r\n", "<html><body>hidden</body></html>");
   EXPECT_EQ(parse_bytes(multipart("related", part(html, "x") + lie)).main(), "S\nx\nhidden");
+}
+
+TEST(Mail, xml_that_is_called_a_picture_is_read) {
+  auto const parsed = parse_bytes(multipart(
+      "related", part(plain, "text") +
+                     part("Content-Type: image/png\r\n", "<?xml version=\"1.0\"?><a>word</a>")));
+  EXPECT_EQ(parsed.main(), "S\ntext\nword\n");
+  EXPECT_EQ(parsed.counts.i_img, 0);
+}
+
+TEST(Mail, a_drawing_in_xml_is_a_picture_whose_words_are_read) {
+  auto const parsed = parse_bytes(multipart(
+      "related", part(plain, "text") +
+                     part("Content-Type: image/svg+xml\r\n",
+                          "<svg xmlns=\"http://www.w3.org/2000/svg\"><text>word</text></svg>")));
+  EXPECT_EQ(parsed.main(), "S\ntext\nword\n");
+  EXPECT_EQ(parsed.counts.i_img, 1);
+}
+
+TEST(Mail, a_document_that_is_called_a_signature_is_read) {
+  for (auto const* const type : {"application/pgp-signature", "application/applefile"}) {
+    auto const fields = std::string("Content-Type: ") + type +
+                        "\r\nContent-Disposition: attachment; filename=a.asc\r\n";
+    auto const parsed = parse_bytes(
+        multipart("mixed", part(plain, "text") + part(fields, "{\\rtf1 word}") +
+                               part(fields, "-----BEGIN PGP SIGNATURE-----\r\n\r\nabc")));
+    EXPECT_EQ(parsed.main(), "S\ntext\nword") << type;
+    EXPECT_EQ(parsed.counts.i_embed, 1) << type;
+  }
 }
 
 TEST(Mail, a_delivery_report_keeps_its_fields_as_other_text) {
@@ -310,6 +369,18 @@ TEST(Mailbox, messages_follow_each_other_with_what_is_attached_to_them) {
   auto const parsed =
       parse_bytes(separator + first + "\n" + separator + "Subject: T\n\nFrom here\n>From there\n");
   EXPECT_EQ(parsed.main(), "S\none\nfile\nT\nFrom here\nFrom there");
+}
+
+TEST(Mailbox, messages_behind_an_encrypted_one_are_read) {
+  std::string const separator = "From a@example.org Mon Jun  1 10:00:00 2009\r\n";
+  auto const wrapped = smime('\x03', element('\x30', "x"));
+  auto const armored = mail("Subject: A\r\n", "-----BEGIN PGP MESSAGE-----\r\n\r\nabc");
+  auto const last = mail("Subject: L\r\n", "last");
+  auto const parsed = parse_bytes(separator + wrapped + "\r\n\r\n" + separator + armored +
+                                  "\r\n\r\n" + separator + last);
+  EXPECT_EQ(parsed.outcome, ParseOutcome::incomplete);
+  EXPECT_EQ(parsed.reason, "a mail is encrypted");
+  EXPECT_EQ(parsed.main(), "S\nA\nL\nlast");
 }
 
 TEST(Mailbox, the_separator_is_other_text) {

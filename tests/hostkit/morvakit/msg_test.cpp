@@ -175,11 +175,58 @@ TEST(Msg, a_signed_message_is_read_from_its_mail) {
 
 TEST(Msg, a_protected_message_needs_a_password) {
   auto const attachment = "__attach_version1.0_#00000000/"s;
-  EXPECT_EQ(parse_bytes(message("", {{attachment + variable("370E001F"),
+  EXPECT_EQ(parse_bytes(message("", {{variable("8001001F"), wide("rpmsg.message")},
+                                     {attachment + variable("370E001F"),
                                       wide("application/x-microsoft-rpmsg-message")},
                                      {attachment + variable("37010102"), "x"}}))
                 .outcome,
             ParseOutcome::encrypted);
+}
+
+/// An encrypted mail, and behind it a text file.
+Streams encrypted_and_text() {
+  auto const first = "__attach_version1.0_#00000000/"s;
+  auto const second = "__attach_version1.0_#00000001/"s;
+  return {{first + variable("370E001F"), wide("application/pkcs7-mime")},
+          {first + variable("37010102"),
+           "\x30\x0e\x06\x09\x2a\x86\x48\x86\xf7\x0d\x01\x07\x03\xa0\x01x"},
+          {second + variable("37010102"), "file"}};
+}
+
+TEST(Msg, an_encrypted_message_needs_a_password) {
+  auto streams = encrypted_and_text();
+  streams.insert(streams.begin(), {variable("001A001F"), wide("IPM.Note.SMIME")});
+  EXPECT_EQ(parse_bytes(message("", streams)).outcome, ParseOutcome::encrypted);
+}
+
+TEST(Msg, an_encrypted_mail_among_the_files_is_noted) {
+  auto streams = encrypted_and_text();
+  streams.insert(streams.begin(), {variable("001A001F"), wide("IPM.Note")});
+  auto const parsed = parse_bytes(message("", streams));
+  EXPECT_EQ(parsed.outcome, ParseOutcome::incomplete);
+  EXPECT_EQ(parsed.reason, "an attached mail is encrypted");
+  EXPECT_EQ(parsed.main(), "file");
+}
+
+TEST(Msg, a_long_blank_body_gives_way_to_html) {
+  EXPECT_EQ(parse_bytes(message("", {{variable("1000001E"), std::string(200000, ' ')},
+                                     {variable("10130102"), "<p>rich</p>"}}))
+                .main(),
+            "rich");
+}
+
+TEST(Msg, a_body_that_begins_with_many_blanks_is_read) {
+  auto const parsed =
+      parse_bytes(message("", {{variable("1000001E"), std::string(100000, ' ') + "x"},
+                               {variable("10130102"), "<p>rich</p>"}}));
+  EXPECT_TRUE(parsed.main().ends_with(" x"));
+}
+
+TEST(Msg, a_property_that_is_too_long_is_noted) {
+  auto const parsed =
+      parse_bytes(message("", {{variable("0037001E"), std::string((1U << 20) + 1, 'x')}}));
+  EXPECT_EQ(parsed.outcome, ParseOutcome::limit_reached);
+  EXPECT_EQ(parsed.reason, "a property of a message over 1048576 bytes");
 }
 
 TEST(Msg, flipped_bytes_do_no_harm) {
