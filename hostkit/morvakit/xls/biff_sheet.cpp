@@ -55,6 +55,8 @@ void BiffSheetReader::read(std::int64_t end, bool whole) {
   }
   if (records_.at_end()) {
     records_.note_cut();
+  } else if (!flow_.context().ended()) {
+    flow_.context().note(Orlec::ParseOutcome::damaged, "a sheet goes on where another begins");
   }
 }
 

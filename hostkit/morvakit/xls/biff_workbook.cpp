@@ -143,7 +143,7 @@ void BiffWorkbook::take_sheet(BiffCursor& cursor) {
   cursor.skip(1);
   int const kind = cursor.byte();
   sheet.name = text_.short_string(cursor);
-  if (kind != kind_program && context_.charge_memory(sizeof sheet + sheet.name.size())) {
+  if (kind != kind_program && context_.charge_memory(kept_per_sheet + sheet.name.size())) {
     sheets_.push_back(std::move(sheet));
   }
 }

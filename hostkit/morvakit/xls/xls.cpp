@@ -29,7 +29,7 @@ std::vector<std::int64_t> find_parts(BiffStream& records) {
   auto position = records.position();
   while (records.next()) {
     if (biff::is_begin(records.type()) && depth++ == 0) {
-      if (!records.context().charge_memory(sizeof position)) {
+      if (!records.context().charge_memory(BiffWorkbook::kept_per_sheet)) {
         break;
       }
       found.push_back(position);
@@ -117,7 +117,11 @@ class StreamReader {
     if (!is_sound) {
       flow_.context().note(Orlec::ParseOutcome::damaged, "a sheet is not where the workbook says");
       records_.seek(behind_globals);
-      repair_positions(sheets, find_parts(records_));
+      auto const parts = find_parts(records_);
+      if (flow_.context().ended()) {
+        return;
+      }
+      repair_positions(sheets, parts);
     }
     // No sheet goes on into the next one, so that nothing is read twice.
     auto const begins = sorted_positions(sheets);
@@ -201,12 +205,10 @@ void read_xls(Orlec::Reader const& reader, tessarine::Recognition const& /*recog
     return;
   }
   tessarine::OleStorage const root(reader);
-  if (root.is_over_bound()) {
-    context.end(Orlec::ParseOutcome::limit_reached, root.fault());
-    return;
-  }
   if (!root.fault().empty()) {
-    context.note(Orlec::ParseOutcome::damaged, root.fault());
+    context.note(
+        root.is_over_bound() ? Orlec::ParseOutcome::limit_reached : Orlec::ParseOutcome::damaged,
+        root.fault());
   }
   if (root.has("Workbook") || root.has("Book")) {
     read_xls_storage(root, context);

@@ -422,6 +422,19 @@ TEST(Xls, sheets_that_the_workbook_does_not_name_are_read) {
   EXPECT_EQ(parsed.outcome, ParseOutcome::damaged);
 }
 
+TEST(Xls, parts_over_the_bound_of_lists_end_the_parse_before_they_are_read) {
+  Orlec::ParseLimits limits;
+  limits.i_list_bytes = 5000;
+  test::ScopedLimits const scope(limits);
+  std::string parts;
+  for (int i = 0; i < 100; ++i) {
+    parts += biff_begin(16) + number(0, 0, 1) + biff_end();
+  }
+  auto const parsed = test::parse_bytes(biff_begin(5) + biff_end() + parts);
+  EXPECT_EQ(parsed.outcome, ParseOutcome::limit_reached);
+  EXPECT_EQ(parsed.main(), "");
+}
+
 TEST(Xls, sheets_at_one_place_are_read_once) {
   BiffBook book;
   book.sheet("A", number(0, 0, 7));
@@ -431,6 +444,19 @@ TEST(Xls, sheets_at_one_place_are_read_once) {
   }
   auto const main = test::parse_bytes(book.bytes()).main();
   EXPECT_EQ(std::count(main.begin(), main.end(), '7'), 1);
+}
+
+TEST(Xls, a_sheet_that_is_cut_by_the_place_of_another_is_damaged) {
+  auto const inner = biff_begin(16) + number(0, 0, 8) + biff_end();
+  auto const size = static_cast<int>((inner + biff_end()).size());
+  auto const parsed = test::parse_bytes(BiffBook()
+                                            .sheet("A", number(0, 0, 7) + inner)
+                                            .sheet("B", number(0, 0, 9))
+                                            .misplaced(-size)
+                                            .bytes());
+  EXPECT_EQ(parsed.main(), "A\n7\nB\n8");
+  EXPECT_EQ(parsed.outcome, ParseOutcome::damaged);
+  EXPECT_EQ(parsed.reason, "a sheet goes on where another begins");
 }
 
 TEST(Xls, a_stream_without_a_beginning_is_damaged) {
