@@ -247,7 +247,7 @@ bool CompoundFile::read_entries(std::uint32_t first, std::vector<Links>& links) 
       if (entries_.size() == most) {
         is_over_bound_ = true;
         fault_ = "the OLE2 directory has over " + std::to_string(most) + " entries";
-        return false;
+        return true;
       }
       auto const type = rest[66];
       auto const size = static_cast<std::int64_t>(
@@ -258,10 +258,10 @@ bool CompoundFile::read_entries(std::uint32_t first, std::vector<Links>& links) 
       entry.first_sector = little32(rest, 116);
       auto& link = links.emplace_back();
       link.is_used = entry.is_storage || type == type_stream;
+      link.left = little32(rest, 68);
+      link.right = little32(rest, 72);
       if (link.is_used) {
         entry.name = entry_name(rest);
-        link.left = little32(rest, 68);
-        link.right = little32(rest, 72);
         link.child = entry.is_storage ? little32(rest, 76) : no_entry;
       }
     }
@@ -294,32 +294,51 @@ void CompoundFile::walk_siblings(std::uint32_t storage, std::vector<Links> const
                                  std::vector<bool>& placed) {
   std::vector<std::uint32_t> open;
   auto current = links[storage].child;
-  auto const enter = [&](std::uint32_t entry) {
-    if (entry == no_entry) {
-      return false;
-    }
-    bool const is_new = entry < links.size() && !placed[entry];
-    if (!is_new) {
-      fault_ = "the OLE2 directory is damaged";
-    } else {
-      placed[entry] = true;
-    }
-    return is_new;
-  };
   while (true) {
-    while (enter(current)) {
+    while (enter(current, placed)) {
       open.push_back(current);
       current = links[current].left;
     }
     if (open.empty()) {
-      return;
+      break;
     }
     auto const entry = open.back();
     open.pop_back();
     if (links[entry].is_used) {
       entries_[storage].children.push_back(entry);
+    } else {
+      find_fault("an OLE2 entry is neither stream nor storage");
     }
     current = links[entry].right;
+  }
+  check_names(entries_[storage]);
+}
+
+bool CompoundFile::enter(std::uint32_t entry, std::vector<bool>& placed) {
+  if (entry == no_entry) {
+    return false;
+  }
+  if (entry >= placed.size() || placed[entry]) {
+    find_fault("the OLE2 directory is damaged");
+    return false;
+  }
+  placed[entry] = true;
+  return true;
+}
+
+void CompoundFile::check_names(CompoundEntry const& storage) {
+  std::unordered_set<std::string> names;
+  for (auto const child : storage.children) {
+    if (!names.insert(ascii_lower(entries_[child].name)).second) {
+      find_fault("two OLE2 entries have one name");
+    }
+  }
+}
+
+/// Of several faults the first counts.
+void CompoundFile::find_fault(char const* fault) {
+  if (fault_.empty()) {
+    fault_ = fault;
   }
 }
 

@@ -106,7 +106,7 @@ class CompoundFile {
   bool is_open() const { return !entries_.empty(); }
   /// An English phrase for what is wrong with the header or the directory; empty where nothing is.
   std::string const& fault() const { return fault_; }
-  /// Whether the fault is that the directory has too many entries.
+  /// Whether the fault is that the directory has too many entries, of which the first are here.
   bool is_over_bound() const { return is_over_bound_; }
   std::vector<CompoundEntry> const& entries() const { return entries_; }
   /// The bytes of a stream. They have to go before this object.
@@ -122,6 +122,11 @@ class CompoundFile {
   void build_tree(std::vector<Links> const& links);
   void walk_siblings(std::uint32_t storage, std::vector<Links> const& links,
                      std::vector<bool>& placed);
+  /// Whether an entry that another one names can be placed in the tree.
+  bool enter(std::uint32_t entry, std::vector<bool>& placed);
+  /// Children of one name cannot be told apart.
+  void check_names(CompoundEntry const& storage);
+  void find_fault(char const* fault);
   void load_small_sectors(Header const& header);
 
   Orlec::Reader const& file_;

@@ -22,7 +22,8 @@ struct OleEntry {
 
 /// A storage of an OLE2 compound file: the root, or one within another. A value that is cheap to
 /// move; the bytes of the file have to outlive all that is made from it. Names are found exactly,
-/// else without regard to the case of ASCII letters. A directory of over 20000 entries is refused.
+/// else without regard to the case of ASCII letters. Of a directory's
+/// entries the first 20000 are there.
 class MORVA_EXPORT OleStorage {
  public:
   /// The root of a compound file.
@@ -39,7 +40,7 @@ class MORVA_EXPORT OleStorage {
   /// An English phrase for what is wrong with the file's header or directory; empty where nothing
   /// is. What can be reached of a directory that is merely damaged is there, and the storage open.
   std::string fault() const;
-  /// Whether it is not open because the directory has too many entries.
+  /// Whether the fault is that the directory has too many entries; the first of them are there.
   bool is_over_bound() const;
   /// What the storage holds, in the order of its directory.
   std::vector<OleEntry> entries() const;
