@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "hostkit/tessarine/compound_image.h"
 #include "hostkit/tessarine/samples.h"
 
 namespace {
@@ -52,6 +53,15 @@ TEST(RecognizeOle, a_presentation_says_by_its_token_that_it_is_encrypted) {
   EXPECT_TRUE(recognize(make_ole({{"PowerPoint Document", std::string(5000, 'x')},
                                   {"Current User", test::current_user(true)}}))
                   .encrypted);
+}
+
+TEST(RecognizeOle, a_message_of_too_many_entries_is_still_one) {
+  test::CompoundImage image;
+  image.link({"__properties_version1.0"});
+  for (int i = 0; i < 20100; ++i) {
+    image.link({"__substg1.0_" + std::to_string(i)});
+  }
+  EXPECT_EQ(recognize(image.bytes()).type, FileType::msg);
 }
 
 TEST(RecognizeOle, a_message_is_told_by_its_properties) {
