@@ -5,6 +5,7 @@
 #include <utility>
 #include <vector>
 
+#include "host/utf8.h"
 #include "morvakit/formats.h"
 #include "morvakit/rtf/rtf_encoding.h"
 #include "morvakit/rtf/rtf_object.h"
@@ -525,7 +526,9 @@ void RtfReader::deliver_text(std::string const& text) {
     return;
   }
   if (target_.place == Place::gathered) {
-    gathered_.append(text, 0, gathered_size - std::min(gathered_.size(), gathered_size));
+    auto const left = gathered_size - std::min(gathered_.size(), gathered_size);
+    auto const piece = std::string_view(text).substr(0, left);
+    gathered_ += piece.substr(0, morvabs::complete_utf8_prefix(piece));
     return;
   }
   if (target_.kind == Orlec::ParseTextType_property && !label_.empty()) {

@@ -99,7 +99,8 @@ void RtfDecoder::decode(bool last) {
     std::transform(bytes_.begin(), bytes_.end(), std::back_inserter(utf8_),
                    [](char byte) { return is_ascii(byte) ? byte : ' '; });
   } else if (code_page_ == western && is_double_byte(default_code_page_)) {
-    decode_mixed();
+    bytes_ = decode_mixed(last);
+    return;
   } else {
     decoder(code_page_).decode(bytes_, last, utf8_);
     is_begun_ = !last;
@@ -107,11 +108,13 @@ void RtfDecoder::decode(bool last) {
   bytes_.clear();
 }
 
-void RtfDecoder::decode_mixed() {
+std::string RtfDecoder::decode_mixed(bool last) {
   std::string pairs;
   for (auto begin = bytes_.begin(); begin != bytes_.end();) {
     auto const high = std::find_if_not(begin, bytes_.end(), is_ascii);
-    auto const end = std::find_if(high, bytes_.end(), is_ascii);
+    auto end = std::find_if(high, bytes_.end(), is_ascii);
+    bool const goes_on = !last && end == bytes_.end() && (end - high) % 2 != 0;
+    end -= goes_on ? 1 : 0;
     utf8_.append(begin, high);
     std::string_view const letters(&*bytes_.begin() + (high - bytes_.begin()),
                                    static_cast<std::size_t>(end - high));
@@ -122,8 +125,12 @@ void RtfDecoder::decode_mixed() {
     } else {
       decoder(western).decode(letters, true, utf8_);
     }
+    if (goes_on) {
+      return std::string(end, bytes_.end());
+    }
     begin = end;
   }
+  return {};
 }
 
 morvabs::TextDecoder& RtfDecoder::decoder(int code_page) {

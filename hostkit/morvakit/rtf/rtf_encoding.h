@@ -64,7 +64,8 @@ class RtfDecoder {
 
  private:
   void decode(bool last);
-  void decode_mixed();
+  /// The byte that may be half a character with what follows, unless that is the `last`.
+  std::string decode_mixed(bool last);
   morvabs::TextDecoder& decoder(int code_page);
   void put(std::uint32_t value);
   void end_pair();

@@ -111,6 +111,20 @@ TEST(Rtf, chinese_in_a_western_font_of_a_chinese_document_is_read) {
   EXPECT_EQ(parse_bytes(head + "\\'d6\\'d0 caf\\'e9}").main(), "\u4e2d caf\u00e9");
 }
 
+TEST(Rtf, long_chinese_in_a_western_font_is_not_torn) {
+  std::string const head =
+      "{\\rtf1\\ansi\\ansicpg936\\deff0{\\fonttbl{\\f0\\fcharset0 Times New Roman;}}";
+  for (std::string const shift : {"", "x"}) {
+    std::string bytes;
+    std::string expected = shift;
+    for (int i = 0; i < 20000; ++i) {
+      bytes += "\\'d6\\'d0";
+      expected += "\u4e2d";
+    }
+    EXPECT_EQ(parse_bytes(head + shift + bytes + "}").main(), expected);
+  }
+}
+
 TEST(Rtf, text_in_utf8_is_read) {
   EXPECT_EQ(parse_bytes("{\\rtf1\\ansi\\ansicpg65001 \\'e4\\'b8\\'ad\u56fd}").main(),
             "\u4e2d\u56fd");
@@ -190,6 +204,21 @@ TEST(Rtf, of_a_field_the_result_is_read_and_the_address_of_a_link_told) {
       "{\\fldrslt !}}");
   EXPECT_EQ(parsed.main(), "here 3!");
   EXPECT_EQ(parsed.kind(Orlec::ParseTextType_other), "http://a.example/");
+}
+
+TEST(Rtf, a_link_of_any_length_is_cut_between_characters) {
+  for (int shift = 0; shift < 3; ++shift) {
+    std::string address(static_cast<std::size_t>(shift), 'x');
+    for (int i = 0; i < 6000; ++i) {
+      address += "\\u20013?";
+    }
+    auto const other = parse_bytes("{\\rtf1 {\\field{\\*\\fldinst HYPERLINK \"" + address +
+                                   "\"}{\\fldrslt link}}}")
+                           .kind(Orlec::ParseTextType_other);
+    EXPECT_GT(other.size(), 16000U);
+    EXPECT_EQ(other.find("\uFFFD"), std::string::npos);
+    EXPECT_TRUE(other.ends_with("\u4e2d"));
+  }
 }
 
 TEST(Rtf, form_fields_are_control_text) {
