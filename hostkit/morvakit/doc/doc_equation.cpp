@@ -68,7 +68,9 @@ EquationText EquationCode::text() {
 void EquationCode::instruction() {
   ++at_;
   if (at_ < lower_.size() && !is_letter(lower_[at_])) {
-    add(code_.substr(at_, 1));
+    if (depth_ > 0) {
+      add(code_.substr(at_, 1));
+    }
     ++at_;
     return;
   }

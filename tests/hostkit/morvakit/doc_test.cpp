@@ -181,6 +181,7 @@ TEST(Doc, characters_set_around_or_above_others_are_text) {
 TEST(Doc, a_stroke_in_a_formula_keeps_the_character_behind_it) {
   EXPECT_EQ(main_text(u"\x13 EQ \\o(a\\,b\\)c)\x15\r"), "a,b)c");
   EXPECT_EQ(main_text(u"a\x13 EQ \\o(b\\\x15\r"), "ab");
+  EXPECT_EQ(main_text(u"\x13 EQ \\o(a)\\é\x15\r"), "a");
 }
 
 TEST(Doc, breaks_tabs_and_hyphens) {
