@@ -218,6 +218,7 @@ bool SheetHandler::open(SheetTag tag, XmlName const& /*name*/, XmlAttributes con
       ++capture_depth_;
       break;
     case SheetTag::header:
+      type_.clear();
       piece_.clear();
       ++capture_depth_;
       break;

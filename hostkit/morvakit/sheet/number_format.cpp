@@ -56,8 +56,9 @@ DateMarks find_marks(std::string_view code) {
     if (length == 0 && code.front() == '[') {
       length = std::min(code.find(']'), code.size() - 1) + 1;
       char const unit = length > 1 ? lower(code[1]) : '\0';
+      char const behind = length > 2 ? lower(code[2]) : '\0';
       bool const is_unit =
-          unit == 'h' || unit == 's' || (unit == 'm' && (code[2] == ']' || lower(code[2]) == 'm'));
+          unit == 'h' || unit == 's' || (unit == 'm' && (behind == ']' || behind == 'm'));
       marks.elapsed = marks.elapsed || (is_unit && length <= 4);
     } else if (length == 0) {
       mark(marks, lower(code.front()));

@@ -159,6 +159,12 @@ TEST(NumberFormat, letters_of_dates_and_times_decide_the_kind) {
   EXPECT_EQ(morvakit::kind_of_format("mmm"), NumberKind::date);
 }
 
+TEST(NumberFormat, a_code_that_ends_within_a_bracket_is_no_elapsed_time) {
+  std::string_view const code = "[m]";
+  EXPECT_EQ(morvakit::kind_of_format(code.substr(0, 2)), NumberKind::number);
+  EXPECT_EQ(morvakit::kind_of_format(code), NumberKind::elapsed);
+}
+
 TEST(NumberFormat, other_codes_are_numbers) {
   for (auto const* const code : {"General", "0.00", "#,##0;[Red]-#,##0", "0.00E+00", "\"day\" 0",
                                  "0\\d", "@", "[", "\"", ""}) {
