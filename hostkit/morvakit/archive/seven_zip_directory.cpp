@@ -240,13 +240,12 @@ void DirectoryReader::read_streams(Cursor& cursor, Folders& folders) {
   bool has_file_sizes = false;
   Sections sections;
   for (auto id = cursor.number(); id != id_end && goes_on(cursor); id = cursor.number()) {
-    if (!sections.add(id)) {
-      cursor.fail();
-    } else if (id == id_pack_info) {
+    bool const is_first = sections.add(id);
+    if (id == id_pack_info && is_first) {
       read_packed_sizes(cursor);
-    } else if (id == id_unpack_info) {
+    } else if (id == id_unpack_info && is_first) {
       read_folders(cursor, folders);
-    } else if (id == id_sub_streams) {
+    } else if (id == id_sub_streams && is_first) {
       read_file_sizes(cursor, folders);
       has_file_sizes = true;
     } else {
@@ -269,13 +268,12 @@ void DirectoryReader::read_packed_sizes(Cursor& cursor) {
   }
   Sections sections;
   for (auto id = cursor.number(); id != id_end && goes_on(cursor); id = cursor.number()) {
-    if (!sections.add(id)) {
-      cursor.fail();
-    } else if (id == id_size) {
+    bool const is_first = sections.add(id);
+    if (id == id_size && is_first) {
       for (std::uint64_t i = 0; i < number && goes_on(cursor); ++i) {
         packed_sizes_.push_back(cursor.size());
       }
-    } else if (id == id_checksum) {
+    } else if (id == id_checksum && is_first) {
       cursor.checksums(number);
     } else {
       cursor.fail();

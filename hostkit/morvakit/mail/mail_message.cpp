@@ -244,11 +244,11 @@ class MailReader {
     }
   }
 
-  /// A signature or the like is known by its armor, or is no known type.
+  /// A signature or the like is a short text in an armor, or is no known type.
   void read_machinery(MimePart const& part) {
-    auto const begin = head(part);
-    bool const is_armor = begin.find("-----BEGIN ") < most_before_armor;
     auto const type = tessarine::recognize(*open(part, part.file_name())).type;
+    bool const is_armor = is_bare_text(type) && part.end - part.begin <= head_size &&
+                          head(part).find("-----BEGIN ") < most_before_armor;
     if (!is_armor && type != FileType::unknown && type != FileType::empty) {
       read_attachment(part);
     }
