@@ -86,8 +86,14 @@ class WorkbookReader {
     }
     RelationshipsById const by_id(relationships);
     for (auto const& sheet : sheets_) {
+      flow_.context().count_pages(1);
+      flow_.line(Orlec::ParseTextType_main, sheet.name);
       auto const* const target = by_id.find(sheet.relation);
-      read_sheet(sheet, target != nullptr && !target->external ? target->target : std::string());
+      if (target == nullptr) {
+        flow_.context().note(Orlec::ParseOutcome::damaged, "a sheet is missing");
+      } else if (!target->external && package_.expect(target->target)) {
+        read_sheet(target->target);
+      }
       if (!flow_.context().keep_going()) {
         return;
       }
@@ -98,7 +104,7 @@ class WorkbookReader {
   void take_workbook_record(Record record, XlsbFields& fields);
   void read_styles(std::string const& part);
   void read_strings(std::string const& part);
-  void read_sheet(Sheet const& sheet, std::string const& part);
+  void read_sheet(std::string const& part);
   void read_comments(std::string const& sheet_part);
 
   void take_sheet_record(Record record, XlsbFields& fields);
@@ -154,9 +160,7 @@ void WorkbookReader::read_strings(std::string const& part) {
   });
 }
 
-void WorkbookReader::read_sheet(Sheet const& sheet, std::string const& part) {
-  flow_.context().count_pages(1);
-  flow_.line(Orlec::ParseTextType_main, sheet.name);
+void WorkbookReader::read_sheet(std::string const& part) {
   if (!package_.is_unread(part)) {
     return;
   }

@@ -324,7 +324,10 @@ void read_xlsx(Orlec::Reader const& reader, tessarine::Recognition const& /*reco
     context.count_pages(1);
     flow.line(Orlec::ParseTextType_main, sheet.name);
     auto const* const target = by_id.find(sheet.relation);
-    if (target != nullptr && !target->external && package.is_unread(target->target)) {
+    if (target == nullptr) {
+      context.note(Orlec::ParseOutcome::damaged, "a sheet is missing");
+    } else if (!target->external && package.expect(target->target) &&
+               package.is_unread(target->target)) {
       SheetHandler cells(flow, workbook.styles, strings);
       package.parse_once(target->target, cells);
       flow.separate(Orlec::ParseTextType_main, '\n');

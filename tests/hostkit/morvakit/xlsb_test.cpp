@@ -148,6 +148,17 @@ TEST(Xlsb, a_sheet_that_two_names_lead_to_is_read_once) {
             "A\n1\nB");
 }
 
+TEST(Xlsb, a_sheet_that_is_missing_is_damage) {
+  auto result = OfficeDocument::binary_workbook(
+      sheet(u"A", u"rId8") + sheet(u"B", u"rId9") + sheet(u"C", u"rId1"),
+      row(0) + cell(5, number_bytes(1)));
+  result.relation("xl/workbook.bin", "rId9", "worksheet", "worksheets/lost.bin");
+  auto const parsed = test::parse_bytes(result.bytes());
+  EXPECT_EQ(parsed.main(), "A\nB\nC\n1");
+  EXPECT_EQ(parsed.outcome, ParseOutcome::damaged);
+  EXPECT_EQ(parsed.reason, "a sheet is missing");
+}
+
 TEST(Xlsb, drawings_and_links_stand_beside_a_sheet) {
   auto result = document(row(0) + cell(5, number_bytes(1)));
   result.relation("xl/worksheets/sheet1.bin", "rId1", "drawing", "../drawings/drawing1.xml");

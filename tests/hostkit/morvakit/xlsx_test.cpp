@@ -96,6 +96,33 @@ TEST(Xlsx, sheets_come_in_the_order_of_the_workbook_hidden_ones_too) {
   EXPECT_EQ(test::parse_bytes(document.bytes()).main(), "B\n2\nA\n1");
 }
 
+TEST(Xlsx, a_sheet_that_is_missing_is_damage) {
+  auto const parse_with = [](char const* relation) {
+    auto document = OfficeDocument::workbook(
+        "<sheetData><row><c><v>1</v></c></row></sheetData>",
+        R"(<sheets><sheet name="A" r:id="rId7"/><sheet name="B" r:id="rId1"/></sheets>)");
+    document.relation("xl/workbook.xml", relation, "worksheet", "worksheets/lost.xml");
+    return test::parse_bytes(document.bytes());
+  };
+  auto const unknown = parse_with("rId8");
+  EXPECT_EQ(unknown.main(), "A\nB\n1");
+  EXPECT_EQ(unknown.outcome, Orlec::ParseOutcome::damaged);
+  EXPECT_EQ(unknown.reason, "a sheet is missing");
+  auto const lost = parse_with("rId7");
+  EXPECT_EQ(lost.main(), "A\nB\n1");
+  EXPECT_EQ(lost.outcome, Orlec::ParseOutcome::damaged);
+  EXPECT_EQ(lost.reason, "the part xl/worksheets/lost.xml is missing");
+}
+
+TEST(Xlsx, a_header_of_any_length_is_no_text_of_a_cell) {
+  auto const parsed = test::parse_bytes(
+      OfficeDocument::workbook("<sheetData><row><c t=\"str\"><v>1</v></c></row></sheetData>"
+                               "<headerFooter><oddHeader>" +
+                               std::string(200000, 'x') + "</oddHeader></headerFooter>")
+          .bytes());
+  EXPECT_EQ(parsed.main(), "First\n1");
+}
+
 TEST(Xlsx, comments_of_cells_are_kept_apart) {
   auto document = OfficeDocument::workbook("<sheetData/>");
   document.relation("xl/worksheets/sheet1.xml", "rId1", "comments", "../comments1.xml");
