@@ -19,6 +19,9 @@ namespace morvakit {
 
 namespace {
 
+/// What an entry of a set or a map of numbers costs.
+constexpr std::size_t kept_in_set = 48;
+
 /// Reads the sheets of a presentation in the order of its lists.
 class Presentation {
  public:
@@ -50,7 +53,7 @@ class Presentation {
 Presentation::Identifiers Presentation::identifiers(List list) const {
   Identifiers identifiers;
   auto const& sheets = document_.list(list);
-  for (std::size_t i = 0; i < sheets.size(); ++i) {
+  for (std::size_t i = 0; i < sheets.size() && stream_.context().charge_memory(kept_in_set); ++i) {
     identifiers.try_emplace(sheets[i].identifier, i);
   }
   return identifiers;
@@ -58,8 +61,7 @@ Presentation::Identifiers Presentation::identifiers(List list) const {
 
 /// Whether a record was not read before: objects may be listed twice, or lie in one place.
 bool Presentation::is_first(PptRecord const& record) {
-  return stream_.context().charge_memory(sizeof(record.offset)) &&
-         read_.insert(record.offset).second;
+  return stream_.context().charge_memory(kept_in_set) && read_.insert(record.offset).second;
 }
 
 void Presentation::read(PptRecord const& document) {
@@ -97,7 +99,10 @@ void Presentation::read_slide(std::size_t index) {
 
 void Presentation::read_notes(std::size_t index) {
   auto const object = document_.list(PptDocumentHandler::notes)[index].object;
-  if (auto const notes = directory_.find(object, ppt::notes); notes && is_first(*notes)) {
+  auto const notes = directory_.find(object, ppt::notes);
+  if (!notes) {
+    stream_.context().note(Orlec::ParseOutcome::incomplete, "the notes on a slide are missing");
+  } else if (is_first(*notes)) {
     PptSheetHandler handler(stream_, flow_, PptSheetRole::notes,
                             document_.outline(PptDocumentHandler::notes, index));
     stream_.walk(*notes, handler);
@@ -126,7 +131,9 @@ void Presentation::read_masters(std::uint32_t identifier) {
 void Presentation::read_objects() {
   for (auto const& listed : document_.objects()) {
     auto const object = directory_.find(listed.object, ppt::ole_storage);
-    if (object && is_first(*object) && !read_embedded_object(stream_, *object, listed.name)) {
+    if (!object) {
+      stream_.context().note(Orlec::ParseOutcome::incomplete, "an embedded object is missing");
+    } else if (is_first(*object) && !read_embedded_object(stream_, *object, listed.name)) {
       return;
     }
   }

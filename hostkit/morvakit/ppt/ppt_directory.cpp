@@ -93,7 +93,7 @@ bool PptDirectory::add_places(std::int64_t offset) {
   if (listed_bytes_ > stream_.size()) {
     return false;
   }
-  for (std::int64_t at = 0; at + word <= list->size;) {
+  for (std::int64_t at = 0; at + word <= list->size && stream_.context().keep_going();) {
     auto const run = stream_.number(*list, at);
     auto const number = run & number_mask;
     auto const count = run >> number_bits;

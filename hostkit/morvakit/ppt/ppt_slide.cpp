@@ -32,11 +32,13 @@ bool PptSheetHandler::open(PptRecord const& record) {
       groups_.push_back({});
       break;
     case ppt::shape:
-      shape_ = {};
-      in_shape_ = true;
+      // A shape in a shape takes nothing from the one around it.
+      if (shape_depth_++ > 0) {
+        deliver_shape();
+      }
       break;
     case ppt::tag_data:
-      return has_comment_tags_ && !in_shape_;
+      return has_comment_tags_ && shape_depth_ == 0;
     case ppt::comment:
       in_comment_ = true;
       break;
@@ -56,7 +58,7 @@ void PptSheetHandler::close(PptRecord const& record) {
       break;
     case ppt::shape:
       deliver_shape();
-      in_shape_ = false;
+      --shape_depth_;
       break;
     case ppt::comment:
       in_comment_ = false;
@@ -103,12 +105,12 @@ void PptSheetHandler::atom(PptRecord const& record) {
       shape_.is_footer = true;
       break;
     case ppt::outline_text_ref:
-      if (in_shape_ && stream_.context().charge_memory(sizeof(std::uint32_t))) {
+      if (shape_depth_ > 0 && stream_.context().charge_memory(sizeof(std::uint32_t))) {
         shape_.outline_numbers.push_back(stream_.number(record, 0));
       }
       break;
     default:
-      if (in_shape_) {
+      if (shape_depth_ > 0) {
         PptTextCollector(stream_, shape_.texts).take(record);
       }
       break;
@@ -174,9 +176,13 @@ void PptSheetHandler::separate_cell(ParseTextType kind) {
 void PptSheetHandler::deliver_shape() {
   bool const is_hidden =
       shape_.is_deleted || (role_ == PptSheetRole::master && shape_.is_placeholder);
-  if (is_hidden) {
-    return;
+  if (!is_hidden) {
+    deliver_shown();
   }
+  shape_ = {};
+}
+
+void PptSheetHandler::deliver_shown() {
   auto const kind = kind_of_shape();
   separate_cell(kind);
   if (!shape_.word_art.empty()) {

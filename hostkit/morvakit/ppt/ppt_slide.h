@@ -58,6 +58,7 @@ class PptSheetHandler final : public PptHandler {
   void take_properties(PptRecord const& record);
   void take_string(PptRecord const& record);
   void deliver_shape();
+  void deliver_shown();
   void separate_cell(Orlec::ParseTextType kind);
   void deliver_outline(std::uint32_t number, Orlec::ParseTextType kind);
   Orlec::ParseTextType kind_of_shape() const;
@@ -72,7 +73,7 @@ class PptSheetHandler final : public PptHandler {
   std::uint32_t notes_ = 0;
   std::vector<Group> groups_;
   Shape shape_;
-  bool in_shape_ = false;
+  int shape_depth_ = 0;
   bool in_comment_ = false;
   bool in_headers_ = false;
   bool has_comment_tags_ = false;

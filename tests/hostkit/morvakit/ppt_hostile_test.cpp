@@ -228,6 +228,26 @@ TEST(PptHostile, every_truncation_of_the_stream_is_survived) {
   }
 }
 
+TEST(PptHostile, a_shape_in_a_shape_leaves_the_texts_of_both) {
+  Builder builder;
+  builder.add_slide(
+      shape(text_box(text("outer")) + shape(text_box(text("inner"))) + text_box(text("rest"))));
+  EXPECT_EQ(test::parse_bytes(builder.bytes()).main(), "outer\ninner\nrest");
+}
+
+TEST(PptHostile, lists_of_sheets_are_charged_with_the_maps_made_of_them) {
+  Builder builder;
+  for (unsigned i = 0; i < 1000; ++i) {
+    builder.add_notes(i, {});
+  }
+  auto const bytes = builder.bytes();
+  Orlec::ParseLimits limits;
+  // Enough for what finds the notes, lists them and knows which of them were read.
+  limits.i_list_bytes = 110000;
+  test::ScopedLimits const scoped(limits);
+  EXPECT_EQ(test::parse_bytes(bytes).outcome, ParseOutcome::limit_reached);
+}
+
 TEST(PptHostile, random_changes_are_survived) {
   std::mt19937 random(31);
   auto const builder = full_show();

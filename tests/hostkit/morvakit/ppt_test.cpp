@@ -263,6 +263,29 @@ TEST(Ppt, with_an_object_that_cannot_be_unpacked_the_reading_is_incomplete) {
   EXPECT_EQ(parsed.reason, "an embedded object cannot be unpacked");
 }
 
+TEST(Ppt, without_an_object_that_is_listed_the_reading_is_incomplete) {
+  Builder builder;
+  builder.add_slide(words("text"));
+  builder.add_object(atom(9999, "something else"));
+  auto const parsed = parse(builder);
+  EXPECT_EQ(parsed.main(), "text");
+  EXPECT_EQ(parsed.outcome, ParseOutcome::incomplete);
+  EXPECT_EQ(parsed.reason, "an embedded object is missing");
+}
+
+TEST(Ppt, without_notes_that_are_listed_the_reading_is_incomplete) {
+  Builder builder;
+  auto const slide = builder.add_slide(words("text"));
+  builder.add_notes(7, words("notes"));
+  builder.save();
+  builder.replace(slide + 1, atom(9999, "something else"));
+  builder.save();
+  auto const parsed = parse(builder);
+  EXPECT_EQ(parsed.main(), "text");
+  EXPECT_EQ(parsed.outcome, ParseOutcome::incomplete);
+  EXPECT_EQ(parsed.reason, "the notes on a slide are missing");
+}
+
 TEST(Ppt, an_object_that_unpacks_to_too_much_is_over_the_bound) {
   Orlec::ParseLimits limits;
   limits.i_expanded_bytes = 100000;
