@@ -316,6 +316,7 @@ void WordText::picture(CharacterFormat const& format) {
   std::int64_t const size = tessarine::little32(tessarine::read_piece(*data_, offset, 4), 0);
   data_budget_ -= std::clamp<std::int64_t>(data_->GetSize() - offset, 0, size);
   if (data_budget_ < 0) {
+    flow_.context().note(ParseOutcome::incomplete, "pictures share their data");
     return;
   }
   if (format.is_data) {

@@ -382,6 +382,8 @@ TEST(Doc, picture_marks_that_share_their_data_do_not_make_a_small_file_long) {
   auto const parsed = parse_bytes(document.bytes());
   EXPECT_LT(parsed.kind(Orlec::ParseTextType_other).size(), 50000U);
   EXPECT_EQ(parsed.counts.i_img, 10000);
+  EXPECT_EQ(parsed.outcome, Orlec::ParseOutcome::incomplete);
+  EXPECT_EQ(parsed.reason, "pictures share their data");
 }
 
 TEST(Doc, floating_pictures_that_are_in_use_are_counted) {
