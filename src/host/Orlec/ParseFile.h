@@ -17,7 +17,8 @@ enum class ParseOutcome {
   no_text,        ///< read, and its main text is empty (a scanned page, an empty document)
   encrypted,      ///< needs a password
   not_supported,  ///< the type is known but there is no reader for it here
-  incomplete,     ///< read, but for an embedded file that is damaged or needs a password
+  incomplete,     ///< read, but for something beside the document's own text: an embedded file that
+                  ///< is damaged or needs a password, or properties or notes that are damaged
   damaged,        ///< the format's rules are broken; the text up to there was delivered
   limit_reached,  ///< a bound of `ParseLimits` was hit; the text up to there was delivered
   timed_out,      ///< the time of `ParseLimits` was used up; the text up to there was delivered
