@@ -287,6 +287,9 @@ void XpsPackage::read_page(std::string const& part) {
 }
 
 void XpsPackage::read_document(std::string const& part) {
+  if (!package_.expect(part)) {
+    return;
+  }
   SourceHandler document(package_.context(), part);
   package_.parse_once(part, document);
   for (auto const& page : document.pages) {

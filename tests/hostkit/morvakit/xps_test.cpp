@@ -164,6 +164,24 @@ TEST(Xps, a_part_in_pieces_is_put_together) {
   EXPECT_EQ(parsed.outcome, ParseOutcome::text);
 }
 
+TEST(Xps, a_document_that_is_missing_is_damage_and_the_others_are_read) {
+  ZipWriter zip;
+  auto const space = std::string(microsoft);
+  zip.add("[Content_Types].xml", types);
+  zip.add("_rels/.rels",
+          relationships(relationship(space + "/fixedrepresentation", "/FixedDocSeq.fdseq")));
+  zip.add("FixedDocSeq.fdseq", "<FixedDocumentSequence xmlns=\"" + space +
+                                   "\"><DocumentReference Source=\"Gone.fdoc\"/>"
+                                   "<DocumentReference Source=\"There.fdoc\"/>"
+                                   "</FixedDocumentSequence>");
+  zip.add("There.fdoc", "<FixedDocument xmlns=\"" + space + "\">" + one_page + "</FixedDocument>");
+  zip.add("Pages/1.fpage", page(glyphs(10, 10, "text")));
+  auto const parsed = test::parse_bytes(zip.bytes());
+  EXPECT_EQ(parsed.main(), "text");
+  EXPECT_EQ(parsed.outcome, ParseOutcome::damaged);
+  EXPECT_EQ(parsed.reason, "the part Gone.fdoc is missing");
+}
+
 TEST(Xps, a_page_that_is_missing_is_damage_and_the_others_are_read) {
   auto zip = package(std::string(one_page) + R"(<PageContent Source="Pages/2.fpage"/>)");
   zip.add("Documents/1/Pages/2.fpage", page(glyphs(10, 10, "there")));
