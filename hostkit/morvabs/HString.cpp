@@ -440,10 +440,6 @@ HString HString::from_text(std::wstring text) {
   return result;
 }
 
-std::wstring_view HString::text() const {
-  return text_ ? std::wstring_view(*text_) : L"";
-}
-
 std::wstring& HString::writable_text() {
   if (!text_) {
     text_ = std::make_shared<std::wstring>();

@@ -61,6 +61,8 @@ class MORVA_EXPORT HString {
   /// Order of the code points as unsigned values, a proper prefix first; the same on every
   /// platform.
   friend MORVA_EXPORT bool operator<(HString const& left, HString const& right);
+  /// The characters themselves, without a copy; good until this string is changed or destroyed.
+  friend std::wstring_view text_view(HString const& of) { return of.text(); }
 
   /// The character at `index`; 0 outside the text.
   wchar_t operator[](int index) const;
@@ -129,7 +131,7 @@ class MORVA_EXPORT HString {
   friend class HFile;  // hands over the texts that it reads, which may be large
 
   static HString from_text(std::wstring text);
-  std::wstring_view text() const;
+  std::wstring_view text() const { return text_ ? std::wstring_view(*text_) : L""; }
   std::wstring& writable_text();
 
   std::shared_ptr<std::wstring> text_;  // null stands for the empty text
