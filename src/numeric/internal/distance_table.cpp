@@ -17,6 +17,8 @@ namespace {
 // Between a limit on a distance and its square lie two roundings, and one root.
 constexpr double root_slack = 4.0 * std::numeric_limits<double>::epsilon();
 constexpr double no_distance_squared = no_distance * no_distance;
+// So many share the way of the points through the cache.
+constexpr std::size_t rows_at_once = 16;
 
 // Interleaving pays as soon as its columns, zeros included, are read no slower than scattered
 // values.
@@ -268,10 +270,18 @@ double DistanceTable::average_distance() const {
     std::span<double const> const measured = std::span<double>(row).subspan(i + 1);
     sum = std::accumulate(measured.begin(), measured.end(), sum);
   };
-  if (form_ == Form::dense) {
-    for (std::size_t i = 0; i < size(); ++i) {
-      distances(points_[i], i + 1, std::span<double>(row).subspan(i + 1));
-      add_row(i);
+  if (auto const* dense = size() < 2 ? nullptr : std::get_if<Lanes>(&columns())) {
+    std::vector<double> rows(rows_at_once * size());
+    for (std::size_t i = 0; i < size(); i += rows_at_once) {
+      auto const block =
+          std::span<SparsePoint const>(points_).subspan(i, std::min(rows_at_once, size() - i));
+      std::size_t const count = size() - i;
+      dense->distances(block, i, std::span<double>(rows).first(block.size() * count));
+      for (std::size_t r = 0; r < block.size(); ++r) {
+        auto const measured = std::span<double>(rows).subspan(r * count, count).subspan(r + 1);
+        mark_unequal(block[r], i + r + 1, measured, no_distance);
+        sum = std::accumulate(measured.begin(), measured.end(), sum);
+      }
     }
     return pairs == 0 ? 0.0 : sum / static_cast<double>(pairs);
   }

@@ -8,7 +8,7 @@
 
 namespace morva {
 
-/// Points with few zeros, interleaved by groups, so that one point is measured against a group at a
+/// Points with few zeros, interleaved by groups, so that points are measured against a group at a
 /// time in the lanes of the machine's registers, each lane in its own index order.
 class Lanes {
  public:
@@ -16,16 +16,13 @@ class Lanes {
 
   /// `out[j]` becomes the distance from `x` to point `first` + j, whatever their dimensions.
   void distances(SparsePoint const& x, std::size_t first, std::span<double> out) const;
-  /// The same with the sum of the products.
+  /// The same for several points at once, which reads the groups less often: behind each other for
+  /// each of `rows`, as many as `out` has room for.
+  void distances(std::span<SparsePoint const> rows, std::size_t first, std::span<double> out) const;
+  /// `out[j]` becomes the sum of the products.
   void dots(SparsePoint const& x, std::size_t first, std::span<double> out) const;
 
  private:
-  using AddColumns = void (*)(std::span<double const> x, double const* group, double* sums);
-
-  std::vector<double> in_full(SparsePoint const& x) const;
-  void add_groups(std::span<double const> x, std::size_t first, AddColumns add,
-                  std::span<double> out) const;
-
   std::size_t columns_ = 0;
   // [group][column][lane]
   std::vector<double> data_;
