@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <iterator>
 
+#include "box/internal/class_texts.h"
 #include "box/internal/weight_order.h"
 #include "features/HClusterFileData.h"
 #include "numeric/HClusterCenter.h"
@@ -13,9 +14,6 @@ namespace {
 
 using Clusters = std::vector<std::vector<int>>;
 
-constexpr double strong_weight = 0.9;
-constexpr std::size_t most_described = 10;
-constexpr std::size_t most_listed = 100;
 constexpr int kmeans_type = 0;
 constexpr int dbscan_type = 1;
 
@@ -24,59 +22,17 @@ bool is_position(int index, std::vector<Element> const& list) {
   return index >= 0 && static_cast<std::size_t>(index) < list.size();
 }
 
-std::vector<double> class_weights(std::vector<HString> const& words,
-                                  std::vector<HPointN> const& points,
-                                  std::vector<int> const& members) {
-  HPointN mean;
-  mean.resize(static_cast<long long>(words.size()));
+HPointN sum_of(std::vector<HString> const& words, std::vector<HPointN> const& points,
+               std::vector<int> const& members) {
+  HPointN sum;
+  sum.resize(static_cast<long long>(words.size()));
   for (int const member : members) {
     if (is_position(member, points)) {
-      mean += points[static_cast<std::size_t>(member)];
+      sum += points[static_cast<std::size_t>(member)];
     }
   }
-  mean /= static_cast<unsigned long>(members.size());
-  return std::move(mean.vt_data);
+  return sum;
 }
-
-/// The words of a class by weight, as positions: the texts need few of them.
-class SortedWords {
- public:
-  SortedWords(std::vector<HString> const& words, std::vector<HPointN> const& points,
-              std::vector<int> const& members)
-      : words_(words),
-        weights_(class_weights(words, points, members)),
-        order_(morva::order_by_weight(weights_)) {}
-
-  HString description() const {
-    HString text;
-    for (std::size_t const i : order_) {
-      if (weights_[i] >= strong_weight) {
-        text << words_[i] << L" ";
-      }
-    }
-    if (text.not_empty()) {
-      return text;
-    }
-    for (std::size_t k = 0; k < std::min(order_.size(), most_described); ++k) {
-      text << words_[order_[k]] << L" ";
-    }
-    return text;
-  }
-
-  HString listing() const {
-    HString text;
-    for (std::size_t k = 0; k < std::min(order_.size(), most_listed); ++k) {
-      std::size_t const i = order_[k];
-      text << words_[i] << L"(" << HString(weights_[i]) << L")" << L"\n";
-    }
-    return text;
-  }
-
- private:
-  std::vector<HString> const& words_;
-  std::vector<double> weights_;
-  std::vector<std::size_t> order_;
-};
 
 // How often each point will be asked for.
 std::vector<std::size_t> count_uses(Clusters const& clusters, std::vector<HPointN> const& points) {
@@ -154,9 +110,10 @@ void HClusterResultMgr::sort_word_by_weight(std::vector<HString> const& vt_words
                                             std::vector<HPointN> const& vt_point,
                                             std::vector<int> const& vt_member,
                                             std::vector<std::pair<HString, double>>& vt_sorted) {
-  std::vector<double> const added = class_weights(vt_words, vt_point, vt_member);
-  for (std::size_t i = 0; i < added.size(); ++i) {
-    vt_sorted.emplace_back(vt_words[i], added[i]);
+  HPointN mean = sum_of(vt_words, vt_point, vt_member);
+  mean /= static_cast<unsigned long>(vt_member.size());
+  for (std::size_t i = 0; i < mean.vt_data.size(); ++i) {
+    vt_sorted.emplace_back(vt_words[i], mean.vt_data[i]);
   }
   std::vector<double> weights;
   weights.reserve(vt_sorted.size());
@@ -174,13 +131,15 @@ void HClusterResultMgr::sort_word_by_weight(std::vector<HString> const& vt_words
 HString HClusterResultMgr::get_class_desc(std::vector<HString> const& vt_words,
                                           std::vector<HPointN> const& vt_point,
                                           std::vector<int> const& vt_member) {
-  return SortedWords(vt_words, vt_point, vt_member).description();
+  return morva::ClassTexts(vt_words, sum_of(vt_words, vt_point, vt_member), vt_member.size())
+      .description();
 }
 
 HString HClusterResultMgr::get_class_feature(std::vector<HString> const& vt_words,
                                              std::vector<HPointN> const& vt_point,
                                              std::vector<int> const& vt_member) {
-  return SortedWords(vt_words, vt_point, vt_member).listing();
+  return morva::ClassTexts(vt_words, sum_of(vt_words, vt_point, vt_member), vt_member.size())
+      .listing();
 }
 
 bool HClusterResultMgr::get_cluster_base_result(HClusterResultBase* node, int const& index,
@@ -190,18 +149,8 @@ bool HClusterResultMgr::get_cluster_base_result(HClusterResultBase* node, int co
   if (node == nullptr) {
     return false;
   }
-  node->str_class_id = HString::generateUUID();
-  node->str_class_name.clear();
-  node->str_class_name << L"分类" << HString(index, false);
-  if (vt_member.empty()) {
-    // There is no mean to share, and each text reports that on its own.
-    node->str_class_desc = get_class_desc(vt_words, vt_point, vt_member);
-    node->str_class_feature = get_class_feature(vt_words, vt_point, vt_member);
-    return true;
-  }
-  SortedWords const sorted(vt_words, vt_point, vt_member);
-  node->str_class_desc = sorted.description();
-  node->str_class_feature = sorted.listing();
+  morva::fill_texts(*node, index, vt_words, sum_of(vt_words, vt_point, vt_member),
+                    vt_member.size());
   return true;
 }
 

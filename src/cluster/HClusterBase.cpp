@@ -25,11 +25,6 @@ bool HClusterBase::cluster(std::vector<HPointN> const& points) {
   return InitBase(points) && init() && cluster();
 }
 
-bool HClusterBase::cluster_in_place(std::vector<HPointN> const& points) {
-  return !points.empty() && cluster_in_place(std::make_shared<morva::DistanceTable const>(
-                                morva::compress(points, morva::Dimension::stored)));
-}
-
 bool HClusterBase::cluster_in_place(std::shared_ptr<morva::DistanceTable const> table) {
   table_ = std::move(table);
   mi_count = static_cast<long long>(table_->size());

@@ -83,10 +83,9 @@ class MORVA_EXPORT HClusterBase {
 
  private:
   friend class HClusterKMeans;
-  friend class HClusterMgr;
+  friend class HSparseClusterMgr;
 
-  /// A run as `cluster`, which leaves `vt_point` empty.
-  bool cluster_in_place(std::vector<HPointN> const& points);
+  /// A run as `cluster`, of at least one point, which leaves `vt_point` empty.
   bool cluster_in_place(std::shared_ptr<morva::DistanceTable const> table);
 
   // The points of a run in place.

@@ -34,8 +34,4 @@ class MORVA_EXPORT HClusterMgr {
   /// and `eps` has no effect; for another threshold, set up an engine.
   void dbscan(std::vector<HPointN> const& points, double const& eps, int const& min_points,
               bool const& use_similarity, std::vector<std::vector<int>>& result);
-
- private:
-  void cluster_in_place(HClusterBase& engine, std::vector<HPointN> const& points,
-                        std::vector<std::vector<int>>& result);
 };

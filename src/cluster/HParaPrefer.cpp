@@ -16,8 +16,8 @@ using Lists = std::vector<std::vector<double>>;
 // as soon as they are asked for.
 class ValueLists {
  public:
-  ValueLists(std::vector<HPointN> const& points, bool use_distance)
-      : table_(morva::compress(points)), use_distance_(use_distance), prefixes_(table_.size()) {}
+  ValueLists(morva::DistanceTable const& table, bool use_distance)
+      : table_(table), use_distance_(use_distance), prefixes_(table.size()) {}
 
   std::size_t size() const { return table_.size(); }
   std::size_t length() const { return table_.size() - 1; }
@@ -52,7 +52,7 @@ class ValueLists {
  private:
   static constexpr std::size_t kept_values = 32;
 
-  morva::DistanceTable table_;
+  morva::DistanceTable const& table_;
   bool use_distance_;
   std::vector<std::vector<double>> prefixes_;
 };
@@ -109,10 +109,14 @@ HParaPrefer::~HParaPrefer() = default;
 
 double HParaPrefer::get_eps(std::vector<HPointN> const& points, int const& min_points,
                             bool use_distance) {
-  if (points.empty()) {
+  return eps_of(morva::DistanceTable(morva::compress(points)), min_points, use_distance);
+}
+
+double HParaPrefer::eps_of(morva::DistanceTable const& table, int min_points, bool use_distance) {
+  if (table.size() == 0) {
     return 0.0;
   }
-  ValueLists lists(points, use_distance);
+  ValueLists lists(table, use_distance);
   return estimate(lists.size(), lists.length(), min_points,
                   [&](std::size_t i, std::size_t at_least, auto const& take) {
                     lists.read(i, at_least, take);
@@ -123,7 +127,8 @@ void HParaPrefer::get_vt_all(std::vector<HPointN> const& points, Lists& lists, b
   if (points.empty()) {
     return;
   }
-  ValueLists const values(points, use_distance);
+  morva::DistanceTable const table(morva::compress(points));
+  ValueLists const values(table, use_distance);
   for (std::size_t i = 0; i < values.size(); ++i) {
     lists.push_back(values.smallest(i, values.length()));
   }

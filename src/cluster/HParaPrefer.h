@@ -5,6 +5,10 @@
 #include "host/export.h"
 #include "numeric/HPointN.h"
 
+namespace morva {
+class DistanceTable;
+}
+
 /// Proposes a radius for DBSCAN: how far a typical point must reach to have its neighbours, then
 /// the mean reach of the points that have one within that.
 ///
@@ -55,4 +59,9 @@ class MORVA_EXPORT HParaPrefer {
   /// Appends to `out`.
   static void get_vt_vt_avg(std::vector<std::vector<double>> const& lists,
                             std::vector<double>& out);
+
+ private:
+  friend class HSparseClusterMgr;
+
+  static double eps_of(morva::DistanceTable const& table, int min_points, bool use_distance);
 };

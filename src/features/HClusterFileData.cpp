@@ -6,29 +6,8 @@
 
 #include "dna/HFileDNA.h"
 #include "features/HFileFeature.h"
+#include "features/HSparseFileData.h"
 #include "host/HStdOutStream.h"
-
-namespace {
-
-// As `HClusterFileData::get_data` for a new point, over words that are known to be ascending and
-// unique: what costs time is then the document's words alone.
-HPointN point_over_vocabulary(HFeatureNode const& node, std::vector<HString> const& vocabulary) {
-  HPointN point;
-  point.resize(static_cast<long long>(vocabulary.size()));
-  auto next = vocabulary.begin();
-  for (auto const& [word, weight] : node.map_word_weight) {
-    next = std::lower_bound(next, vocabulary.end(), word);
-    if (next == vocabulary.end()) {
-      break;
-    }
-    if (*next == word) {
-      point.vt_data[static_cast<std::size_t>(next - vocabulary.begin())] = weight;
-    }
-  }
-  return point;
-}
-
-}  // namespace
 
 HClusterFileData::HClusterFileData() = default;
 HClusterFileData::~HClusterFileData() = default;
@@ -67,14 +46,11 @@ void HClusterFileData::get_data(HFeatureNode const& node, std::vector<HString> c
 void HClusterFileData::format_data(std::vector<HFeatureNode> const& vt_feature,
                                    std::vector<HString>& vt_words, std::vector<HPointN>& vt_point,
                                    bool use_dna) {
-  get_words(vt_feature, vt_words);
-  vt_point.resize(vt_feature.size());
-  for (std::size_t i = 0; i < vt_feature.size(); ++i) {
-    if (use_dna) {
-      get_data(vt_feature[i], vt_words, vt_point[i], true);
-    } else {
-      vt_point[i] = point_over_vocabulary(vt_feature[i], vt_words);
-    }
+  HSparsePoints points;
+  HSparseFileData::format_data(vt_feature, vt_words, points, use_dna);
+  vt_point.resize(points.size());
+  for (std::size_t i = 0; i < points.size(); ++i) {
+    vt_point[i] = points.at(static_cast<int>(i));
   }
 }
 

@@ -4,18 +4,6 @@
 
 namespace morva {
 
-std::vector<SparsePoint const*> valid_members(std::vector<SparsePoint> const& points,
-                                              std::vector<int> const& members) {
-  std::vector<SparsePoint const*> result;
-  result.reserve(members.size());
-  for (int const member : members) {
-    if (is_point(points, member)) {
-      result.push_back(&points[static_cast<std::size_t>(member)]);
-    }
-  }
-  return result;
-}
-
 void remove_each(std::vector<int> const& values, std::vector<int>& list) {
   std::unordered_map<int, int> surplus;
   for (int const value : values) {

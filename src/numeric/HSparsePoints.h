@@ -1,0 +1,69 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+#include "host/HString.h"
+#include "host/export.h"
+#include "numeric/HPointN.h"
+
+namespace morva {
+class DistanceTable;
+}
+
+/// A list of points of which only the coordinates that are not zero are kept, for documents, which
+/// lack most words of a vocabulary. The counterpart of a `std::vector<HPointN>` with the measures
+/// of `HClusterCenter` and `HClusterDistance`: every answer is theirs to the last bit.
+///
+/// A value that does not change: copies share what they hold. Measuring notes there what it needs
+/// again, so that a list and its copies are for one thread at a time. Takes 12 bytes for each
+/// coordinate that is kept, and once more as much while it is measured. Nothing is logged.
+class MORVA_EXPORT HSparsePoints {
+ public:
+  /// A point as its coordinates that are not zero: at `indices[k]` the value `values[k]`.
+  struct MORVA_EXPORT Row {
+    HString str_label;
+    /// Number of dimensions, below 2^32.
+    long long n = 0;
+    /// Ascending, each below `n`.
+    std::vector<std::uint32_t> indices;
+    std::vector<double> values;
+  };
+
+  /// No points.
+  HSparsePoints();
+  /// Copies of the points, so that each has as many dimensions as it has coordinates.
+  explicit HSparsePoints(std::vector<HPointN> const& points);
+  /// An index that is not above the one before it or not below `n`, and one without a value, is
+  /// left out together with its value.
+  explicit HSparsePoints(std::vector<Row> rows);
+  HSparsePoints(HSparsePoints const& other);
+  HSparsePoints(HSparsePoints&& other) noexcept;
+  HSparsePoints& operator=(HSparsePoints const& other);
+  HSparsePoints& operator=(HSparsePoints&& other) noexcept;
+  ~HSparsePoints();
+
+  std::size_t size() const;
+  bool empty() const;
+  /// Point i with all its coordinates; outside the list a point without any.
+  HPointN at(int const& i) const;
+
+  /// As `HClusterCenter::get_center_point`, in time proportional to the members' coordinates that
+  /// are not zero, and to the dimension of the result.
+  HPointN get_center_point(std::vector<int> const& members) const;
+  /// As `HClusterDistance::get_max_radius` and `get_avg_distance`.
+  double get_max_radius(std::vector<int> const& members) const;
+  double get_avg_distance() const;
+
+ private:
+  friend class HSparseClusterMgr;
+  friend class HSparseResultMgr;
+
+  struct Content;
+  std::shared_ptr<morva::DistanceTable const> table() const;
+
+  // Null for no points.
+  std::shared_ptr<Content const> content_;
+};
