@@ -1,9 +1,8 @@
 #include "morvajieba/text_rank.h"
 
 #include <algorithm>
-#include <numeric>
+#include <array>
 #include <span>
-#include <utility>
 
 namespace morvajieba {
 
@@ -12,82 +11,102 @@ namespace {
 constexpr double damping = 0.85;
 constexpr int rounds = 10;
 
-std::uint64_t hash_of(std::uint32_t first, std::uint32_t second) {
-  return scatter(static_cast<std::uint64_t>(first) << 32 | second);
-}
-
 bool looks_like_word(std::wstring_view token) {
   return token.size() >= 2 && std::any_of(token.begin(), token.end(), [](wchar_t character) {
            return is_letter_or_digit(classify(character));
          });
 }
 
-/// The graph as rows of neighbours, one row per word. Numbers are ranks in code-point order and
-/// each row is in that order, so that sums over a row round as sums over an ordered map do.
-struct Graph {
-  struct Edge {
-    std::uint32_t neighbour;
-    std::uint32_t weight;
-  };
-
-  std::vector<std::size_t> rows;  // where each row begins, and the end of the last one
-  std::vector<Edge> edges;
+/// The graph, ready for the rounds. Words are ranks in code-point order, and each word's edges are
+/// in that order too, so that a sum over them rounds as one over an ordered map does. A word hands
+/// the same to all neighbours near which it stands equally often: this is a link, and an edge is
+/// the number of the link by which it is fed.
+struct Network {
+  std::vector<std::size_t> edge_ends;    // per word, where its edges end
+  std::vector<std::uint32_t> edges;      // links of the neighbours
+  std::vector<std::uint32_t> link_ends;  // per word, where its links end
+  std::vector<double> shares;  // per link, its share of all the weight that leaves the word
 };
 
-/// Rows in the order of the table's slots. A pair of a word with itself joins it in both
-/// directions.
-Graph collect(std::vector<PairCounts::Pair> const& pairs, std::vector<std::uint32_t> const& ranks,
-              std::size_t words) {
-  Graph graph;
-  graph.rows.assign(words + 1, 0);
-  for (auto const& [first, second, count] : pairs) {
-    if (count == 0) continue;
-    ++graph.rows[ranks[first] + 1u];
-    if (first != second) ++graph.rows[ranks[second] + 1u];
+/// Numbers the links of one word after the other.
+class LinkNumbers {
+ public:
+  explicit LinkNumbers(Network& network) : network_(&network) {}
+
+  void begin_word(std::span<NeighbourCounts::Neighbour const> neighbours) {
+    first_ = network_->shares.size();
+    sum_ = 0.0;
+    for (auto const& [neighbour, count] : neighbours) sum_ += count;
   }
-  std::partial_sum(graph.rows.begin(), graph.rows.end(), graph.rows.begin());
-  graph.edges.resize(graph.rows.back());
-  std::vector<std::size_t> ends(graph.rows.begin(), graph.rows.end() - 1);
-  for (auto const& [first, second, count] : pairs) {
-    if (count == 0) continue;
-    std::uint32_t const a = ranks[first];
-    std::uint32_t const b = ranks[second];
-    if (a == b) {
-      graph.edges[ends[a]++] = {a, 2 * count};
-    } else {
-      graph.edges[ends[a]++] = {b, count};
-      graph.edges[ends[b]++] = {a, count};
+  std::uint32_t link_for(std::uint32_t count) {
+    // The great counts are few, and have links of their own.
+    if (count >= known_.size()) return add(count);
+    if (known_[count] <= first_) known_[count] = add(count) + 1u;
+    return known_[count] - 1;
+  }
+  void end_word() {
+    network_->link_ends.push_back(static_cast<std::uint32_t>(network_->shares.size()));
+  }
+
+ private:
+  std::uint32_t add(std::uint32_t count) {
+    network_->shares.push_back(count / sum_);
+    return static_cast<std::uint32_t>(network_->shares.size() - 1);
+  }
+
+  Network* network_;
+  std::size_t first_ = 0;
+  double sum_ = 0.0;
+  std::array<std::uint32_t, 256> known_{};  // per count its link + 1, below that of an earlier word
+};
+
+/// `sorted` are the words' numbers by rank. Going through them in order and telling each neighbour
+/// sorts all edges in linear time, as every edge is there from both its ends.
+Network make_network(NeighbourCounts const& counts, std::vector<std::uint32_t> const& sorted,
+                     std::size_t numbers) {
+  Network network;
+  network.edges.resize(counts.size());
+  network.edge_ends.reserve(sorted.size());
+  network.link_ends.reserve(sorted.size());
+  network.shares.reserve(2 * sorted.size());
+  std::vector<std::size_t> places(numbers);  // by number, where its next edge goes
+  std::size_t place = 0;
+  for (std::uint32_t const number : sorted) {
+    places[number] = place;
+    place += counts.of(number).size();
+    network.edge_ends.push_back(place);
+  }
+  LinkNumbers links(network);
+  for (std::uint32_t const number : sorted) {
+    auto const neighbours = counts.of(number);
+    links.begin_word(neighbours);
+    for (auto const& [neighbour, count] : neighbours) {
+      network.edges[places[neighbour]++] = links.link_for(count);
     }
+    links.end_word();
   }
-  return graph;
+  return network;
 }
 
-/// The same graph with each row in order: going through the rows in order and telling each
-/// neighbour sorts them in linear time, as every edge stands in both its rows.
-Graph sort_rows(Graph const& graph) {
-  Graph sorted{graph.rows, std::vector<Graph::Edge>(graph.edges.size())};
-  std::vector<std::size_t> ends(graph.rows.begin(), graph.rows.end() - 1);
-  for (std::uint32_t word = 0; word + 1 < graph.rows.size(); ++word) {
-    for (std::size_t i = graph.rows[word]; i < graph.rows[word + 1]; ++i) {
-      sorted.edges[ends[graph.edges[i].neighbour]++] = {word, graph.edges[i].weight};
+std::vector<double> compute_weights(Network const& network) {
+  std::size_t const words = network.edge_ends.size();
+  std::vector<double> weights(words, 1.0 / static_cast<double>(words));
+  std::vector<double> flows(network.shares.size());  // what each link hands over
+  std::transform(network.shares.begin(), network.shares.end(), flows.begin(),
+                 [&weights](double share) { return share * weights.front(); });
+  for (int round = 0; round < rounds; ++round) {
+    std::size_t edge = 0;
+    std::size_t link = 0;
+    for (std::size_t word = 0; word < words; ++word) {
+      double sum = 0.0;
+      for (; edge < network.edge_ends[word]; ++edge) sum += flows[network.edges[edge]];
+      weights[word] = (1.0 - damping) + damping * sum;
+      for (; link < network.link_ends[word]; ++link) {
+        flows[link] = network.shares[link] * weights[word];
+      }
     }
   }
-  return sorted;
-}
-
-/// Per edge, its share of all the weight that leaves its neighbour.
-std::vector<double> compute_shares(Graph const& graph) {
-  std::size_t const words = graph.rows.size() - 1;
-  std::vector<double> sums(words, 0.0);
-  for (std::size_t word = 0; word < words; ++word) {
-    for (std::size_t i = graph.rows[word]; i < graph.rows[word + 1]; ++i) {
-      sums[word] += graph.edges[i].weight;
-    }
-  }
-  std::vector<double> shares(graph.edges.size());
-  std::transform(graph.edges.begin(), graph.edges.end(), shares.begin(),
-                 [&sums](Graph::Edge edge) { return edge.weight / sums[edge.neighbour]; });
-  return shares;
+  return weights;
 }
 
 /// Maps the weights so that the best word has 1.
@@ -98,55 +117,46 @@ void normalise(std::vector<double>& weights) {
   for (double& weight : weights) weight = (weight - offset) / range;
 }
 
+/// The places of the greatest weights, the greatest first, in order of place where they are equal.
+std::vector<std::uint32_t> find_best(std::vector<double> const& weights, std::size_t most) {
+  struct Entry {
+    double weight;
+    std::uint32_t place;
+  };
+  auto const is_better = [](Entry const& a, Entry const& b) {
+    return a.weight != b.weight ? a.weight > b.weight : a.place < b.place;
+  };
+  std::vector<Entry> entries;
+  entries.reserve(weights.size());
+  for (double const weight : weights) {
+    entries.push_back({weight, static_cast<std::uint32_t>(entries.size())});
+  }
+  if (most < entries.size()) {
+    auto const end = entries.begin() + static_cast<std::ptrdiff_t>(most);
+    std::nth_element(entries.begin(), end, entries.end(), is_better);
+    entries.erase(end, entries.end());
+  }
+  std::sort(entries.begin(), entries.end(), is_better);
+  std::vector<std::uint32_t> places(entries.size());
+  std::transform(entries.begin(), entries.end(), places.begin(),
+                 [](Entry const& entry) { return entry.place; });
+  return places;
+}
+
+/// The beginning of a word as a number, in the order of `is_before`: three code points. Whatever is
+/// no code point is equal to all of its kind.
+std::uint64_t pack_start(std::wstring_view text) {
+  constexpr unsigned bits = 21;
+  constexpr std::size_t most = 3;
+  std::uint64_t packed = 0;
+  for (std::size_t i = 0; i < most; ++i) {
+    std::uint32_t const code = i < text.size() ? code_point(text[i]) : 0;
+    packed = packed << bits | std::min(code, (1u << bits) - 1);
+  }
+  return packed;
+}
+
 }  // namespace
-
-void PairCounts::add(std::uint32_t left, std::uint32_t right) {
-  auto const [first, second] = std::minmax(left, right);
-  waiting_[waiting_count_++] = {first, second, hash_of(first, second)};
-  if (waiting_count_ == waiting_.size()) count_waiting();
-}
-
-void PairCounts::count_waiting() {
-  if ((used_ + waiting_count_) * 2 > slots_.size()) grow();
-  std::span const waiting(waiting_.data(), waiting_count_);
-  for (Waiting const& pair : waiting) __builtin_prefetch(&slots_[pair.hash & (slots_.size() - 1)]);
-  for (auto const& [first, second, hash] : waiting) {
-    Pair& pair = find(first, second, hash);
-    if (pair.count == 0) {
-      pair.first = first;
-      pair.second = second;
-      ++used_;
-    }
-    ++pair.count;
-  }
-  waiting_count_ = 0;
-}
-
-PairCounts::Pair& PairCounts::find(std::uint32_t first, std::uint32_t second, std::uint64_t hash) {
-  std::size_t const mask = slots_.size() - 1;
-  std::size_t slot = hash & mask;
-  while (slots_[slot].count != 0 &&
-         (slots_[slot].first != first || slots_[slot].second != second)) {
-    slot = (slot + 1) & mask;
-  }
-  return slots_[slot];
-}
-
-void PairCounts::grow() {
-  std::vector<Pair> old(std::max<std::size_t>(1024, slots_.size() * 2));
-  old.swap(slots_);
-  for (Pair const& pair : old) {
-    if (pair.count != 0) {
-      find(pair.first, pair.second, hash_of(pair.first, pair.second)) = pair;
-    }
-  }
-}
-
-std::vector<PairCounts::Pair> PairCounts::take() {
-  count_waiting();
-  used_ = 0;
-  return std::exchange(slots_, {});
-}
 
 void TextRank::token(std::wstring_view text) {
   if (!looks_like_word(text)) return;
@@ -154,59 +164,39 @@ void TextRank::token(std::wstring_view text) {
   WordTable::Word& word = words_.word(number);
   if (word.count == 1) word.is_stop_word = stop_words_->contains(text);
   if (word.is_stop_word) return;
-  for (std::uint64_t back = 1; back <= std::min<std::uint64_t>(reach, candidates_); ++back) {
-    pairs_.add(latest_[(candidates_ - back) % reach], number);
-  }
-  latest_[candidates_ % reach] = number;
-  ++candidates_;
+  neighbours_.add(number);
 }
 
-void TextRank::sort_words() {
-  sorted_.clear();
+std::vector<std::uint32_t> TextRank::sort_words() const {
+  struct Key {
+    std::uint64_t start;
+    std::uint32_t number;
+  };
+  std::vector<Key> keys;
+  keys.reserve(words_.size());
   for (std::uint32_t number = 0; number < words_.size(); ++number) {
-    if (!words_.word(number).is_stop_word) sorted_.push_back(number);
+    if (!words_.word(number).is_stop_word)
+      keys.push_back({pack_start(words_.text(number)), number});
   }
-  std::sort(sorted_.begin(), sorted_.end(), [this](std::uint32_t a, std::uint32_t b) {
-    return is_before(words_.text(a), words_.text(b));
+  std::sort(keys.begin(), keys.end(), [this](Key const& a, Key const& b) {
+    return a.start != b.start ? a.start < b.start
+                              : is_before(words_.text(a.number), words_.text(b.number));
   });
-}
-
-std::vector<double> TextRank::compute_weights() {
-  std::size_t const words = sorted_.size();
-  std::vector<std::uint32_t> ranks(words_.size(), 0);
-  for (std::uint32_t rank = 0; rank < words; ++rank) ranks[sorted_[rank]] = rank;
-  Graph const graph = sort_rows(collect(pairs_.take(), ranks, words));
-  std::vector<double> const shares = compute_shares(graph);
-  std::vector<double> weights(words, 1.0 / static_cast<double>(words));
-  for (int round = 0; round < rounds; ++round) {
-    for (std::size_t word = 0; word < words; ++word) {
-      double sum = 0.0;
-      for (std::size_t i = graph.rows[word]; i < graph.rows[word + 1]; ++i) {
-        sum += shares[i] * weights[graph.edges[i].neighbour];
-      }
-      weights[word] = (1.0 - damping) + damping * sum;
-    }
-  }
-  normalise(weights);
-  return weights;
+  std::vector<std::uint32_t> sorted(keys.size());
+  std::transform(keys.begin(), keys.end(), sorted.begin(),
+                 [](Key const& key) { return key.number; });
+  return sorted;
 }
 
 std::vector<Keyword> TextRank::rank(std::size_t top) {
-  sort_words();
-  if (sorted_.empty()) return {};
-  std::vector<double> const weights = compute_weights();
-  std::vector<std::uint32_t> order(sorted_.size());
-  std::iota(order.begin(), order.end(), 0u);
-  auto const wanted = static_cast<std::ptrdiff_t>(std::min(top, order.size()));
-  std::partial_sort(order.begin(), order.begin() + wanted, order.end(),
-                    [&weights](std::uint32_t a, std::uint32_t b) {
-                      return weights[a] != weights[b] ? weights[a] > weights[b] : a < b;
-                    });
-  order.resize(static_cast<std::size_t>(wanted));
+  neighbours_.finish();
+  std::vector<std::uint32_t> const sorted = sort_words();
+  if (sorted.empty()) return {};
+  std::vector<double> weights = compute_weights(make_network(neighbours_, sorted, words_.size()));
+  normalise(weights);
   std::vector<Keyword> keywords;
-  keywords.reserve(order.size());
-  for (std::uint32_t const rank : order) {
-    std::uint32_t const number = sorted_[rank];
+  for (std::uint32_t const rank : find_best(weights, top)) {
+    std::uint32_t const number = sorted[rank];
     keywords.push_back({words_.text(number), words_.word(number).count, weights[rank]});
   }
   return keywords;

@@ -1,50 +1,16 @@
 #pragma once
 
-#include <array>
 #include <cstdint>
-#include <string>
 #include <string_view>
 #include <vector>
 
 #include "host/export.h"
+#include "morvajieba/neighbour_counts.h"
 #include "morvajieba/segmenter.h"
 #include "morvajieba/stop_words.h"
 #include "morvajieba/word_table.h"
 
 namespace morvajieba {
-
-/// How often two words stand near each other, for all pairs of words that do.
-class PairCounts {
- public:
-  struct Pair {
-    std::uint32_t first;
-    std::uint32_t second;  // not below `first`
-    std::uint32_t count;   // 0: a free slot of the table
-  };
-
-  void add(std::uint32_t left, std::uint32_t right);
-  /// All pairs; the table is empty afterwards. Free slots are among them, in no order that means
-  /// anything.
-  std::vector<Pair> take();
-
- private:
-  /// A pair that waits to be counted, with its place in the table if that does not grow.
-  struct Waiting {
-    std::uint32_t first;
-    std::uint32_t second;
-    std::uint64_t hash;
-  };
-
-  void count_waiting();
-  Pair& find(std::uint32_t first, std::uint32_t second, std::uint64_t hash);
-  void grow();
-
-  std::vector<Pair> slots_;
-  std::size_t used_ = 0;
-  // The table is larger than the caches: its slots are fetched for many pairs at a time.
-  std::array<Waiting, 64> waiting_{};
-  std::size_t waiting_count_ = 0;
-};
 
 /// A keyword of a text.
 struct Keyword {
@@ -69,17 +35,12 @@ class MORVA_EXPORT TextRank : public TokenSink {
   std::vector<Keyword> rank(std::size_t top);
 
  private:
-  static constexpr std::size_t reach = 4;
-
-  void sort_words();
-  std::vector<double> compute_weights();
+  /// The candidates' numbers, in code-point order.
+  std::vector<std::uint32_t> sort_words() const;
 
   StopWords const* stop_words_;
   WordTable words_;
-  PairCounts pairs_;
-  std::array<std::uint32_t, reach> latest_{};  // the candidates before, by number of candidate
-  std::uint64_t candidates_ = 0;
-  std::vector<std::uint32_t> sorted_;  // the candidates' numbers, in code-point order
+  NeighbourCounts neighbours_;
 };
 
 }  // namespace morvajieba
