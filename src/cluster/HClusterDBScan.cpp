@@ -70,24 +70,27 @@ std::shared_ptr<morva::NeighbourMatrix const> HClusterDBScan::neighbours() const
   }
   std::shared_ptr<morva::DistanceTable const> const points = table();
   auto matrix = std::make_shared<morva::NeighbourMatrix>(points->size());
-  std::vector<char> is_near(points->size());
-  std::vector<double> similarities(mb_use_similarity ? points->size() : 0);
-  for (std::size_t i = 0; i < points->size(); ++i) {
-    std::span<char> const near = std::span<char>(is_near).subspan(i);
-    if (mb_use_similarity) {
+  if (mb_use_similarity) {
+    std::vector<double> similarities(points->size());
+    for (std::size_t i = 0; i < points->size(); ++i) {
       std::span<double> const row = std::span<double>(similarities).subspan(i);
       points->similarities((*points)[i], i, row);
-      std::transform(row.begin(), row.end(), near.begin(),
-                     [this](double x) { return static_cast<char>(x > md_similarity); });
-    } else {
-      points->within((*points)[i], i, md_eps, morva::DistanceTable::Border::outside, near);
-    }
-    for (std::size_t j = 0; j < near.size(); ++j) {
-      if (near[j] != 0) {
-        matrix->join(i, i + j);
+      for (std::size_t j = 0; j < row.size(); ++j) {
+        if (row[j] > md_similarity) {
+          matrix->join(i, i + j);
+        }
       }
     }
+    return matrix;
   }
+  morva::for_each_neighbourhood(*points, md_eps, morva::DistanceTable::Border::outside,
+                                [&](std::size_t i, std::span<char const> near) {
+                                  for (std::size_t j = 0; j < near.size(); ++j) {
+                                    if (near[j] != 0) {
+                                      matrix->join(i, i + j);
+                                    }
+                                  }
+                                });
   return matrix;
 }
 

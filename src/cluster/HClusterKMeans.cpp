@@ -50,8 +50,10 @@ HClusterKMeans::ClusterMap assign(DistanceTable const& points, std::size_t count
                                   std::make_move_iterator(means.end()));
   means.erase(used, means.end());
   DistanceTable table(std::move(means), points.form());
+  std::vector<std::size_t> nearest(count);
+  morva::find_nearest(table, points, nearest);
   for (std::size_t i = 0; i < count; ++i) {
-    clusters[static_cast<int>(table.nearest(points[i]))].push_back(static_cast<int>(i));
+    clusters[static_cast<int>(nearest[i])].push_back(static_cast<int>(i));
   }
   means = table.take_points();
   std::move(unused.begin(), unused.end(), std::back_inserter(means));

@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "numeric/internal/ascending.h"
+#include "numeric/internal/float_search.h"
 #include "numeric/internal/no_distance.h"
 
 namespace morva {
@@ -69,6 +70,13 @@ std::variant<Postings, Lanes> const& DistanceTable::columns() const {
     }
   }
   return *columns_;
+}
+
+FloatLanes const* DistanceTable::floats() const {
+  if (!floats_ && form_ == Form::dense && is_tame_ && is_uniform_ && !points_.empty()) {
+    floats_.emplace(points_, points_.front().n, FloatLanes::scale_for(points_));
+  }
+  return floats_ ? &*floats_ : nullptr;
 }
 
 void DistanceTable::mark_unequal(SparsePoint const& x, std::size_t first, std::span<double> out,
@@ -299,6 +307,9 @@ double DistanceTable::average_distance() const {
 }
 
 std::optional<FoundPair> farthest_pair(DistanceTable const& table) {
+  if (FloatLanes const* floats = table.floats()) {
+    return FloatSearch(table, *floats).farthest_pair();
+  }
   std::optional<FoundPair> result;
   for (std::size_t i = 0; i + 1 < table.size(); ++i) {
     double const floor = result ? result->distance : 0.0;
@@ -310,6 +321,9 @@ std::optional<FoundPair> farthest_pair(DistanceTable const& table) {
 }
 
 std::optional<FoundPair> closest_pair(DistanceTable const& table) {
+  if (FloatLanes const* floats = table.floats()) {
+    return FloatSearch(table, *floats).closest_pair();
+  }
   std::optional<FoundPair> result;
   for (std::size_t i = 0; i + 1 < table.size(); ++i) {
     double const ceiling = result ? result->distance : no_distance;
@@ -318,6 +332,47 @@ std::optional<FoundPair> closest_pair(DistanceTable const& table) {
     }
   }
   return result;
+}
+
+void for_each_neighbourhood(
+    DistanceTable const& table, double limit, DistanceTable::Border border,
+    std::function<void(std::size_t i, std::span<char const> near)> const& visit) {
+  FloatLanes const* floats = limit >= 0.0 ? table.floats() : nullptr;
+  if (floats != nullptr) {
+    FloatSearch(table, *floats).neighbours(limit, border, visit);
+    return;
+  }
+  std::vector<char> near(table.size());
+  for (std::size_t i = 0; i < table.size(); ++i) {
+    std::span<char> const from_i = std::span(near).subspan(i);
+    table.within(table[i], i, limit, border, from_i);
+    visit(i, from_i);
+  }
+}
+
+std::vector<std::vector<double>> smallest_distances(DistanceTable const& table, std::size_t count) {
+  if (FloatLanes const* floats = table.floats()) {
+    return FloatSearch(table, *floats).smallest_distances(count);
+  }
+  std::vector<std::vector<double>> result;
+  result.reserve(table.size());
+  for (std::size_t i = 0; i < table.size(); ++i) {
+    result.push_back(table.smallest_distances(i, count));
+  }
+  return result;
+}
+
+void find_nearest(DistanceTable const& table, DistanceTable const& points,
+                  std::span<std::size_t> out) {
+  FloatLanes const* floats = points.floats();
+  if (floats != nullptr && table.size() != 0 && floats->can_scale(table.points())) {
+    FloatLanes const own(table.points(), points[0].n, floats->scale());
+    FloatSearch(table, own).nearest(points, *floats, out);
+    return;
+  }
+  for (std::size_t i = 0; i < out.size(); ++i) {
+    out[i] = table.nearest(points[i]);
+  }
 }
 
 }  // namespace morva

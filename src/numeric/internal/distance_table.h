@@ -1,12 +1,14 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <optional>
 #include <span>
 #include <utility>
 #include <variant>
 #include <vector>
 
+#include "numeric/internal/float_lanes.h"
 #include "numeric/internal/lanes.h"
 #include "numeric/internal/postings.h"
 #include "numeric/internal/sparse_point.h"
@@ -19,7 +21,8 @@ namespace morva {
 /// All results are those of measuring pair by pair in list order with `HPointN`, bit for bit. Where
 /// most coordinates are zero, a search bounds the squares of all distances by
 /// |x|^2 + |y|^2 - 2xy, whose products are few, and measures only what the bounds leave open; data
-/// that bounds do not hold for is measured whole. What the searches need beside the points is made
+/// that bounds do not hold for is measured whole. Where few are zero, the searches over all pairs
+/// do the same with products in single precision. What the searches need beside the points is made
 /// when first needed, so that a table is for one thread.
 class DistanceTable {
  public:
@@ -41,6 +44,8 @@ class DistanceTable {
   /// Takes the points out; the table is then good for nothing else.
   std::vector<SparsePoint> take_points() { return std::move(points_); }
   SparsePoint const& operator[](std::size_t i) const { return points_[i]; }
+  /// Bounds in single precision; null where few coordinates are not zero, or no bounds hold.
+  FloatLanes const* floats() const;
 
   /// Distances, and cosine similarities, of `x` and the points from `first` on.
   void distances(SparsePoint const& x, std::size_t first, std::span<double> out) const;
@@ -78,6 +83,7 @@ class DistanceTable {
   std::vector<SparsePoint> points_;
   Form form_;
   mutable std::optional<std::variant<Postings, Lanes>> columns_;
+  mutable std::optional<FloatLanes> floats_;
   bool is_uniform_ = true;
   bool is_tame_ = true;
 };
@@ -91,5 +97,16 @@ struct FoundPair {
 };
 std::optional<FoundPair> farthest_pair(DistanceTable const& table);
 std::optional<FoundPair> closest_pair(DistanceTable const& table);
+
+/// Calls `visit(i, near)` for each point i, where `near[j]` says of point i + j what
+/// `DistanceTable::within` says.
+void for_each_neighbourhood(
+    DistanceTable const& table, double limit, DistanceTable::Border border,
+    std::function<void(std::size_t i, std::span<char const> near)> const& visit);
+/// `DistanceTable::smallest_distances` of each point.
+std::vector<std::vector<double>> smallest_distances(DistanceTable const& table, std::size_t count);
+/// `DistanceTable::nearest` in `table` of each of the first points, as many as `out` has room for.
+void find_nearest(DistanceTable const& table, DistanceTable const& points,
+                  std::span<std::size_t> out);
 
 }  // namespace morva

@@ -62,16 +62,16 @@ void copy_lanes(std::span<double const> sums, std::size_t start, std::size_t fir
             out.begin() + static_cast<std::ptrdiff_t>(from - first));
 }
 
-using SumGroups = void (*)(double const* row, double const* groups, std::size_t columns,
+using SumGroups = void (*)(double const* row, wide::Column const* groups, std::size_t columns,
                            wide::Tile& sums);
 
 // One row against tile after tile.
-void sweep(double const* row, double const* groups, std::size_t columns, SumGroups sum,
+void sweep(double const* row, wide::Column const* groups, std::size_t columns, SumGroups sum,
            std::size_t first, std::span<double> out) {
   wide::Tile sums;
   std::size_t const end = first + out.size();
   for (std::size_t start = first / sums.size() * sums.size(); start < end; start += sums.size()) {
-    sum(row, groups + start * columns, columns, sums);
+    sum(row, groups + start / lanes * columns, columns, sums);
     copy_lanes(sums, start, first, out);
   }
 }
@@ -79,19 +79,19 @@ void sweep(double const* row, double const* groups, std::size_t columns, SumGrou
 }  // namespace
 
 Lanes::Lanes(std::span<SparsePoint const> points) : columns_(column_count(points)) {
-  std::size_t const tile = lanes * groups_together;
-  data_.assign((points.size() + tile - 1) / tile * tile * columns_, 0.0);
+  constexpr std::size_t tile = lanes * groups_together;
+  groups_.resize((points.size() + tile - 1) / tile * groups_together * columns_);
   for (std::size_t j = 0; j < points.size(); ++j) {
-    std::size_t const first = j / lanes * columns_ * lanes + j % lanes;
+    wide::Column* const group = groups_.data() + j / lanes * columns_;
     for (std::size_t i = 0; i < points[j].columns.size(); ++i) {
-      data_[first + points[j].columns[i] * lanes] = points[j].values[i];
+      group[points[j].columns[i]].values[j % lanes] = points[j].values[i];
     }
   }
 }
 
 void Lanes::distances(SparsePoint const& x, std::size_t first, std::span<double> out) const {
   Row const row(x, columns_);
-  sweep(row.data(), data_.data(), columns_, wide::square_differences, first, out);
+  sweep(row.data(), groups_.data(), columns_, wide::square_differences, first, out);
   finish_distances(row, columns_, out);
 }
 
@@ -110,7 +110,7 @@ void Lanes::distances(std::span<SparsePoint const> points, std::size_t first,
       for (std::size_t i = 0; i < rows_together; ++i) {
         together[i] = rows[std::min(r + i, rows.size() - 1)].data();
       }
-      wide::square_differences(together, data_.data() + start * columns_, columns_, sums);
+      wide::square_differences(together, groups_.data() + start / lanes * columns_, columns_, sums);
       for (std::size_t i = r; i < std::min(r + rows_together, rows.size()); ++i) {
         copy_lanes(std::span<double const>(sums).subspan((i - r) * lanes, lanes), start, first,
                    out.subspan(i * count, count));
@@ -123,7 +123,7 @@ void Lanes::distances(std::span<SparsePoint const> points, std::size_t first,
 }
 
 void Lanes::dots(SparsePoint const& x, std::size_t first, std::span<double> out) const {
-  sweep(Row(x, columns_).data(), data_.data(), columns_, wide::products, first, out);
+  sweep(Row(x, columns_).data(), groups_.data(), columns_, wide::products, first, out);
 }
 
 }  // namespace morva

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "numeric/internal/sparse_point.h"
+#include "numeric/internal/wide.h"
 
 namespace morva {
 
@@ -24,8 +25,8 @@ class Lanes {
 
  private:
   std::size_t columns_ = 0;
-  // [group][column][lane]
-  std::vector<double> data_;
+  // [group][column]
+  std::vector<wide::Column> groups_;
 };
 
 }  // namespace morva

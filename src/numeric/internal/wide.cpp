@@ -1,7 +1,9 @@
 #include "numeric/internal/wide.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <limits>
 
 // On x86-64 each loop is compiled for several widths, of which the loader picks one; not under the
 // sanitizers, which start up after the loader has picked.
@@ -21,12 +23,12 @@ static_assert(float_lanes == 2 * width);
 // them.
 template <typename Term>
 [[gnu::always_inline]] inline void sum_of_rows(std::array<double const*, rows_together> const& rows,
-                                               double const* group, std::size_t columns, Tile& sums,
+                                               Column const* group, std::size_t columns, Tile& sums,
                                                Term const& term) {
   std::array<Doubles, rows_together> total{};
   for (std::size_t c = 0; c < columns; ++c) {
     Doubles column;
-    std::memcpy(&column, group + c * lanes, sizeof column);
+    std::memcpy(&column, group[c].values.data(), sizeof column);
     for (std::size_t r = 0; r < rows_together; ++r) {
       term(total[r], rows[r][c], column);
     }
@@ -35,14 +37,14 @@ template <typename Term>
 }
 
 template <typename Term>
-[[gnu::always_inline]] inline void sum_of_groups(double const* row, double const* groups,
+[[gnu::always_inline]] inline void sum_of_groups(double const* row, Column const* groups,
                                                  std::size_t columns, Tile& sums,
                                                  Term const& term) {
   std::array<Doubles, groups_together> total{};
   for (std::size_t c = 0; c < columns; ++c) {
     for (std::size_t g = 0; g < groups_together; ++g) {
       Doubles column;
-      std::memcpy(&column, groups + (g * columns + c) * lanes, sizeof column);
+      std::memcpy(&column, groups[g * columns + c].values.data(), sizeof column);
       term(total[g], row[c], column);
     }
   }
@@ -62,7 +64,7 @@ constexpr auto add_product = [](Doubles& total, double a, Doubles const& column)
 #if defined(__x86_64__) && !defined(MORVA_SANITIZED)
 [[gnu::target_clones("avx512f", "avx2", "default")]]
 #endif
-void square_differences(std::array<double const*, rows_together> const& rows, double const* group,
+void square_differences(std::array<double const*, rows_together> const& rows, Column const* group,
                         std::size_t columns, Tile& sums) {
   sum_of_rows(rows, group, columns, sums, add_square);
 }
@@ -70,37 +72,107 @@ void square_differences(std::array<double const*, rows_together> const& rows, do
 #if defined(__x86_64__) && !defined(MORVA_SANITIZED)
 [[gnu::target_clones("avx512f", "avx2", "default")]]
 #endif
-void square_differences(double const* row, double const* groups, std::size_t columns, Tile& sums) {
+void square_differences(double const* row, Column const* groups, std::size_t columns, Tile& sums) {
   sum_of_groups(row, groups, columns, sums, add_square);
 }
 
 #if defined(__x86_64__) && !defined(MORVA_SANITIZED)
 [[gnu::target_clones("avx512f", "avx2", "default")]]
 #endif
-void products(double const* row, double const* groups, std::size_t columns, Tile& sums) {
+void products(double const* row, Column const* groups, std::size_t columns, Tile& sums) {
   sum_of_groups(row, groups, columns, sums, add_product);
 }
 
 #if defined(__x86_64__) && !defined(MORVA_SANITIZED)
 [[gnu::target_clones("avx512f", "avx2", "default")]]
 #endif
-void products(float const* rows, std::size_t stride, float const* group, std::size_t columns,
-              FloatTile& sums) {
-  std::array<Floats, rows_together> low{};
-  std::array<Floats, rows_together> high{};
+void square_bounds(FloatRows const& rows, FloatRows const& group, std::size_t columns,
+                   std::size_t stride, float* low, float* high) {
+  std::array<Floats, rows_together> first{};
+  std::array<Floats, rows_together> second{};
   for (std::size_t c = 0; c < columns; ++c) {
-    Floats low_column;
-    Floats high_column;
-    std::memcpy(&low_column, group + c * float_lanes, sizeof low_column);
-    std::memcpy(&high_column, group + c * float_lanes + width, sizeof high_column);
+    Floats first_column;
+    Floats second_column;
+    auto const& column = group.columns[c].values;
+    std::memcpy(&first_column, column.data(), sizeof first_column);
+    std::memcpy(&second_column, column.data() + width, sizeof second_column);
+    float const* const x = rows.columns[c].values.data() + rows.lane;
     for (std::size_t r = 0; r < rows_together; ++r) {
-      low[r] += rows[c * stride + r] * low_column;
-      high[r] += rows[c * stride + r] * high_column;
+      first[r] += x[r] * first_column;
+      second[r] += x[r] * second_column;
     }
   }
+  std::array<float, float_lanes> products;
   for (std::size_t r = 0; r < rows_together; ++r) {
-    std::memcpy(sums.data() + r * float_lanes, &low[r], sizeof low[r]);
-    std::memcpy(sums.data() + r * float_lanes + width, &high[r], sizeof high[r]);
+    std::memcpy(products.data(), &first[r], sizeof first[r]);
+    std::memcpy(products.data() + width, &second[r], sizeof second[r]);
+    for (std::size_t j = 0; j < float_lanes; ++j) {
+      low[r * stride + j] = rows.low[r] + group.low[j] - 2.0F * products[j];
+      high[r * stride + j] = rows.high[r] + group.high[j] - 2.0F * products[j];
+    }
+  }
+}
+
+#if defined(__x86_64__) && !defined(MORVA_SANITIZED)
+[[gnu::target_clones("avx512f", "avx2", "default")]]
+#endif
+float greatest(std::span<float const> values) {
+  std::array<float, width> result;
+  result.fill(-std::numeric_limits<float>::infinity());
+  std::size_t const whole = values.size() / width * width;
+  for (std::size_t i = 0; i < whole; i += width) {
+    for (std::size_t lane = 0; lane < width; ++lane) {
+      result[lane] = values[i + lane] > result[lane] ? values[i + lane] : result[lane];
+    }
+  }
+  for (float const value : values.subspan(whole)) {
+    result[0] = value > result[0] ? value : result[0];
+  }
+  return *std::max_element(result.begin(), result.end());
+}
+
+#if defined(__x86_64__) && !defined(MORVA_SANITIZED)
+[[gnu::target_clones("avx512f", "avx2", "default")]]
+#endif
+float least(std::span<float const> values) {
+  std::array<float, width> result;
+  result.fill(std::numeric_limits<float>::infinity());
+  std::size_t const whole = values.size() / width * width;
+  for (std::size_t i = 0; i < whole; i += width) {
+    for (std::size_t lane = 0; lane < width; ++lane) {
+      result[lane] = values[i + lane] < result[lane] ? values[i + lane] : result[lane];
+    }
+  }
+  for (float const value : values.subspan(whole)) {
+    result[0] = value < result[0] ? value : result[0];
+  }
+  return *std::min_element(result.begin(), result.end());
+}
+
+#if defined(__x86_64__) && !defined(MORVA_SANITIZED)
+[[gnu::target_clones("avx2", "default")]]
+#endif
+void compare(std::span<float const> low, std::span<float const> high, float below, float above,
+             std::span<char> out) {
+  for (std::size_t j = 0; j < out.size(); ++j) {
+    out[j] =
+        static_cast<char>(static_cast<int>(low[j] <= above) + static_cast<int>(high[j] < below));
+  }
+}
+
+#if defined(__x86_64__) && !defined(MORVA_SANITIZED)
+[[gnu::target_clones("avx512f", "avx2", "default")]]
+#endif
+void least_of_strands(std::span<float const> values, std::array<float, strands>& out) {
+  out.fill(std::numeric_limits<float>::infinity());
+  std::size_t const whole = values.size() / strands * strands;
+  for (std::size_t i = 0; i < whole; i += strands) {
+    for (std::size_t s = 0; s < strands; ++s) {
+      out[s] = values[i + s] < out[s] ? values[i + s] : out[s];
+    }
+  }
+  for (std::size_t i = whole; i < values.size(); ++i) {
+    out[i - whole] = values[i] < out[i - whole] ? values[i] : out[i - whole];
   }
 }
 

@@ -16,22 +16,48 @@ inline constexpr std::size_t float_lanes = 32;
 inline constexpr std::size_t rows_together = 4;
 inline constexpr std::size_t groups_together = 4;
 
-/// A tile of sums: of each row in turn, or of each group.
+/// One column of a group, as long as a cache line or two.
+struct alignas(64) Column {
+  std::array<double, lanes> values{};
+};
+struct alignas(64) FloatColumn {
+  std::array<float, float_lanes> values{};
+};
+
+/// Sums of each row in turn, or of each group.
 using Tile = std::array<double, rows_together * lanes>;
-using FloatTile = std::array<float, rows_together * float_lanes>;
 
 /// The sums over `columns` columns of the squares of the differences of each row and the points of
-/// a group, or of one row and the points of several groups that follow each other; a group holds
-/// `lanes` values for each column.
-void square_differences(std::array<double const*, rows_together> const& rows, double const* group,
+/// a group, or of one row and the points of `groups_together` groups that follow each other.
+void square_differences(std::array<double const*, rows_together> const& rows, Column const* group,
                         std::size_t columns, Tile& sums);
-void square_differences(double const* row, double const* groups, std::size_t columns, Tile& sums);
+void square_differences(double const* row, Column const* groups, std::size_t columns, Tile& sums);
 /// The same with the products.
-void products(double const* row, double const* groups, std::size_t columns, Tile& sums);
+void products(double const* row, Column const* groups, std::size_t columns, Tile& sums);
 
-/// The products of floats, where the value of row r at a column is `rows[column * stride + r]`.
-void products(float const* rows, std::size_t stride, float const* group, std::size_t columns,
-              FloatTile& sums);
+/// Points of a group of floats from one of them on, with bounds on the squares of their lengths.
+struct FloatRows {
+  FloatColumn const* columns;
+  std::size_t lane;
+  float const* low;
+  float const* high;
+};
+
+/// For `rows_together` rows and the points of a whole group, |x|^2 + |y|^2 - 2xy from the low and
+/// from the high bounds: to `low[r * stride + j]` and `high[r * stride + j]`.
+void square_bounds(FloatRows const& rows, FloatRows const& group, std::size_t columns,
+                   std::size_t stride, float* low, float* high);
+
+/// The greatest and the smallest of all; minus infinity, and infinity, of none. No NaN.
+float greatest(std::span<float const> values);
+float least(std::span<float const> values);
+/// `out[j]` becomes the number of what holds of these: `low[j]` is not above `above`, and `high[j]`
+/// is below `below`.
+void compare(std::span<float const> low, std::span<float const> high, float below, float above,
+             std::span<char> out);
+/// The smallest of each of `strands` strands of values: strand s has the values s, s + strands, ...
+inline constexpr std::size_t strands = 128;
+void least_of_strands(std::span<float const> values, std::array<float, strands>& out);
 
 /// Adds a value to all.
 void add_to_all(double value, std::span<double> out);

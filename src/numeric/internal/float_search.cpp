@@ -1,0 +1,198 @@
+#include "numeric/internal/float_search.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <cstring>
+#include <limits>
+
+#include "numeric/internal/ascending.h"
+#include "numeric/internal/no_distance.h"
+#include "numeric/internal/wide.h"
+
+namespace morva {
+
+namespace {
+
+constexpr float infinity = std::numeric_limits<float>::infinity();
+// What `wide::compare` says of bounds.
+enum State : char { outside = 0, open = 1, inside = 2 };
+
+}  // namespace
+
+FloatSearch::FloatSearch(DistanceTable const& table, FloatLanes const& floats)
+    : table_(table), floats_(floats), states_(table.size()) {}
+
+// Calls `visit(i, first, lows, highs)` for each point i with the bounds to a part of the points,
+// those from `first` on.
+template <typename Visit>
+void FloatSearch::for_each_row(Part part, Visit const& visit) {
+  std::size_t const size = table_.size();
+  for (std::size_t block = 0; block < size; block += wide::rows_together) {
+    floats_.bound_squares(floats_, block, part == Part::all ? 0 : block, bounds_);
+    for (std::size_t i = block; i < std::min(size, block + wide::rows_together); ++i) {
+      std::size_t const first = part == Part::all ? 0 : i + (part == Part::behind ? 1 : 0);
+      visit(i, first, bounds_.lows(i - block, first, size), bounds_.highs(i - block, first, size));
+    }
+  }
+}
+
+// Collects the points whose state is open; `states[0]` is that of point `first`.
+void FloatSearch::list_open(std::span<char const> states, std::size_t first) {
+  open_.clear();
+  std::size_t j = 0;
+  for (; j + sizeof(std::uint64_t) <= states.size(); j += sizeof(std::uint64_t)) {
+    std::uint64_t several;
+    std::memcpy(&several, states.data() + j, sizeof several);
+    constexpr std::uint64_t each_open = 0x0101010101010101;
+    if ((several & each_open) == 0) {
+      continue;
+    }
+    for (std::size_t k = j; k < j + sizeof several; ++k) {
+      if (states[k] == open) {
+        open_.push_back(first + k);
+      }
+    }
+  }
+  for (; j < states.size(); ++j) {
+    if (states[j] == open) {
+      open_.push_back(first + j);
+    }
+  }
+}
+
+// Calls `visit(j, distance)` for the open points j in their order, which are at `first` or behind.
+template <typename Visit>
+void FloatSearch::measure(SparsePoint const& x, std::size_t first, Visit const& visit) {
+  // Where there are many, one sweep is cheaper than pair by pair.
+  if (open_.size() > 16 && open_.size() > (table_.size() - first) / 8) {
+    exact_.resize(table_.size() - first);
+    table_.distances(x, first, exact_);
+    for (std::size_t const j : open_) {
+      visit(j, exact_[j - first]);
+    }
+    return;
+  }
+  for (std::size_t const j : open_) {
+    visit(j, distance(x, table_[j]));
+  }
+}
+
+std::optional<FoundPair> FloatSearch::farthest_pair() {
+  std::optional<FoundPair> result;
+  double greatest = 0.0;
+  float reach = floats_.square_of(greatest).low;
+  for_each_row(Part::behind, [&](std::size_t i, std::size_t first, auto lows, auto highs) {
+    if (wide::greatest(highs) < reach) {
+      return;
+    }
+    reach = std::max(reach, wide::greatest(lows));
+    auto const states = std::span(states_).first(lows.size());
+    // Open is what is not certainly below.
+    wide::compare(lows, highs, reach, infinity, states);
+    list_open(states, first);
+    measure(table_[i], first, [&](std::size_t j, double measured) {
+      if (measured > greatest) {
+        greatest = measured;
+        result = FoundPair{i, j, measured};
+      }
+    });
+    reach = std::max(reach, floats_.square_of(greatest).low);
+  });
+  return result;
+}
+
+std::optional<FoundPair> FloatSearch::closest_pair() {
+  std::optional<FoundPair> result;
+  double least = no_distance;
+  float reach = infinity;
+  for_each_row(Part::behind, [&](std::size_t i, std::size_t first, auto lows, auto highs) {
+    if (least == 0.0 || wide::least(lows) > reach) {
+      return;
+    }
+    reach = std::min(reach, wide::least(highs));
+    auto const states = std::span(states_).first(lows.size());
+    wide::compare(lows, highs, -infinity, reach, states);
+    list_open(states, first);
+    measure(table_[i], first, [&](std::size_t j, double measured) {
+      if (measured < least) {
+        least = measured;
+        result = FoundPair{i, j, measured};
+      }
+    });
+    reach = std::min(reach, floats_.square_of(least).high);
+  });
+  return result;
+}
+
+void FloatSearch::neighbours(double limit, DistanceTable::Border border, Rows const& visit) {
+  FloatLanes::Square const square = floats_.square_of(limit);
+  for_each_row(Part::from_itself, [&](std::size_t i, std::size_t first, auto lows, auto highs) {
+    auto const states = std::span(states_).first(lows.size());
+    wide::compare(lows, highs, square.low, square.high, states);
+    list_open(states, first);
+    measure(table_[i], first, [&](std::size_t j, double measured) {
+      bool const is_in =
+          border == DistanceTable::Border::inside ? measured <= limit : measured < limit;
+      states[j - first] = is_in ? inside : outside;
+    });
+    visit(i, states);
+  });
+}
+
+std::vector<std::vector<double>> FloatSearch::smallest_distances(std::size_t count) {
+  std::vector<std::vector<double>> result;
+  result.reserve(table_.size());
+  std::array<float, wide::strands> least;
+  for_each_row(Part::all, [&](std::size_t i, std::size_t /*first*/, auto lows, auto highs) {
+    // Each strand has at least one value that is not above its smallest: of count + 1 of them, one
+    // can be that of point i.
+    float reach = infinity;
+    if (count + 1 < least.size()) {
+      wide::least_of_strands(highs, least);
+      std::nth_element(least.begin(), least.begin() + static_cast<std::ptrdiff_t>(count),
+                       least.end());
+      reach = least[count];
+    }
+    wide::compare(lows, highs, -infinity, reach, states_);
+    states_[i] = outside;
+    list_open(states_, 0);
+    std::vector<double> distances;
+    distances.reserve(open_.size());
+    measure(table_[i], 0,
+            [&](std::size_t /*j*/, double measured) { distances.push_back(measured); });
+    result.push_back(smallest(count, std::move(distances)));
+  });
+  return result;
+}
+
+void FloatSearch::nearest(DistanceTable const& points, FloatLanes const& floats,
+                          std::span<std::size_t> out) {
+  std::size_t const size = table_.size();
+  for (std::size_t block = 0; block < out.size(); block += wide::rows_together) {
+    floats_.bound_squares(floats, block, 0, bounds_);
+    for (std::size_t i = block; i < std::min(out.size(), block + wide::rows_together); ++i) {
+      auto const lows = bounds_.lows(i - block, 0, size);
+      float const reach = wide::least(bounds_.highs(i - block, 0, size));
+      open_.clear();
+      for (std::size_t j = 0; j < size; ++j) {
+        if (lows[j] <= reach) {
+          open_.push_back(j);
+        }
+      }
+      out[i] = open_.empty() ? 0 : open_.front();
+      if (open_.size() < 2) {
+        continue;
+      }
+      double least = no_distance;
+      measure(points[i], 0, [&](std::size_t j, double measured) {
+        if (measured <= least) {
+          least = measured;
+          out[i] = j;
+        }
+      });
+    }
+  }
+}
+
+}  // namespace morva

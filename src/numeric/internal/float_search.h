@@ -1,0 +1,47 @@
+#pragma once
+
+#include <cstddef>
+#include <functional>
+#include <optional>
+#include <span>
+#include <vector>
+
+#include "numeric/internal/distance_table.h"
+#include "numeric/internal/float_lanes.h"
+
+namespace morva {
+
+/// The searches of a `DistanceTable` over all pairs of its points, with bounds for all and exact
+/// distances only where the bounds leave something open: those of few pairs as a rule, of all where
+/// distances tie.
+class FloatSearch {
+ public:
+  using Rows = std::function<void(std::size_t i, std::span<char const> is_near)>;
+
+  FloatSearch(DistanceTable const& table, FloatLanes const& floats);
+
+  std::optional<FoundPair> farthest_pair();
+  std::optional<FoundPair> closest_pair();
+  void neighbours(double limit, DistanceTable::Border border, Rows const& visit);
+  std::vector<std::vector<double>> smallest_distances(std::size_t count);
+  /// `points` has the bounds `floats` in the scale of this table.
+  void nearest(DistanceTable const& points, FloatLanes const& floats, std::span<std::size_t> out);
+
+ private:
+  enum class Part { all, from_itself, behind };
+  template <typename Visit>
+  void for_each_row(Part part, Visit const& visit);
+  template <typename Visit>
+  void measure(SparsePoint const& x, std::size_t first, Visit const& visit);
+  void list_open(std::span<char const> states, std::size_t first);
+
+  DistanceTable const& table_;
+  FloatLanes const& floats_;
+  FloatLanes::Bounds bounds_;
+  // What is left open of a row, and room for a whole one.
+  std::vector<char> states_;
+  std::vector<std::size_t> open_;
+  std::vector<double> exact_;
+};
+
+}  // namespace morva
