@@ -1,6 +1,8 @@
 #include "host/HJieba.h"
 
-#include <string>
+#include <map>
+#include <string_view>
+#include <vector>
 
 #include "host/HStutterDict.h"
 #include "host/native_path.h"
@@ -28,13 +30,28 @@ HString to_string(std::wstring_view text) {
   return HString(text.data(), static_cast<int>(text.size()));
 }
 
+/// The few parts of speech as strings, made once for all words of a list.
+class TagStrings {
+ public:
+  HString const& of(std::string_view tag) {
+    auto const found = strings_.find(tag);
+    return found != strings_.end()
+               ? found->second
+               : strings_.emplace(tag, HString(morvabs::from_utf8(tag).c_str())).first->second;
+  }
+
+ private:
+  std::map<std::string_view, HString> strings_;
+};
+
 void deliver(morvajieba::TextRank& text_rank, unsigned long top, std::vector<WordNode>& words) {
   std::vector<morvajieba::Keyword> const keywords = text_rank.rank(top);
+  TagStrings tags;
   words.reserve(keywords.size());
   for (morvajieba::Keyword const& keyword : keywords) {
     WordNode& node = words.emplace_back();
     node.word = to_string(keyword.text);
-    node.tag = HString(morvabs::from_utf8(engine().lexicon().tag(keyword.text)).c_str());
+    node.tag = tags.of(engine().lexicon().tag(keyword.text));
     node.count = static_cast<std::int32_t>(keyword.count);
     node.weight = keyword.weight;
   }

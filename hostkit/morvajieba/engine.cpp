@@ -19,7 +19,7 @@ constexpr std::int64_t most_list_bytes = std::int64_t{16} << 20;
 /// What is read of one text file.
 constexpr std::int64_t most_text_bytes = std::int64_t{1} << 30;
 constexpr std::int64_t chunk_bytes = std::int64_t{1} << 20;
-constexpr int piece_characters = 1 << 16;
+constexpr std::size_t piece_characters = std::size_t{1} << 16;
 
 std::string encoding_of(std::string_view bytes, std::size_t& mark_length) {
   morvabs::DetectedEncoding const found = morvabs::detect_encoding(bytes);
@@ -71,8 +71,10 @@ bool Engine::load(std::string const& directory) {
 void Engine::cut(HString const& text, TokenSink& sink) {
   Segmenter segmenter(*lexicon_);
   TextFeeder feeder(segmenter, sink);
-  for (int start = 0; start < text.length(); start += piece_characters) {
-    feeder.feed(text.substr(start, piece_characters).get_ws());
+  for (std::wstring_view rest = text_view(text); !rest.empty();) {
+    std::wstring_view const piece = rest.substr(0, piece_characters);
+    feeder.feed(piece);
+    rest.remove_prefix(piece.size());
   }
   feeder.finish();
 }

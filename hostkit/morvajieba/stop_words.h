@@ -1,10 +1,9 @@
 #pragma once
 
-#include <set>
-#include <string>
 #include <string_view>
 
 #include "host/export.h"
+#include "morvajieba/word_table.h"
 
 namespace morvajieba {
 
@@ -24,8 +23,10 @@ class MORVA_EXPORT StopWords {
   bool contains(std::wstring_view word) const;
 
  private:
-  std::set<std::wstring, std::less<>> own_;
-  std::set<std::wstring_view> builtin_;
+  void add(std::wstring_view word);
+
+  WordTable words_;  // in lower case
+  std::size_t longest_ = 0;
 };
 
 }  // namespace morvajieba

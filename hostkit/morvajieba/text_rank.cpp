@@ -143,19 +143,6 @@ std::vector<std::uint32_t> find_best(std::vector<double> const& weights, std::si
   return places;
 }
 
-/// The beginning of a word as a number, in the order of `is_before`: three code points. Whatever is
-/// no code point is equal to all of its kind.
-std::uint64_t pack_start(std::wstring_view text) {
-  constexpr unsigned bits = 21;
-  constexpr std::size_t most = 3;
-  std::uint64_t packed = 0;
-  for (std::size_t i = 0; i < most; ++i) {
-    std::uint32_t const code = i < text.size() ? code_point(text[i]) : 0;
-    packed = packed << bits | std::min(code, (1u << bits) - 1);
-  }
-  return packed;
-}
-
 }  // namespace
 
 void TextRank::token(std::wstring_view text) {
@@ -175,8 +162,8 @@ std::vector<std::uint32_t> TextRank::sort_words() const {
   std::vector<Key> keys;
   keys.reserve(words_.size());
   for (std::uint32_t number = 0; number < words_.size(); ++number) {
-    if (!words_.word(number).is_stop_word)
-      keys.push_back({pack_start(words_.text(number)), number});
+    WordTable::Word const& word = words_.word(number);
+    if (!word.is_stop_word) keys.push_back({word.start, number});
   }
   std::sort(keys.begin(), keys.end(), [this](Key const& a, Key const& b) {
     return a.start != b.start ? a.start < b.start
