@@ -12,13 +12,29 @@ constexpr double greatest_nearest = 4503599627370496.0;
 
 using Lists = std::vector<std::vector<double>>;
 
+// How far the neighbours of a point reach, and its nearest.
+struct Reach {
+  double farthest;
+  double nearest;
+};
+
+Reach reach_of(std::vector<double> const& values) {
+  return {HParaPrefer::get_max_nearest(values), HParaPrefer::get_min_nearest(values)};
+}
+
 // The smallest values of each point against all others, ascending: at first few, and more of them
 // as soon as they are asked for.
 class ValueLists {
  public:
   ValueLists(morva::DistanceTable const& table, bool use_distance)
-      : table_(table), use_distance_(use_distance), prefixes_(table.size()) {}
+      : table_(table), use_distance_(use_distance), prefixes_(table.size()) {
+    if (measures_together()) {
+      prefixes_ = morva::smallest_distances(table, kept_values);
+    }
+  }
 
+  // Whether the lists are best made all at once.
+  bool measures_together() const { return use_distance_ && table_.floats() != nullptr; }
   std::size_t size() const { return table_.size(); }
   std::size_t length() const { return table_.size() - 1; }
 
@@ -49,8 +65,33 @@ class ValueLists {
     }
   }
 
+  // What `get_nearest_value` picks from each list, without making the lists: the first values and
+  // all that are not above the limit, of which the last tells.
+  std::vector<Reach> reaches_together(double average, int min_points) {
+    double const limit = average + margin;
+    auto const wanted = static_cast<std::size_t>(min_points);
+    if (wanted > length()) {
+      return std::vector<Reach>(size(), reach_of(std::vector<double>(length(), 0.0)));
+    }
+    std::vector<double> const farthest = morva::greatest_within(table_, limit);
+    std::vector<Reach> reaches;
+    for (std::size_t i = 0; i < size(); ++i) {
+      read(i, wanted, [&](std::vector<double> const& list) {
+        auto const first = list.begin() + static_cast<std::ptrdiff_t>(wanted);
+        Reach reach = reach_of({list.begin(), first});
+        reach.farthest = std::max(reach.farthest, farthest[i]);
+        if (!list.empty() && list.front() <= limit) {
+          reach.nearest = std::min(reach.nearest, list.front());
+        }
+        reaches.push_back(reach);
+        return std::size_t{0};
+      });
+    }
+    return reaches;
+  }
+
  private:
-  static constexpr std::size_t kept_values = 32;
+  static constexpr std::size_t kept_values = 8;
 
   morva::DistanceTable const& table_;
   bool use_distance_;
@@ -58,27 +99,22 @@ class ValueLists {
 };
 
 // The mean reach of the points whose nearest neighbour lies within `limit`.
-double mean_reach(std::vector<double> const& reaches, std::vector<double> const& nearest,
-                  double limit) {
+double mean_reach(std::vector<Reach> const& reaches, double limit) {
   std::vector<double> kept;
-  for (std::size_t i = 0; i < nearest.size(); ++i) {
-    if (nearest[i] <= limit) {
-      kept.push_back(reaches[i]);
+  for (Reach const& reach : reaches) {
+    if (reach.nearest <= limit) {
+      kept.push_back(reach.farthest);
     }
   }
   return HParaPrefer::get_vt_avg(kept);
 }
 
-// The estimate over `count` lists of one length. `read(i, at_least, take)` calls `take` with list
-// i, or with so much of its beginning, at least that many values, that `take` uses fewer than it
-// gets.
+// Of `count` lists, the mean of the values that the first `min_points` different ones reach.
+// `read(i, at_least, take)` calls `take` with list i, or with so much of its beginning, at least
+// that many values, that `take` uses fewer than it gets.
 template <typename Read>
-double estimate(std::size_t count, std::size_t length, int min_points, Read const& read) {
-  if (count == 0) {
-    return 0.0;
-  }
+double average_reach(std::size_t count, int min_points, Read const& read) {
   std::vector<double> reaches;
-  std::vector<double> nearest;
   std::vector<double> part;
   for (std::size_t i = 0; i < count; ++i) {
     read(i, 0, [&](std::vector<double> const& list) {
@@ -88,18 +124,27 @@ double estimate(std::size_t count, std::size_t length, int min_points, Read cons
     });
     reaches.push_back(HParaPrefer::get_max_nearest(part));
   }
-  double const average = HParaPrefer::get_vt_avg(reaches);
+  return HParaPrefer::get_vt_avg(reaches);
+}
+
+// The estimate over `count` lists of one length.
+template <typename Read>
+double estimate(std::size_t count, std::size_t length, int min_points, Read const& read) {
+  if (count == 0) {
+    return 0.0;
+  }
+  double const average = average_reach(count, min_points, read);
   std::size_t const at_least = std::min(static_cast<std::size_t>(min_points), length) + 1;
-  reaches.clear();
+  std::vector<Reach> reaches;
+  std::vector<double> part;
   for (std::size_t i = 0; i < count; ++i) {
     read(i, at_least, [&](std::vector<double> const& list) {
       HParaPrefer::get_nearest_value(list, average, min_points, part);
       return part.size();
     });
-    reaches.push_back(HParaPrefer::get_max_nearest(part));
-    nearest.push_back(HParaPrefer::get_min_nearest(part));
+    reaches.push_back(reach_of(part));
   }
-  return mean_reach(reaches, nearest, average);
+  return mean_reach(reaches, average);
 }
 
 }  // namespace
@@ -117,10 +162,14 @@ double HParaPrefer::eps_of(morva::DistanceTable const& table, int min_points, bo
     return 0.0;
   }
   ValueLists lists(table, use_distance);
-  return estimate(lists.size(), lists.length(), min_points,
-                  [&](std::size_t i, std::size_t at_least, auto const& take) {
-                    lists.read(i, at_least, take);
-                  });
+  auto const read = [&](std::size_t i, std::size_t at_least, auto const& take) {
+    lists.read(i, at_least, take);
+  };
+  if (lists.measures_together()) {
+    double const average = average_reach(lists.size(), min_points, read);
+    return mean_reach(lists.reaches_together(average, min_points), average);
+  }
+  return estimate(lists.size(), lists.length(), min_points, read);
 }
 
 void HParaPrefer::get_vt_all(std::vector<HPointN> const& points, Lists& lists, bool use_distance) {

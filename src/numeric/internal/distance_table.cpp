@@ -362,6 +362,23 @@ std::vector<std::vector<double>> smallest_distances(DistanceTable const& table, 
   return result;
 }
 
+std::vector<double> greatest_within(DistanceTable const& table, double limit) {
+  if (FloatLanes const* floats = table.floats(); floats != nullptr && limit >= 0.0) {
+    return FloatSearch(table, *floats).greatest_within(limit);
+  }
+  std::vector<double> result(table.size(), 0.0);
+  std::vector<double> row(table.size());
+  for (std::size_t i = 0; i < table.size(); ++i) {
+    table.distances(table[i], 0, row);
+    for (std::size_t j = 0; j < row.size(); ++j) {
+      if (j != i && row[j] > result[i] && row[j] <= limit) {
+        result[i] = row[j];
+      }
+    }
+  }
+  return result;
+}
+
 void find_nearest(DistanceTable const& table, DistanceTable const& points,
                   std::span<std::size_t> out) {
   FloatLanes const* floats = points.floats();

@@ -105,6 +105,9 @@ void for_each_neighbourhood(
     std::function<void(std::size_t i, std::span<char const> near)> const& visit);
 /// `DistanceTable::smallest_distances` of each point.
 std::vector<std::vector<double>> smallest_distances(DistanceTable const& table, std::size_t count);
+/// Of each point, the greatest distance to another that is not above the limit; 0.0 where there is
+/// none.
+std::vector<double> greatest_within(DistanceTable const& table, double limit);
 /// `DistanceTable::nearest` in `table` of each of the first points, as many as `out` has room for.
 void find_nearest(DistanceTable const& table, DistanceTable const& points,
                   std::span<std::size_t> out);

@@ -166,6 +166,24 @@ std::vector<std::vector<double>> FloatSearch::smallest_distances(std::size_t cou
   return result;
 }
 
+std::vector<double> FloatSearch::greatest_within(double limit) {
+  FloatLanes::Square const square = floats_.square_of(limit);
+  std::vector<double> result(table_.size(), 0.0);
+  for_each_row(Part::all, [&](std::size_t i, std::size_t /*first*/, auto lows, auto highs) {
+    // Open is what may be within the limit and is not certainly less than another within it.
+    float const reach = wide::greatest_below(square.low, lows, highs);
+    wide::compare(lows, highs, reach, square.high, states_);
+    states_[i] = outside;
+    list_open(states_, 0);
+    measure(table_[i], 0, [&](std::size_t /*j*/, double measured) {
+      if (measured > result[i] && measured <= limit) {
+        result[i] = measured;
+      }
+    });
+  });
+  return result;
+}
+
 void FloatSearch::nearest(DistanceTable const& points, FloatLanes const& floats,
                           std::span<std::size_t> out) {
   std::size_t const size = table_.size();

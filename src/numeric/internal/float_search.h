@@ -24,6 +24,7 @@ class FloatSearch {
   std::optional<FoundPair> closest_pair();
   void neighbours(double limit, DistanceTable::Border border, Rows const& visit);
   std::vector<std::vector<double>> smallest_distances(std::size_t count);
+  std::vector<double> greatest_within(double limit);
   /// `points` has the bounds `floats` in the scale of this table.
   void nearest(DistanceTable const& points, FloatLanes const& floats, std::span<std::size_t> out);
 

@@ -150,6 +150,26 @@ float least(std::span<float const> values) {
 }
 
 #if defined(__x86_64__) && !defined(MORVA_SANITIZED)
+[[gnu::target_clones("avx512f", "avx2", "default")]]
+#endif
+float greatest_below(float limit, std::span<float const> low, std::span<float const> high) {
+  std::array<float, width> result;
+  result.fill(-std::numeric_limits<float>::infinity());
+  std::size_t const whole = low.size() / width * width;
+  for (std::size_t i = 0; i < whole; i += width) {
+    for (std::size_t lane = 0; lane < width; ++lane) {
+      bool const counts = high[i + lane] < limit;
+      float const value = counts ? low[i + lane] : -std::numeric_limits<float>::infinity();
+      result[lane] = value > result[lane] ? value : result[lane];
+    }
+  }
+  for (std::size_t i = whole; i < low.size(); ++i) {
+    result[0] = high[i] < limit && low[i] > result[0] ? low[i] : result[0];
+  }
+  return *std::max_element(result.begin(), result.end());
+}
+
+#if defined(__x86_64__) && !defined(MORVA_SANITIZED)
 [[gnu::target_clones("avx2", "default")]]
 #endif
 void compare(std::span<float const> low, std::span<float const> high, float below, float above,

@@ -51,6 +51,8 @@ void square_bounds(FloatRows const& rows, FloatRows const& group, std::size_t co
 /// The greatest and the smallest of all; minus infinity, and infinity, of none. No NaN.
 float greatest(std::span<float const> values);
 float least(std::span<float const> values);
+/// The greatest of the low bounds whose high one is below the limit; minus infinity of none.
+float greatest_below(float limit, std::span<float const> low, std::span<float const> high);
 /// `out[j]` becomes the number of what holds of these: `low[j]` is not above `above`, and `high[j]`
 /// is below `below`.
 void compare(std::span<float const> low, std::span<float const> high, float below, float above,
