@@ -36,6 +36,7 @@
 #include "console/HClusterFileExtractor.h"
 #include "console/HClusterTest.h"
 #include "dna/HFileDNA.h"
+#include "dna/HFileDNAList.h"
 #include "dna/HFileMatchDNA.h"
 #include "dna/HFileSimHash.h"
 #include "features/HClusterFileData.h"

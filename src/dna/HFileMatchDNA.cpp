@@ -1,27 +1,19 @@
 #include "dna/HFileMatchDNA.h"
 
-#include <bit>
-#include <cstddef>
-#include <string>
+#include <string_view>
 
-#include "dna/HFileSimHash.h"
+#include "dna/internal/digits.h"
 
 HFileMatchDNA::HFileMatchDNA() = default;
 HFileMatchDNA::~HFileMatchDNA() = default;
 
 double HFileMatchDNA::get_dna_similarity(HString const& a, HString const& b) {
-  std::wstring const first = a.get_ws();
-  std::wstring const second = b.get_ws();
+  std::wstring_view const first = text_view(a);
+  std::wstring_view const second = text_view(b);
   if (first.empty() || second.size() != first.size()) {
     return 0.0;
   }
-  std::size_t const bits = 4 * first.size();
-  std::size_t agreeing = bits;
-  for (std::size_t i = 0; i < first.size(); ++i) {
-    int const differing = HFileSimHash::hex2dec(first[i]) ^ HFileSimHash::hex2dec(second[i]);
-    agreeing -= static_cast<std::size_t>(std::popcount(static_cast<unsigned int>(differing)));
-  }
-  return static_cast<double>(agreeing) / static_cast<double>(bits) * 100.0;
+  return morva::similarity(morva::differing_bits(first, second), first.size());
 }
 
 bool HFileMatchDNA::match(HString const& a, HString const& b, double threshold) {

@@ -4,64 +4,12 @@
 #include <cstddef>
 #include <string>
 
-#include "dna/HFileDNA.h"
+#include "dna/internal/fingerprint.h"
 
 namespace {
 
 constexpr std::size_t positions = 128;
 constexpr int bits_per_digit = 4;
-constexpr int wide_length = 1024;
-
-// A word's hash as digit values. Their order is that of the bit vectors that they stand for: a
-// digit's bits come most significant first, and a shorter hash comes before a longer one that it
-// begins.
-struct Vote {
-  std::string digits;
-  double weight;
-};
-
-std::vector<Vote> hash_words(std::map<HString, double> const& words) {
-  std::vector<Vote> votes;
-  votes.reserve(words.size());
-  HString const reserved;
-  for (auto const& [word, weight] : words) {
-    HString const hash = word.get_md5_std_format(reserved);
-    Vote& vote = votes.emplace_back(Vote{{}, weight});
-    for (wchar_t const digit : hash.get_ws()) {
-      vote.digits.push_back(static_cast<char>(HFileSimHash::hex2dec(digit)));
-    }
-  }
-  return votes;
-}
-
-// Of several votes with one hash only the last stays.
-void sort_by_hash(std::vector<Vote>& votes) {
-  std::stable_sort(votes.begin(), votes.end(),
-                   [](Vote const& a, Vote const& b) { return a.digits < b.digits; });
-  std::size_t kept = 0;
-  for (std::size_t i = 0; i < votes.size(); ++i) {
-    if (i + 1 == votes.size() || votes[i].digits != votes[i + 1].digits) {
-      std::swap(votes[kept++], votes[i]);
-    }
-  }
-  votes.resize(kept);
-}
-
-void add_vote(Vote const& vote, std::vector<double>& sums) {
-  double const by_bit[2] = {0.0 - vote.weight, vote.weight};
-  std::size_t position = 0;
-  for (char const digit : vote.digits) {
-    for (int bit = bits_per_digit - 1; bit >= 0; --bit) {
-      double const addend = by_bit[(digit >> bit) & 1];
-      if (position < sums.size()) {
-        sums[position] += addend;
-      } else {
-        sums.push_back(addend);
-      }
-      ++position;
-    }
-  }
-}
 
 unsigned int wide_value(double sum) {
   constexpr double offset = 2147483647.0;
@@ -74,32 +22,38 @@ unsigned int wide_value(double sum) {
   return value > 0.0 ? static_cast<unsigned int>(value) : 0;
 }
 
+// Without leading zeros.
+void append_hex(unsigned int n, std::wstring& text) {
+  wchar_t digits[2 * sizeof n];
+  std::size_t first = std::size(digits);
+  do {
+    digits[--first] = HFileSimHash::dec2hex(static_cast<int>(n & 15U));
+    n >>= 4U;
+  } while (n != 0);
+  text.append(digits + first, std::size(digits) - first);
+}
+
 }  // namespace
 
 HFileSimHash::HFileSimHash() = default;
 HFileSimHash::~HFileSimHash() = default;
 
 void HFileSimHash::simhashDNA(std::map<HString, double> const& words, HString& output) {
-  output.clear();
-  if (words.empty()) {
-    return;
+  // From both ends: the way to the next word leads through memory, and so two ways are walked in
+  // the time of one.
+  std::vector<morva::WeightedWord> list(words.size());
+  auto from_front = words.begin();
+  auto from_back = words.rbegin();
+  for (std::size_t i = 0; 2 * i < list.size(); ++i, ++from_front, ++from_back) {
+    list[i] = {&from_front->first, from_front->second};
+    list[list.size() - 1 - i] = {&from_back->first, from_back->second};
   }
-  std::vector<Vote> votes = hash_words(words);
-  sort_by_hash(votes);
-  std::vector<double> sums(votes.front().digits.size() * bits_per_digit, 0.0);
-  for (Vote const& vote : votes) {
-    add_vote(vote, sums);
-  }
-  if (HFileDNA::get_dna_length() == wide_length) {
-    simhashDowndimension1024(sums, output);
-  } else {
-    simhashDowndimension32(sums, output);
-  }
+  output = morva::fingerprint(list);
 }
 
 void HFileSimHash::simhashTobinary(HString const& hex, std::vector<int>& bits) {
   bits.reserve(bits.size() + hex.size() * bits_per_digit);
-  for (wchar_t const character : hex.get_ws()) {
+  for (wchar_t const character : text_view(hex)) {
     int const digit = hex2dec(character);
     for (int i = 0; i < bits_per_digit; ++i) {
       bits.push_back((8 >> i) & digit);
@@ -152,19 +106,17 @@ void HFileSimHash::simhashDowndimension1024(std::vector<double> const& sums, HSt
   if (sums.size() != positions) {
     return;
   }
+  std::wstring digits;
   for (double const sum : sums) {
-    output += DecIntToHexStr(wide_value(sum));
+    append_hex(wide_value(sum), digits);
   }
+  output = HString(digits.data(), static_cast<int>(digits.size()));
 }
 
 HString HFileSimHash::DecIntToHexStr(unsigned int n) {
-  wchar_t digits[2 * sizeof n];
-  std::size_t first = std::size(digits);
-  do {
-    digits[--first] = dec2hex(static_cast<int>(n & 15U));
-    n >>= 4U;
-  } while (n != 0);
-  return {digits + first, static_cast<int>(std::size(digits) - first)};
+  std::wstring digits;
+  append_hex(n, digits);
+  return digits.c_str();
 }
 
 int HFileSimHash::hex2dec(wchar_t const& c) {

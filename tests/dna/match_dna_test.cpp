@@ -3,28 +3,13 @@
 #include <gtest/gtest.h>
 
 #include "dna/HFileMatchDNA.h"
-#include "dna/HFileSimHash.h"
+
+#include "reference/similarity.h"
 
 namespace {
 
 double similarity(HString const& a, HString const& b) {
   return HFileMatchDNA::get_dna_similarity(a, b);
-}
-
-// Position by position over the expanded bits.
-double plain_similarity(HString const& a, HString const& b) {
-  std::vector<int> bits_a;
-  std::vector<int> bits_b;
-  HFileSimHash::simhashTobinary(a, bits_a);
-  HFileSimHash::simhashTobinary(b, bits_b);
-  if (bits_a.empty() || bits_a.size() != bits_b.size()) {
-    return 0.0;
-  }
-  int agreeing = 0;
-  for (std::size_t i = 0; i < bits_a.size(); ++i) {
-    agreeing += bits_a[i] == bits_b[i] ? 1 : 0;
-  }
-  return static_cast<double>(agreeing) / static_cast<double>(bits_a.size()) * 100.0;
 }
 
 TEST(MatchDna, equal_texts_are_wholly_alike) {
@@ -72,8 +57,39 @@ TEST(MatchDna, equals_the_plain_form_on_random_texts) {
       a[i] = alphabet[character(random)];
       b[i] = alphabet[character(random)];
     }
-    EXPECT_EQ(similarity(a.c_str(), b.c_str()), plain_similarity(a.c_str(), b.c_str()));
+    EXPECT_EQ(similarity(a.c_str(), b.c_str()), reference::similarity(a.c_str(), b.c_str()));
   }
+}
+
+TEST(MatchDna, equals_the_plain_form_at_every_length_around_the_vectors) {
+  std::mt19937 random(4);
+  std::uniform_int_distribution<int> digit(0, 15);
+  for (std::size_t length = 0; length <= 70; ++length) {
+    std::wstring a(length, L'0');
+    std::wstring b(length, L'0');
+    for (std::size_t i = 0; i < length; ++i) {
+      a[i] = L"0123456789ABCDEF"[digit(random)];
+      b[i] = L"0123456789ABCDEF"[digit(random)];
+    }
+    EXPECT_EQ(similarity(a.c_str(), b.c_str()), reference::similarity(a.c_str(), b.c_str()));
+  }
+}
+
+TEST(MatchDna, only_the_digits_themselves_have_a_value) {
+  std::wstring odd;
+  for (wchar_t c = 1; c < 0x180; ++c) {
+    odd.push_back(c);
+  }
+  for (unsigned const base : {0x10000U, 0x10FF00U, 0x7FFFFF00U, 0x80000000U, 0xFFFFFF00U}) {
+    for (unsigned low = 0; low < 0x100; ++low) {
+      odd.push_back(static_cast<wchar_t>(base + low));
+    }
+  }
+  std::wstring const zeros(odd.size(), L'0');
+  std::wstring const ones(odd.size(), L'F');
+  HString const text(odd.c_str());
+  EXPECT_EQ(similarity(text, zeros.c_str()), reference::similarity(text, zeros.c_str()));
+  EXPECT_EQ(similarity(text, ones.c_str()), reference::similarity(text, ones.c_str()));
 }
 
 }  // namespace

@@ -34,6 +34,12 @@ std::wstring fingerprint(Words const& words, int length) {
   return output.get_ws();
 }
 
+// Both forms against the plain ones.
+void expect_plain(Words const& words) {
+  EXPECT_EQ(fingerprint(words, 32), reference::simhash(words, false));
+  EXPECT_EQ(fingerprint(words, 1024), reference::simhash(words, true));
+}
+
 std::wstring repeated(wchar_t const* field, int times) {
   std::wstring text;
   for (int i = 0; i < times; ++i) {
@@ -99,9 +105,59 @@ TEST(SimHash, equals_the_plain_form_on_random_words) {
                     : of == 2 ? weight(random) * 1e-9
                               : weight(random);
     }
-    EXPECT_EQ(fingerprint(words, 32), reference::simhash(words, false));
-    EXPECT_EQ(fingerprint(words, 1024), reference::simhash(words, true));
+    expect_plain(words);
   }
+}
+
+TEST(SimHash, words_of_every_length_around_a_block_are_hashed_alike) {
+  for (wchar_t const c : {L'x', L'\u00E9', L'中', static_cast<wchar_t>(0x1F600)}) {
+    Words words;
+    for (int length = 0; length <= 140; ++length) {
+      words[std::wstring(static_cast<std::size_t>(length), c).c_str()] = 1.0 / (length + 3);
+    }
+    for (auto const& [word, weight] : words) {
+      expect_plain({{word, weight}});
+    }
+    expect_plain(words);
+  }
+}
+
+TEST(SimHash, counts_that_leave_lanes_empty_are_hashed_alike) {
+  Words words;
+  for (int count = 1; count <= 140; ++count) {
+    words[HString(count, false)] = 0.1 * count;
+    expect_plain(words);
+  }
+}
+
+TEST(SimHash, of_words_with_one_hash_the_last_alone_counts) {
+  // What no UTF-8 holds is hashed as U+FFFD.
+  Words words{{L"\uFFFD", 8.0}, {L"other", 0.5}};
+  for (unsigned const code : {0xD800U, 0xDFFFU, 0x110000U, 0x80000000U, 0xFFFFFFFFU}) {
+    words[HString(static_cast<wchar_t>(code))] = code / 1e9;
+  }
+  expect_plain(words);
+}
+
+TEST(SimHash, weights_that_are_no_numbers_are_summed_alike) {
+  double const infinity = std::numeric_limits<double>::infinity();
+  double const nan = std::numeric_limits<double>::quiet_NaN();
+  expect_plain({{L"a", -0.0}, {L"b", 0.0}, {L"c", -0.0}});
+  expect_plain({{L"a", infinity}, {L"b", 1.0}, {L"c", -2.5}});
+  EXPECT_EQ(fingerprint({{L"a", nan}, {L"b", 1.0}}, 32), repeated(L"0", 32));
+}
+
+TEST(SimHash, equals_the_plain_form_on_many_words) {
+  std::mt19937 random(21);
+  std::uniform_int_distribution<int> code(0x4E00, 0x9FA5);
+  std::uniform_real_distribution<double> weight(0.0, 1.0);
+  Words words;
+  for (int i = 0; i < 3000; ++i) {
+    wchar_t const text[] = {static_cast<wchar_t>(code(random)), static_cast<wchar_t>(code(random)),
+                            0};
+    words[text] = weight(random);
+  }
+  expect_plain(words);
 }
 
 TEST(SimHash, expands_digits_into_masked_bits) {
