@@ -97,8 +97,6 @@ class MORVA_EXPORT ZipArchive {
  private:
   struct Archive;
 
-  ZipState open_directory(ZipBounds bounds);
-
   std::unique_ptr<Archive> archive_;
   ZipState state_;
 };
