@@ -42,7 +42,7 @@ class ProportionalMemory(threading.Thread):
         self.session, self.highest, self.done = session, 0, threading.Event()
 
     def run(self):
-        while not self.done.wait(0.1):
+        while not self.done.wait(0.05):
             self.highest = max(self.highest, sum(self._of(process) for process in self._processes()))
 
     def end(self):

@@ -29,7 +29,7 @@ def measure(setting):
             setting.records.missing(f"text/{tool}/{name}", "is not installed")
         if setting.corpus:
             measure_corpus(setting, name, installed)
-        for megabytes in (1, 2) if setting.quick else (1, 2, 4, 8):
+        for megabytes in (0.5, 1, 2) if setting.quick else (1, 2, 4, 8):
             measure_generated(setting, name, installed, megabytes)
 
 
@@ -38,17 +38,18 @@ def command(tool, path):
 
 
 def measure_generated(setting, name, tools, megabytes):
-    path = setting.data / "text" / f"{megabytes}.{name}"
+    size = int(megabytes * 1_000_000)
+    path = setting.data / "text" / f"{size}.{name}"
     if not path.exists():
         path.parent.mkdir(parents=True, exist_ok=True)
-        documents.write(path, texts.Writer(f"{name} {megabytes}").paragraphs(megabytes * 1_000_000))
+        documents.write(path, texts.Writer(f"{name} {megabytes}").paragraphs(size))
 
     def run(how):
         return lambda: setting.commands.run(command(how, path), LONGEST_SECONDS)
 
     ours = [setting.program, "text", "-j", "1"]
     in_turn({tool: run(how) for tool, how in {"morvaai": ours, **tools}.items()}, setting.rounds, ENOUGH_SECONDS,
-            setting.records, "text", f"{name}/{megabytes}", bytes=megabytes * 1_000_000)
+            setting.records, "text", f"{name}/{megabytes}", bytes=size)
 
 
 def measure_corpus(setting, name, tools):

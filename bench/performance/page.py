@@ -74,7 +74,7 @@ def section(row, found, absent, folder):
     ours = of_row(row, found)
     parts = [f"## {row['title']}\n", row["what"].strip() + "\n"]
     for operation in dict.fromkeys(one.operation for one in ours):
-        parts += tables([one for one in ours if one.operation == operation])
+        parts += tables([one for one in ours if one.operation == operation], size_name(row, operation))
     parts += pictures(row, ours, folder)
     parts += [f"- {result['name']}: not measured, {result['missing']}" for result in absent
               if summary.belongs(result["name"].split("/")[0], row["operations"])]
@@ -83,26 +83,26 @@ def section(row, found, absent, folder):
     return "\n".join(parts)
 
 
-def tables(found):
+def tables(found, sizes):
     """A table of times for each series of an operation, and one of memory where it is known."""
     groups = {}
     for one in found:
         groups.setdefault(one.case.partition("/")[0] if "/" in one.case else "", []).append(one)
     for name, members in groups.items():
         title = f"{members[0].operation} {name}".strip()
-        yield comparison(title, members, lambda one: one.seconds, summary.in_seconds, with_runs=True)
+        yield comparison(title, members, lambda one: one.seconds, summary.in_seconds, sizes, with_runs=True)
         if any(one.memory for one in members):
-            yield comparison(f"{title}: peak memory", members, lambda one: one.memory, summary.in_bytes,
+            yield comparison(f"{title}: peak memory", members, lambda one: one.memory, summary.in_bytes, sizes,
                              with_runs=False)
     yield from growths(found)
 
 
-def comparison(title, found, value, words, with_runs):
+def comparison(title, found, value, words, sizes, with_runs):
     """A line for each case, with a figure for each candidate, and how many times the first one's it is."""
     candidates = sorted(dict.fromkeys(one.candidate for one in found), key=lambda name: not name.startswith(summary.OURS))
     heads = [title, candidates[0], *(head for name in candidates[1:] for head in (name, ""))]
     body = []
-    for case, shown in cases(found):
+    for case, shown in cases(found, sizes):
         line = {one.candidate: one for one in found if one.case == case}
         base = value(line[candidates[0]]) if candidates[0] in line else None
         cells = [shown]
@@ -120,11 +120,18 @@ def comparison(title, found, value, words, with_runs):
     return table(heads + (["runs", "spread"] if with_runs else []), body, numbers_from=1)
 
 
-def cases(found):
-    """Each case and how it is shown: those with a size by size, behind the others."""
+def cases(found, sizes):
+    """Each case and how it is shown: those with a size by size, behind the others. What the heading of a table tells
+    already is left out."""
     known = {one.case: one for one in found}
     for one in sorted(known.values(), key=lambda one: one.size or 0.0):
-        yield one.case, one.case if one.size is None else f"{one.series}/{one.size:,g}".lstrip("/")
+        shown = one.case if one.size is None else f"{one.series}/{one.size:,.12g} {sizes}"
+        yield one.case, shown.rpartition("/")[2].strip()
+
+
+def size_name(row, operation):
+    names = row.get("sizes", {})
+    return next((name for pattern, name in names.items() if summary.belongs(operation, [pattern])), "")
 
 
 def growths(found):
@@ -142,14 +149,14 @@ def pictures(row, found, folder):
     figures = {}
     for (operation, series), candidates in summary.curves(found).items():
         figures.setdefault(operation, {})[series] = candidates
-    size_name = row.get("size", "size")
     for operation, panels in figures.items():
+        sizes = size_name(row, operation)
         yield picture(folder, operation, f"{row['title']}: time", lambda path: plots.draw_growth(
-            path, panels, lambda one: one.seconds, summary.in_seconds, size_name, operation))
+            path, panels, lambda one: one.seconds, summary.in_seconds, sizes, operation))
         if row.get("draw_memory"):
             yield picture(folder, f"{operation}-memory", f"{row['title']}: peak memory",
-                          lambda path: plots.draw_growth(path, panels, lambda one: one.memory, summary.in_bytes,
-                                                         size_name, operation))
+                          lambda path: plots.draw_growth(path, panels, lambda one: one.memory, summary.in_bytes, sizes,
+                                                         operation))
     bars = [one for one in found if one.rate and summary.belongs(one.operation, row.get("bars", []))]
     if bars:
         yield picture(folder, f"{row['id']}-rates", f"{row['title']}: bytes in a second",
@@ -168,7 +175,7 @@ def others(found, absent):
     rest = [one for one in found if not summary.belongs(one.operation, patterns)]
     parts = ["## Others\n"] if rest else []
     for operation in dict.fromkeys(one.operation for one in rest):
-        parts += tables([one for one in rest if one.operation == operation])
+        parts += tables([one for one in rest if one.operation == operation], "")
     lost = [result for result in absent if not summary.belongs(result["name"].split("/")[0], patterns)]
     parts += [f"- {result['name']}: not measured, {result['missing']}" for result in lost]
     return "\n".join(parts)

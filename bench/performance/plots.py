@@ -6,7 +6,7 @@ import matplotlib
 
 matplotlib.use("svg")
 from matplotlib import pyplot
-from matplotlib.ticker import FuncFormatter, LogLocator, NullFormatter
+from matplotlib.ticker import FuncFormatter, LogLocator
 
 import summary
 
@@ -35,9 +35,10 @@ def draw_growth(path, panels, value, axis, size_name, title):
         columns = min(len(panels), 3)
         lines = -(-len(panels) // columns)
         figure, axes = pyplot.subplots(lines, columns, squeeze=False,
-                                       figsize=(6.4 if columns == 1 else 3.6 * columns, 3.6 if lines == 1 else 3.1 * lines))
-        look = look_of(name for candidates in panels.values() for name in candidates)
+                                       layout="constrained",
+                                       figsize=(6.4 if columns == 1 else 3.5 * columns, 3.4 * lines))
         for place, (series, candidates) in zip(axes.flat, panels.items()):
+            look = look_of(candidates)
             for name, points in candidates.items():
                 known = [(size, value(one)) for size, one in points if value(one)]
                 place.loglog(*zip(*known), color=look[name][0], marker=look[name][1], markersize=4.5, label=name,
@@ -54,11 +55,10 @@ def dress(place, title, size_name, axis):
     place.grid(True, which="major")
     place.set_xticks(sorted({size for line in place.lines for size in line.get_xdata()}))
     place.xaxis.set_major_formatter(FuncFormatter(short))
-    place.xaxis.set_minor_formatter(NullFormatter())
+    place.minorticks_off()
     is_short = math.log10(max(place.get_ylim()) / min(place.get_ylim())) < 2.5
     place.yaxis.set_major_locator(LogLocator(subs=(1.0, 2.0, 5.0) if is_short else (1.0,), numticks=9))
     place.yaxis.set_major_formatter(FuncFormatter(lambda value, _: axis(value).replace(".00", "").replace(".0", "")))
-    place.yaxis.set_minor_formatter(NullFormatter())
     place.legend()
 
 

@@ -48,8 +48,9 @@ class Measurement:
 
     @property
     def memory(self):
-        """The highest peak of any run: of all processes together where they were watched, else of the largest."""
-        return max(self.raw.get("proportional_bytes") or self.raw.get("peak_bytes") or [0]) or None
+        """The highest peak of any run: of its largest process or, where all were watched, of all together. What is
+        watched is seen at times only, and a short run may be over before."""
+        return max(self.raw.get("proportional_bytes", []) + self.raw.get("peak_bytes", []), default=None)
 
     @property
     def label(self):
