@@ -13,6 +13,7 @@ namespace {
 constexpr unsigned character_bits = 21;
 constexpr std::uint32_t greatest_character = (1u << character_bits) - 1;
 constexpr std::size_t start_length = 3;
+constexpr std::uint64_t hash_mark = std::uint64_t{1} << 63;
 constexpr std::size_t least_slots = 1024;
 
 std::uint64_t make_process_number() {
@@ -25,14 +26,25 @@ std::uint64_t make_process_number() {
 /// can fill one spot of a table. No result depends on it.
 std::uint64_t const process_number = make_process_number();
 
-std::uint32_t hash_of(std::wstring_view text, WordStart const& start) {
-  std::uint64_t hash = (start.number() ^ process_number) * 0x9E3779B97F4A7C15u;
-  hash ^= hash >> 29;
-  for (std::size_t i = start_length; i < text.size(); ++i) {
-    hash = (hash ^ code_point(text[i])) * 0x9E3779B97F4A7C15u;
-    hash ^= hash >> 29;
-  }
-  return static_cast<std::uint32_t>((hash ^ process_number) * 0xBF58476D1CE4E5B9u >> 32);
+std::uint64_t scatter(std::uint64_t key) {
+  key = (key ^ process_number) * 0xBF58476D1CE4E5B9u;
+  return key ^ key >> 31;
+}
+
+/// Whether the packed start says all of a text: nothing is cut off or out of range, and a NUL is no
+/// missing character.
+bool is_all_in_start(std::wstring_view text) {
+  return text.size() <= start_length &&
+         std::all_of(text.begin(), text.end(), [](wchar_t character) {
+           return code_point(character) - 1 < greatest_character - 1;
+         });
+}
+
+std::uint64_t key_of(std::wstring_view text) {
+  std::uint64_t key = pack_start(text);
+  if (is_all_in_start(text)) return key;
+  for (wchar_t const character : text) key = scatter(key) + code_point(character);
+  return key | hash_mark;
 }
 
 }  // namespace
@@ -43,45 +55,39 @@ bool is_before(std::wstring_view left, std::wstring_view right) {
       [](wchar_t a, wchar_t b) { return code_point(a) < code_point(b); });
 }
 
-WordStart::WordStart(std::wstring_view text) : is_all_(text.size() <= start_length) {
+std::uint64_t pack_start(std::wstring_view text) {
+  std::uint64_t packed = 0;
   for (std::size_t i = 0; i < start_length; ++i) {
     std::uint32_t const code = i < text.size() ? code_point(text[i]) : 0;
-    number_ = number_ << character_bits | std::min(code, greatest_character);
-    is_all_ = is_all_ && code < greatest_character;
+    packed = packed << character_bits | std::min(code, greatest_character);
   }
+  return packed;
 }
 
 std::uint32_t WordTable::add(std::wstring_view text) {
   if (words_.size() * 2 >= slots_.size()) grow();
-  WordStart const start(text);
-  std::uint32_t const hash = hash_of(text, start);
-  Slot& slot = slots_[find_slot(text, start, hash)];
+  std::uint64_t const key = key_of(text);
+  Slot& slot = slots_[find_slot(text, key)];
   if (slot.number != 0) {
     ++words_[slot.number - 1].count;
     return slot.number - 1;
   }
-  words_.push_back(
-      {start.number(), texts_.size(), static_cast<std::uint32_t>(text.size()), 1, false});
+  words_.push_back({texts_.size(), static_cast<std::uint32_t>(text.size()), 1, false});
   texts_.append(text);
-  slot = {hash, static_cast<std::uint32_t>(words_.size())};
+  slot = {key, static_cast<std::uint32_t>(words_.size())};
   return slot.number - 1;
 }
 
 bool WordTable::contains(std::wstring_view text) const {
-  if (slots_.empty()) return false;
-  WordStart const start(text);
-  return slots_[find_slot(text, start, hash_of(text, start))].number != 0;
+  return !slots_.empty() && slots_[find_slot(text, key_of(text))].number != 0;
 }
 
-std::size_t WordTable::find_slot(std::wstring_view text, WordStart const& start,
-                                 std::uint32_t hash) const {
+std::size_t WordTable::find_slot(std::wstring_view text, std::uint64_t key) const {
   std::size_t const mask = slots_.size() - 1;
-  std::size_t slot = hash & mask;
+  std::size_t slot = scatter(key) & mask;
   while (slots_[slot].number != 0) {
-    std::uint32_t const number = slots_[slot].number - 1;
-    Word const& word = words_[number];
-    if (slots_[slot].hash == hash && word.start == start.number() && word.length == text.size() &&
-        (start.is_all() || this->text(number) == text)) {
+    if (slots_[slot].key == key &&
+        ((key & hash_mark) == 0 || this->text(slots_[slot].number - 1) == text)) {
       break;
     }
     slot = (slot + 1) & mask;
@@ -95,7 +101,7 @@ void WordTable::grow() {
   std::size_t const mask = slots_.size() - 1;
   for (Slot const& moved : old) {
     if (moved.number == 0) continue;
-    std::size_t slot = moved.hash & mask;
+    std::size_t slot = scatter(moved.key) & mask;
     while (slots_[slot].number != 0) slot = (slot + 1) & mask;
     slots_[slot] = moved;
   }

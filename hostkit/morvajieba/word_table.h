@@ -13,27 +13,15 @@ namespace morvajieba {
 /// Order of code points as unsigned values, a proper prefix first.
 bool is_before(std::wstring_view left, std::wstring_view right);
 
-/// The first three characters of a word as one number, in the order of `is_before`.
-class WordStart {
- public:
-  explicit WordStart(std::wstring_view text);
-
-  std::uint64_t number() const { return number_; }
-  /// Whether the number and the length say all of the word: no character is left, and none is
-  /// beyond what the number holds. Those, which are no code points, all look the same in it.
-  bool is_all() const { return is_all_; }
-
- private:
-  std::uint64_t number_ = 0;
-  bool is_all_;
-};
+/// The first three characters of a text as one number of 63 bits: where two texts differ in it,
+/// their order is that of the numbers.
+std::uint64_t pack_start(std::wstring_view text);
 
 /// Gives each distinct word a number, from 0 on in the order of their first appearance, and counts
 /// them.
 class MORVA_EXPORT WordTable {
  public:
   struct Word {
-    std::uint64_t start;  // as of `WordStart`
     std::size_t offset;
     std::uint32_t length;
     std::uint32_t count;
@@ -53,15 +41,15 @@ class MORVA_EXPORT WordTable {
   }
 
  private:
-  /// A place of the hash table. The hash stands here so that a word is looked at only where it is
-  /// most likely the right one.
+  /// A place of the hash table. The key is the word itself where it has at most three characters,
+  /// so that most words are found with one look at memory; else it is a hash.
   struct Slot {
-    std::uint32_t hash;
+    std::uint64_t key;
     std::uint32_t number;  // + 1, so that 0 is a free slot
   };
 
   /// The slot where a word is, or the free one where it would be.
-  std::size_t find_slot(std::wstring_view text, WordStart const& start, std::uint32_t hash) const;
+  std::size_t find_slot(std::wstring_view text, std::uint64_t key) const;
   void grow();
 
   std::wstring texts_;
