@@ -4,6 +4,8 @@
 #include <cstddef>
 #include <functional>
 #include <iterator>
+#include <optional>
+#include <span>
 #include <utility>
 
 #include "cluster/HClusterCanopy.h"
@@ -13,6 +15,7 @@
 #include "numeric/internal/center_finder.h"
 #include "numeric/internal/distance_table.h"
 #include "numeric/internal/no_distance.h"
+#include "numeric/internal/ranked_columns.h"
 
 namespace {
 
@@ -77,15 +80,15 @@ class MeanMover {
       morva::log_line(1, tag, __LINE__, L"gi_K_ClusterType:", HString(rule, false));
       return;
     }
+    HClusterKMeans::ClusterMap changed;
     for (auto const& [key, members] : clusters) {
       auto const before = previous.find(key);
-      if (static_cast<std::size_t>(key) >= means_.size()) {
-        continue;
-      }
-      if (rule != last_rule_ || before == previous.end() || members != before->second) {
-        means_[static_cast<std::size_t>(key)] = moved_mean(finder_, points_, members, rule);
+      if (static_cast<std::size_t>(key) < means_.size() &&
+          (rule != last_rule_ || before == previous.end() || members != before->second)) {
+        changed.emplace(key, members);
       }
     }
+    move_means(changed, rule);
     last_rule_ = rule;
   }
 
@@ -95,11 +98,40 @@ class MeanMover {
  private:
   static constexpr int none = -1;
 
+  void move_means(HClusterKMeans::ClusterMap const& changed, int rule) {
+    if (rule == medians && points_.floats() != nullptr) {
+      move_to_medians(changed);
+      return;
+    }
+    for (auto const& [key, members] : changed) {
+      means_[static_cast<std::size_t>(key)] = moved_mean(finder_, points_, members, rule);
+    }
+  }
+
+  // All at once, where the points are finite and of few zeros.
+  void move_to_medians(HClusterKMeans::ClusterMap const& changed) {
+    if (!ranked_) {
+      ranked_.emplace(points_.points());
+    }
+    std::vector<std::span<int const>> sets;
+    for (auto const& [key, members] : changed) {
+      if (!members.empty()) {
+        sets.emplace_back(members);
+      }
+    }
+    std::vector<SparsePoint> medians = ranked_->medians(sets);
+    auto next = medians.begin();
+    for (auto const& [key, members] : changed) {
+      means_[static_cast<std::size_t>(key)] = members.empty() ? SparsePoint() : std::move(*next++);
+    }
+  }
+
   DistanceTable const& points_;
   std::size_t count_;
   std::vector<SparsePoint> means_;
   std::size_t mean_count_;
   morva::CenterFinder finder_;
+  std::optional<morva::RankedColumns> ranked_;
   int last_rule_ = none;
 };
 

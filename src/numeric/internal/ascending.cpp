@@ -28,6 +28,11 @@ bool comes_before(double a, double b) {
   return precedes(a, b);
 }
 
+std::uint64_t ascending_key(double x) {
+  // Without a sign, the negative ones come first.
+  return static_cast<std::uint64_t>(order_key(x)) ^ (std::uint64_t{1} << 63);
+}
+
 void sort_ascending(std::span<double> values) {
   std::sort(values.begin(), values.end(), precedes);
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <span>
 #include <vector>
 
@@ -9,6 +10,9 @@ namespace morva {
 /// Whether a stands before b in ascending order, with -0.0 before 0.0 and NaN last: one order for
 /// every machine.
 bool comes_before(double a, double b);
+
+/// Two values stand in ascending order as their keys do.
+std::uint64_t ascending_key(double x);
 
 void sort_ascending(std::span<double> values);
 

@@ -51,6 +51,20 @@ void append(double value, std::size_t column, std::vector<std::uint32_t>& column
   }
 }
 
+// The number of columns up to the last that a member has a value in, where marking those that are
+// used would cost more than walking over all of them; else 0.
+std::size_t columns_if_dense(std::span<SparsePoint const* const> members) {
+  std::size_t columns = 0;
+  std::size_t values = 0;
+  for (SparsePoint const* member : members) {
+    if (!member->columns.empty()) {
+      columns = std::max(columns, std::size_t{member->columns.back()} + 1);
+      values += member->values.size();
+    }
+  }
+  return values >= columns / 2 ? columns : 0;
+}
+
 }  // namespace
 
 void CenterFinder::mark_columns(long long n, std::span<SparsePoint const* const> members) {
@@ -82,6 +96,9 @@ SparsePoint CenterFinder::mean(long long n, std::span<SparsePoint const* const> 
   std::vector<SparsePoint const*> adding;
   std::copy_if(members.begin(), members.end(), std::back_inserter(adding),
                [n](SparsePoint const* member) { return member->n == n; });
+  if (std::size_t const columns = columns_if_dense(adding); columns != 0) {
+    return dense_mean(n, columns, adding, divisor);
+  }
   mark_columns(n, adding);
   sums_.resize(std::max(sums_.size(), marks_.size() * 64), 0.0);
   for (SparsePoint const* member : adding) {
@@ -95,6 +112,35 @@ SparsePoint CenterFinder::mean(long long n, std::span<SparsePoint const* const> 
     double const sum = std::exchange(sums_[column], 0.0);
     append(divisor == 0.0 ? sum : sum / divisor, column, columns, values);
   });
+  return {std::max(n, 0LL), std::move(columns), std::move(values)};
+}
+
+SparsePoint CenterFinder::dense_mean(long long n, std::size_t column_count,
+                                     std::span<SparsePoint const* const> adding, double divisor) {
+  sums_.resize(std::max(sums_.size(), column_count), 0.0);
+  for (SparsePoint const* member : adding) {
+    if (member->columns.empty()) {
+      continue;
+    }
+    double const* const x = member->values.data();
+    if (member->values.size() == member->columns.back() + std::size_t{1}) {
+      for (std::size_t column = 0; column < member->values.size(); ++column) {
+        sums_[column] += x[column];
+      }
+      continue;
+    }
+    for (std::size_t i = 0; i < member->columns.size(); ++i) {
+      sums_[member->columns[i]] += x[i];
+    }
+  }
+  std::vector<std::uint32_t> columns;
+  std::vector<double> values;
+  columns.reserve(column_count);
+  values.reserve(column_count);
+  for (std::size_t column = 0; column < column_count; ++column) {
+    double const sum = std::exchange(sums_[column], 0.0);
+    append(divisor == 0.0 ? sum : sum / divisor, column, columns, values);
+  }
   return {std::max(n, 0LL), std::move(columns), std::move(values)};
 }
 

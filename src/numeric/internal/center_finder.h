@@ -22,6 +22,8 @@ class CenterFinder {
 
  private:
   void mark_columns(long long n, std::span<SparsePoint const* const> members);
+  SparsePoint dense_mean(long long n, std::size_t column_count,
+                         std::span<SparsePoint const* const> adding, double divisor);
   void group_values(std::span<SparsePoint const* const> members);
   template <typename Visit>
   void for_each_column(Visit const& visit) const;
