@@ -9,6 +9,7 @@
 
 #include "host/Orlec/ParseFile.h"
 #include "host/Orlec/ParseLimits.h"
+#include "morvakit/parse_watch.h"
 
 namespace morvakit {
 
@@ -17,7 +18,7 @@ namespace morvakit {
 /// whose length the file decides, and returns as soon as either says no. The file that the host
 /// asked for has one context, and each file embedded in it one of its own, which shares the text,
 /// the time and the bounds, and ends by itself.
-class ReadContext {
+class ReadContext final : public ParseWatch {
  public:
   ReadContext(Orlec::TextCallback* callback, Orlec::ParseLimits const& limits);
   ReadContext(ReadContext const&) = delete;
@@ -46,7 +47,7 @@ class ReadContext {
   Orlec::ParseCounts const& counts() const { return whole_.counts; }
 
   /// False once the parse has ended or its time is used up. Cheap enough for every loop.
-  bool keep_going();
+  bool keep_going() override;
   /// Counts unpacked bytes of a part that is `packed` bytes long and has unpacked to `unpacked` so
   /// far, `added` of them new. False, with the parse ended, when a bound is passed.
   bool charge_expansion(std::int64_t packed, std::int64_t unpacked, std::int64_t added);
@@ -57,7 +58,7 @@ class ReadContext {
 
   /// Ends the parse of this file with an outcome and a reason; the first call counts. Always
   /// returns false.
-  bool end(Orlec::ParseOutcome outcome, std::string_view reason);
+  bool end(Orlec::ParseOutcome outcome, std::string_view reason) override;
   /// Remembers a fault that does not stop the reading: the outcome, unless the parse ends with
   /// another. Of several the first counts, but a bound counts above `incomplete`.
   void note(Orlec::ParseOutcome outcome, std::string_view reason);

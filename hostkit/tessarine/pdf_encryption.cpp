@@ -5,8 +5,10 @@
 #include <string>
 #include <string_view>
 
+#include "morvabs/component.h"
+
 #include "tessarine/byte_reader.h"
-#include "tessarine/pdf_component_loader.h"
+#include "tessarine/pdf_component.h"
 
 namespace tessarine {
 
@@ -45,8 +47,8 @@ bool pdf_needs_password(Orlec::Reader const& reader) {
   if (!is_encrypted) {
     return false;
   }
-  static auto const needs_password =
-      reinterpret_cast<PdfNeedsPasswordFunction>(pdf_component_function(pdf_needs_password_symbol));
+  static auto const needs_password = reinterpret_cast<PdfNeedsPasswordFunction>(
+      morvabs::component_function(pdf_component_file, pdf_needs_password_symbol));
   return needs_password != nullptr && needs_password(reader);
 }
 

@@ -6,8 +6,8 @@
 #include <vector>
 
 #include "host/utf8.h"
+#include "morvakit/archive/archive_component.h"
 #include "morvakit/archive/archive_member.h"
-#include "morvakit/archive/archive_stream.h"
 #include "morvakit/archive/seven_zip.h"
 #include "morvakit/formats.h"
 #include "morvakit/text_flow.h"
@@ -142,11 +142,17 @@ void ArchiveReading::finish(ArchiveStream::Step step) {
   }
 }
 
+void read_stream(Orlec::Reader const& reader, ReadContext& context, ArchiveLayout layout,
+                 ArchivePacking packing) {
+  if (auto const archive = open_archive(reader, context, layout, packing)) {
+    ArchiveReading(reader, context, *archive).read_all();
+  }
+}
+
 }  // namespace
 
 void read_zip_headers(Orlec::Reader const& reader, ReadContext& context) {
-  ArchiveStream archive(reader, context, ArchiveLayout::zip_headers, ArchivePacking::none);
-  ArchiveReading(reader, context, archive).read_all();
+  read_stream(reader, context, ArchiveLayout::zip_headers, ArchivePacking::none);
   context.end(ParseOutcome::damaged, "the ZIP directory is missing");
 }
 
@@ -158,8 +164,7 @@ void read_archive(Orlec::Reader const& reader, tessarine::Recognition const& rec
   }
   for (auto const& kind : kinds) {
     if (recognition.suffix == kind.suffix) {
-      ArchiveStream archive(reader, context, kind.layout, kind.packing);
-      ArchiveReading(reader, context, archive).read_all();
+      read_stream(reader, context, kind.layout, kind.packing);
       return;
     }
   }

@@ -2,11 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <memory>
 #include <string>
-
-#include "host/Orlec/IFile.h"
-#include "morvakit/read_context.h"
 
 namespace morvakit {
 
@@ -39,12 +35,10 @@ struct ArchiveEntry {
 /// Names do not depend on the locale.
 class ArchiveStream {
  public:
-  /// The reader and the context, which is asked for the time, have to outlive the stream.
-  ArchiveStream(Orlec::Reader const& reader, ReadContext& context, ArchiveLayout layout,
-                ArchivePacking packing);
-  ~ArchiveStream();
+  ArchiveStream() = default;
   ArchiveStream(ArchiveStream const&) = delete;
   ArchiveStream& operator=(ArchiveStream const&) = delete;
+  virtual ~ArchiveStream() = default;
 
   enum class Step {
     entry,
@@ -53,17 +47,10 @@ class ArchiveStream {
     encrypted,  ///< even the names need a password
   };
   /// Goes to the next member.
-  Step next(ArchiveEntry& entry);
+  virtual Step next(ArchiveEntry& entry) = 0;
   /// Unpacks up to `size` bytes of the member, holes as zeros. Returns their number, 0 at its end,
   /// -1 on a fault.
-  std::int64_t read(char* buffer, std::size_t size);
-
- private:
-  struct Input;
-  struct Library;
-
-  std::unique_ptr<Input> input_;
-  std::unique_ptr<Library> library_;
+  virtual std::int64_t read(char* buffer, std::size_t size) = 0;
 };
 
 }  // namespace morvakit

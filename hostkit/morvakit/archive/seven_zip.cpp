@@ -1,9 +1,11 @@
 #include "morvakit/archive/seven_zip.h"
 
 #include <algorithm>
+#include <memory>
 #include <optional>
 #include <string>
 
+#include "morvakit/archive/archive_component.h"
 #include "morvakit/archive/archive_member.h"
 #include "morvakit/archive/seven_zip_directory.h"
 #include "morvakit/text_flow.h"
@@ -22,7 +24,7 @@ class FolderContent {
   FolderContent(Orlec::Reader const& reader, SevenZipFolder const& folder, ReadContext& context)
       : data_(reader, {}, folder.offset, folder.packed) {
     if (!folder.steps.empty()) {
-      unpacker_.emplace(data_, context, folder.steps, folder.unpacked);
+      unpacker_ = open_lzma(data_, context, folder.steps, folder.unpacked);
     }
   }
 
@@ -44,7 +46,7 @@ class FolderContent {
   }
 
   ReaderSlice data_;
-  std::optional<LzmaUnpacker> unpacker_;
+  std::unique_ptr<LzmaUnpacker> unpacker_;
   std::string buffer_;
   std::int64_t position_ = 0;
   std::string_view rest_;
@@ -92,6 +94,9 @@ void SevenZipReading::read_folder(SevenZipFolder const& folder) {
   std::optional<FolderContent> content;
   if (folder.is_supported && !folder.is_encrypted) {
     content.emplace(reader_, folder, context_);
+    if (context_.ended()) {
+      return;
+    }
   }
   bool is_readable = true;
   for (auto const size : folder.files) {

@@ -4,6 +4,7 @@
 #include <array>
 #include <utility>
 
+#include "morvakit/archive/archive_component.h"
 #include "morvakit/spool.h"
 #include "morvakit/text/code_page.h"
 
@@ -506,9 +507,12 @@ std::string unpack_directory(Orlec::Reader const& reader, SevenZipFolder const& 
     return {};
   }
   ReaderSlice const data(reader, {}, folder.offset, folder.packed);
-  LzmaUnpacker unpacker(data, context, folder.steps, folder.unpacked);
+  auto const unpacker = open_lzma(data, context, folder.steps, folder.unpacked);
+  if (unpacker == nullptr) {
+    return {};
+  }
   std::string bytes;
-  for (auto piece = unpacker.next(); !piece.empty(); piece = unpacker.next()) {
+  for (auto piece = unpacker->next(); !piece.empty(); piece = unpacker->next()) {
     auto const added = static_cast<std::int64_t>(piece.size());
     if (!context.charge_memory(piece.size()) ||
         !context.charge_expansion(folder.packed, static_cast<std::int64_t>(bytes.size()) + added,

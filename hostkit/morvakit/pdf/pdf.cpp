@@ -3,13 +3,14 @@
 #include <string>
 #include <utility>
 
+#include "morvabs/component.h"
 #include "morvakit/embedded.h"
 #include "morvakit/formats.h"
 #include "morvakit/pdf/pdf_component.h"
 #include "morvakit/pdf/pdf_xml.h"
 #include "morvakit/spool.h"
 
-#include "tessarine/pdf_component_loader.h"
+#include "tessarine/pdf_component.h"
 
 namespace morvakit {
 
@@ -108,8 +109,8 @@ class ContextSink final : public PdfSink {
 
 void read_pdf(Orlec::Reader const& reader, tessarine::Recognition const& /*recognition*/,
               ReadContext& context) {
-  static auto const read =
-      reinterpret_cast<ReadPdfFunction>(tessarine::pdf_component_function(read_pdf_symbol));
+  static auto const read = reinterpret_cast<ReadPdfFunction>(
+      morvabs::component_function(tessarine::pdf_component_file, read_pdf_symbol));
   if (read == nullptr) {
     context.end(Orlec::ParseOutcome::not_supported, "the PDF component is not installed");
     return;

@@ -17,7 +17,7 @@
 #include "host/export.h"
 #include "morvakit/pdf/pdf_document.h"
 
-#include "tessarine/pdf_component_loader.h"
+#include "tessarine/pdf_component.h"
 
 namespace morvakit {
 

@@ -3,12 +3,10 @@
 #include <memory>
 #include <string>
 #include <string_view>
-#include <vector>
 
-#include <libxml/HTMLparser.h>
-#include <libxml/parser.h>
-
+#include "morvabs/component.h"
 #include "morvakit/formats.h"
+#include "morvakit/text/html_component.h"
 #include "morvakit/text/html_encoding.h"
 #include "morvakit/text/text_source.h"
 
@@ -106,21 +104,8 @@ class Words {
   bool has_text_ = false;
 };
 
-struct Attributes {
-  xmlChar const** pairs;
-
-  std::string_view get(std::string_view name) const {
-    for (auto const* pair = pairs; pair != nullptr && pair[0] != nullptr; pair += 2) {
-      if (name == reinterpret_cast<char const*>(pair[0])) {
-        return pair[1] == nullptr ? std::string_view{} : reinterpret_cast<char const*>(pair[1]);
-      }
-    }
-    return {};
-  }
-};
-
 /// Turns the events of a page into text by kind.
-class Page {
+class Page final : public HtmlEvents {
  public:
   explicit Page(ReadContext& context)
       : context_(context),
@@ -129,7 +114,7 @@ class Page {
         property_(context, Orlec::ParseTextType_property),
         other_(context, Orlec::ParseTextType_other) {}
 
-  void start(std::string_view name, Attributes const& attributes) {
+  void start(std::string_view name, HtmlAttributes const& attributes) override {
     if (++depth_ > context_.limits().i_xml_depth) {
       flush();
       context_.end(
@@ -147,7 +132,7 @@ class Page {
     }
   }
 
-  void end(std::string_view name) {
+  void end(std::string_view name) override {
     depth_ -= depth_ > 0 ? 1 : 0;
     code_ -= code_ > 0 && is_code(name) ? 1 : 0;
     preformatted_ -= preformatted_ > 0 && (name == "pre" || name == "textarea") ? 1 : 0;
@@ -156,7 +141,7 @@ class Page {
     spare_ -= spare_ > 0 && is_spare(name) ? 1 : 0;
   }
 
-  void characters(std::string_view utf8) {
+  void characters(std::string_view utf8) override {
     if (code_ == 0) {
       words().add(utf8, preformatted_ != 0);
     }
@@ -191,7 +176,7 @@ class Page {
     words.add(text, false);
   }
 
-  void take_attributes(std::string_view name, Attributes const& attributes) {
+  void take_attributes(std::string_view name, HtmlAttributes const& attributes) {
     for (auto const* const key : {"alt", "title", "placeholder", "aria-label", "label"}) {
       if (auto const text = attributes.get(key); !text.empty()) {
         add_line(other_, text);
@@ -231,36 +216,6 @@ class Page {
   std::int64_t preformatted_ = 0;
 };
 
-std::string_view view(xmlChar const* text) {
-  return reinterpret_cast<char const*>(text);
-}
-
-void on_start(void* page, xmlChar const* name, xmlChar const** attributes) {
-  static_cast<Page*>(page)->start(view(name), Attributes{attributes});
-}
-
-void on_end(void* page, xmlChar const* name) {
-  static_cast<Page*>(page)->end(view(name));
-}
-
-void on_characters(void* page, xmlChar const* text, int length) {
-  static_cast<Page*>(page)->characters(
-      std::string_view(reinterpret_cast<char const*>(text), static_cast<std::size_t>(length)));
-}
-
-xmlSAXHandler make_handler() {
-  xmlSAXHandler handler{};
-  handler.startElement = on_start;
-  handler.endElement = on_end;
-  handler.characters = on_characters;
-  handler.ignorableWhitespace = on_characters;
-  return handler;
-}
-
-struct FreeParser {
-  void operator()(htmlParserCtxtPtr parser) const { htmlFreeParserCtxt(parser); }
-};
-
 }  // namespace
 
 void read_html(Orlec::Reader const& reader, tessarine::Recognition const& /*recognition*/,
@@ -270,20 +225,22 @@ void read_html(Orlec::Reader const& reader, tessarine::Recognition const& /*reco
 
 void read_html_part(Orlec::Reader const& reader, std::string_view declared_encoding,
                     ReadContext& context) {
+  static auto const make_parser = reinterpret_cast<MakeHtmlParserFunction>(
+      morvabs::component_function(html_component_file, make_html_parser_symbol));
+  if (make_parser == nullptr) {
+    context.end(Orlec::ParseOutcome::not_supported, "the HTML component is not installed");
+    return;
+  }
   auto const encoding = find_html_encoding(reader, context, declared_encoding);
   Page page(context);
-  auto handler = make_handler();
-  std::unique_ptr<htmlParserCtxt, FreeParser> const parser(
-      htmlCreatePushParserCtxt(&handler, &page, nullptr, 0, nullptr, XML_CHAR_ENCODING_UTF8));
+  std::unique_ptr<HtmlParser> parser;
+  make_parser(parser, page);
   if (parser == nullptr) {
     context.end(Orlec::ParseOutcome::failed, "there is no memory for the HTML parser");
     return;
   }
-  // The text is in UTF-8 by now, whatever the page says of itself.
-  htmlCtxtUseOptions(parser.get(), HTML_PARSE_RECOVER | HTML_PARSE_NOERROR | HTML_PARSE_NOWARNING |
-                                       HTML_PARSE_NONET | HTML_PARSE_IGNORE_ENC);
   read_decoded(reader, context, encoding, [&](std::string_view utf8, bool last) {
-    htmlParseChunk(parser.get(), utf8.data(), static_cast<int>(utf8.size()), last ? 1 : 0);
+    parser->feed(utf8, last);
     page.flush();
     return context.keep_going();
   });

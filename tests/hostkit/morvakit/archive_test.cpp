@@ -4,6 +4,7 @@
 #include <zlib.h>
 
 #include "hostkit/morvakit/archive_writer.h"
+#include "hostkit/morvakit/missing_component.h"
 #include "hostkit/morvakit/office_documents.h"
 #include "hostkit/morvakit/parse_bytes.h"
 #include "hostkit/morvakit/scoped_limits.h"
@@ -247,4 +248,15 @@ TEST(Archive, archives_with_bytes_changed_do_no_harm) {
       EXPECT_NE(test::parse_bytes(changed).outcome, ParseOutcome::failed) << round;
     }
   }
+}
+
+// Runs in a process of its own, started by the test below.
+TEST(ArchiveComponent, DISABLED_is_missing) {
+  auto const parsed = test::parse_bytes(test::make_tar(two_files));
+  EXPECT_EQ(parsed.outcome, Orlec::ParseOutcome::not_supported);
+  EXPECT_EQ(parsed.reason, "the archive component is not installed");
+}
+
+TEST(ArchiveComponent, that_is_missing_is_told) {
+  EXPECT_TRUE(test::passes_without_components("ArchiveComponent.DISABLED_is_missing"));
 }

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "hostkit/morvakit/missing_component.h"
 #include "hostkit/morvakit/parse_bytes.h"
 
 namespace {
@@ -123,6 +124,17 @@ TEST(Html, elements_nested_without_end_reach_the_limit) {
 
 TEST(Html, a_page_without_words_has_no_text) {
   EXPECT_EQ(parse_bytes(page("<p> &nbsp; </p>")).outcome, ParseOutcome::no_text);
+}
+
+// Runs in a process of its own, started by the test below.
+TEST(HtmlComponent, DISABLED_is_missing) {
+  auto const parsed = test::parse_bytes("<html><body><p>x</p></body></html>", "page.html");
+  EXPECT_EQ(parsed.outcome, Orlec::ParseOutcome::not_supported);
+  EXPECT_EQ(parsed.reason, "the HTML component is not installed");
+}
+
+TEST(HtmlComponent, that_is_missing_is_told) {
+  EXPECT_TRUE(test::passes_without_components("HtmlComponent.DISABLED_is_missing"));
 }
 
 }  // namespace

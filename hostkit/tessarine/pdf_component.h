@@ -1,7 +1,6 @@
 #pragma once
 
 #include "host/Orlec/IFile.h"
-#include "host/export.h"
 
 namespace tessarine {
 
@@ -14,10 +13,5 @@ inline constexpr char const* pdf_component_file = "libmorvakit-pdf.so";
 using PdfNeedsPasswordFunction = bool (*)(Orlec::Reader const& reader);
 
 inline constexpr char const* pdf_needs_password_symbol = "morvakit_pdf_needs_password";
-
-/// A function of the PDF component, which stands beside this library and stays loaded from the
-/// first call on. Null when the component is not installed, which is found out once, or does not
-/// offer the function. May be called from any thread.
-MORVA_EXPORT void* pdf_component_function(char const* symbol);
 
 }  // namespace tessarine

@@ -1,4 +1,4 @@
-#include "morvakit/archive/lzma_unpacker.h"
+#include "morvakit/archive/lzma_stream.h"
 
 #include <array>
 #include <cstdlib>
@@ -81,17 +81,17 @@ class FilterChain {
 
 }  // namespace
 
-struct LzmaUnpacker::Stream {
-  Stream(Orlec::Reader const& whole, ReadContext& reading) : reader(whole), context(reading) {}
-  ~Stream() { lzma_end(&lzma); }
-  Stream(Stream const&) = delete;
-  Stream& operator=(Stream const&) = delete;
+struct LzmaStream::State {
+  State(Orlec::Reader const& whole, ParseWatch& parse) : reader(whole), watch(parse) {}
+  ~State() { lzma_end(&lzma); }
+  State(State const&) = delete;
+  State& operator=(State const&) = delete;
 
   void fill();
   void refuse_dictionary();
 
   Orlec::Reader const& reader;
-  ReadContext& context;
+  ParseWatch& watch;
   lzma_stream lzma = LZMA_STREAM_INIT;
   std::vector<std::uint8_t> packed = std::vector<std::uint8_t>(piece_size);
   std::vector<std::uint8_t> unpacked = std::vector<std::uint8_t>(piece_size);
@@ -101,7 +101,7 @@ struct LzmaUnpacker::Stream {
   bool has_failed = false;
 };
 
-void LzmaUnpacker::Stream::fill() {
+void LzmaStream::State::fill() {
   if (lzma.avail_in > 0 || action == LZMA_FINISH) {
     return;
   }
@@ -116,55 +116,53 @@ void LzmaUnpacker::Stream::fill() {
   lzma.avail_in = static_cast<std::size_t>(got);
 }
 
-void LzmaUnpacker::Stream::refuse_dictionary() {
+void LzmaStream::State::refuse_dictionary() {
   has_failed = true;
-  context.end(Orlec::ParseOutcome::limit_reached,
-              "a dictionary over " + std::to_string(memory_limit) + " bytes");
+  watch.end(Orlec::ParseOutcome::limit_reached,
+            "a dictionary over " + std::to_string(memory_limit) + " bytes");
 }
 
-LzmaUnpacker::LzmaUnpacker(Orlec::Reader const& file, ReadContext& context)
-    : stream_(std::make_unique<Stream>(file, context)) {
-  stream_->has_failed =
-      lzma_auto_decoder(&stream_->lzma, memory_limit, LZMA_CONCATENATED) != LZMA_OK;
+LzmaStream::LzmaStream(Orlec::Reader const& file, ParseWatch& watch)
+    : state_(std::make_unique<State>(file, watch)) {
+  state_->has_failed = lzma_auto_decoder(&state_->lzma, memory_limit, LZMA_CONCATENATED) != LZMA_OK;
 }
 
-LzmaUnpacker::LzmaUnpacker(Orlec::Reader const& data, ReadContext& context,
-                           std::vector<LzmaStep> const& steps, std::int64_t unpacked)
-    : stream_(std::make_unique<Stream>(data, context)) {
+LzmaStream::LzmaStream(Orlec::Reader const& data, ParseWatch& watch,
+                       std::vector<LzmaStep> const& steps, std::int64_t unpacked)
+    : state_(std::make_unique<State>(data, watch)) {
   FilterChain chain;
   auto const is_chain = chain.build(steps, unpacked);
   auto const memory = is_chain ? lzma_raw_decoder_memusage(chain.data()) : UINT64_MAX;
   if (memory == UINT64_MAX) {
-    stream_->has_failed = true;
+    state_->has_failed = true;
   } else if (memory > memory_limit) {
-    stream_->refuse_dictionary();
+    state_->refuse_dictionary();
   } else {
-    stream_->has_failed = lzma_raw_decoder(&stream_->lzma, chain.data()) != LZMA_OK;
+    state_->has_failed = lzma_raw_decoder(&state_->lzma, chain.data()) != LZMA_OK;
   }
 }
 
-LzmaUnpacker::~LzmaUnpacker() = default;
+LzmaStream::~LzmaStream() = default;
 
-bool LzmaUnpacker::has_failed() const {
-  return stream_->has_failed;
+bool LzmaStream::has_failed() const {
+  return state_->has_failed;
 }
 
-std::string_view LzmaUnpacker::next() {
-  auto& stream = *stream_;
-  stream.lzma.next_out = stream.unpacked.data();
-  stream.lzma.avail_out = piece_size;
-  while (stream.lzma.avail_out == piece_size && !stream.is_at_end && !stream.has_failed) {
-    stream.fill();
-    auto const result = lzma_code(&stream.lzma, stream.action);
-    stream.is_at_end = result == LZMA_STREAM_END;
+std::string_view LzmaStream::next() {
+  auto& state = *state_;
+  state.lzma.next_out = state.unpacked.data();
+  state.lzma.avail_out = piece_size;
+  while (state.lzma.avail_out == piece_size && !state.is_at_end && !state.has_failed) {
+    state.fill();
+    auto const result = lzma_code(&state.lzma, state.action);
+    state.is_at_end = result == LZMA_STREAM_END;
     if (result == LZMA_MEMLIMIT_ERROR) {
-      stream.refuse_dictionary();
+      state.refuse_dictionary();
     }
-    stream.has_failed = stream.has_failed || !stream.context.keep_going() ||
-                        (result != LZMA_OK && result != LZMA_STREAM_END);
+    state.has_failed = state.has_failed || !state.watch.keep_going() ||
+                       (result != LZMA_OK && result != LZMA_STREAM_END);
   }
-  return {reinterpret_cast<char const*>(stream.unpacked.data()),
-          piece_size - stream.lzma.avail_out};
+  return {reinterpret_cast<char const*>(state.unpacked.data()), piece_size - state.lzma.avail_out};
 }
 
 }  // namespace morvakit

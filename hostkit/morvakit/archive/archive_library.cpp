@@ -1,4 +1,3 @@
-#include "morvakit/archive/archive_stream.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -12,7 +11,9 @@
 #include <archive_entry.h>
 #include <locale.h>
 
-#include "morvakit/archive/lzma_unpacker.h"
+#include "host/export.h"
+#include "morvakit/archive/archive_component.h"
+#include "morvakit/archive/lzma_stream.h"
 
 namespace morvakit {
 
@@ -91,11 +92,9 @@ void support_layout(archive* library, ArchiveLayout layout) {
   }
 }
 
-}  // namespace
-
 /// Lets the library read from a `Reader`.
-struct ArchiveStream::Input {
-  Input(Orlec::Reader const& whole, ReadContext& reading) : reader(whole), context(reading) {}
+struct Input {
+  Input(Orlec::Reader const& whole, ParseWatch& parse) : reader(whole), watch(parse) {}
 
   static la_ssize_t read(archive* /*library*/, void* self, void const** buffer) {
     return static_cast<Input*>(self)->next(buffer);
@@ -112,14 +111,14 @@ struct ArchiveStream::Input {
   la_int64_t seek_to(la_int64_t offset, int whence);
 
   Orlec::Reader const& reader;
-  ReadContext& context;
-  std::optional<LzmaUnpacker> xz;
+  ParseWatch& watch;
+  std::optional<LzmaStream> xz;
   std::vector<char> piece = std::vector<char>(std::size_t{64} << 10);
   std::int64_t position = 0;
 };
 
-la_ssize_t ArchiveStream::Input::next(void const** buffer) {
-  if (!context.keep_going()) {
+la_ssize_t Input::next(void const** buffer) {
+  if (!watch.keep_going()) {
     return -1;
   }
   if (xz) {
@@ -133,14 +132,14 @@ la_ssize_t ArchiveStream::Input::next(void const** buffer) {
   return got;
 }
 
-la_int64_t ArchiveStream::Input::skip_bytes(la_int64_t request) {
+la_int64_t Input::skip_bytes(la_int64_t request) {
   auto const rest = std::max<std::int64_t>(reader.GetSize() - position, 0);
   auto const skipped = std::clamp<std::int64_t>(request, 0, rest);
   position += skipped;
   return skipped;
 }
 
-la_int64_t ArchiveStream::Input::seek_to(la_int64_t offset, int whence) {
+la_int64_t Input::seek_to(la_int64_t offset, int whence) {
   auto const size = reader.GetSize();
   std::int64_t const base = whence == SEEK_CUR ? position : whence == SEEK_END ? size : 0;
   std::int64_t target = 0;
@@ -151,7 +150,7 @@ la_int64_t ArchiveStream::Input::seek_to(la_int64_t offset, int whence) {
   return position;
 }
 
-struct ArchiveStream::Library {
+struct Library {
   struct Free {
     void operator()(archive* opened) const { archive_read_free(opened); }
   };
@@ -172,7 +171,7 @@ struct ArchiveStream::Library {
 };
 
 /// False at the member's end and behind a fault.
-bool ArchiveStream::Library::next_piece() {
+bool Library::next_piece() {
   void const* data = nullptr;
   std::size_t size = 0;
   la_int64_t offset = 0;
@@ -186,46 +185,57 @@ bool ArchiveStream::Library::next_piece() {
   return true;
 }
 
-ArchiveStream::ArchiveStream(Orlec::Reader const& reader, ReadContext& context,
-                             ArchiveLayout layout, ArchivePacking packing)
-    : input_(std::make_unique<Input>(reader, context)), library_(std::make_unique<Library>()) {
+class LibraryStream : public ArchiveStream {
+ public:
+  LibraryStream(Orlec::Reader const& reader, ParseWatch& watch, ArchiveLayout layout,
+                ArchivePacking packing);
+
+  Step next(ArchiveEntry& entry) override;
+  std::int64_t read(char* buffer, std::size_t size) override;
+
+ private:
+  Input input_;
+  Library library_;
+};
+
+LibraryStream::LibraryStream(Orlec::Reader const& reader, ParseWatch& watch, ArchiveLayout layout,
+                             ArchivePacking packing)
+    : input_(reader, watch) {
   Utf8Names const names;
-  auto* const library = library_->handle.get();
+  auto* const library = library_.handle.get();
   if (library == nullptr) {
     throw std::bad_alloc();
   }
   support_layout(library, layout);
   archive_read_set_read_callback(library, Input::read);
-  archive_read_set_callback_data(library, input_.get());
+  archive_read_set_callback_data(library, &input_);
   if (packing == ArchivePacking::xz) {
-    input_->xz.emplace(reader, context);
+    input_.xz.emplace(reader, watch);
   } else if (packing == ArchivePacking::none) {
     archive_read_set_skip_callback(library, Input::skip);
     archive_read_set_seek_callback(library, Input::seek);
   } else if (archive_read_append_filter(library, filter_code(packing)) != ARCHIVE_OK) {
     return;
   }
-  library_->is_open = archive_read_open1(library) == ARCHIVE_OK;
-  library_->may_be_broken = archive_errno(library) != 0;
+  library_.is_open = archive_read_open1(library) == ARCHIVE_OK;
+  library_.may_be_broken = archive_errno(library) != 0;
 }
 
-ArchiveStream::~ArchiveStream() = default;
-
-ArchiveStream::Step ArchiveStream::next(ArchiveEntry& entry) {
+ArchiveStream::Step LibraryStream::next(ArchiveEntry& entry) {
   Utf8Names const names;
-  auto* const library = library_->handle.get();
+  auto* const library = library_.handle.get();
   archive_entry* found = nullptr;
-  library_->piece = {};
-  library_->hole = 0;
-  library_->position = 0;
-  auto const result = library_->is_open ? archive_read_next_header(library, &found) : ARCHIVE_FATAL;
+  library_.piece = {};
+  library_.hole = 0;
+  library_.position = 0;
+  auto const result = library_.is_open ? archive_read_next_header(library, &found) : ARCHIVE_FATAL;
   if (result == ARCHIVE_EOF) {
     bool const is_broken =
-        library_->may_be_broken && archive_format(library) == ARCHIVE_FORMAT_EMPTY;
+        library_.may_be_broken && archive_format(library) == ARCHIVE_FORMAT_EMPTY;
     return is_broken ? Step::damaged : Step::end;
   }
   if (result < ARCHIVE_WARN || found == nullptr) {
-    bool const is_locked = library_->is_open && archive_read_has_encrypted_entries(library) == 1;
+    bool const is_locked = library_.is_open && archive_read_has_encrypted_entries(library) == 1;
     return is_locked ? Step::encrypted : Step::damaged;
   }
   char const* const name = archive_entry_pathname(found);
@@ -239,9 +249,9 @@ ArchiveStream::Step ArchiveStream::next(ArchiveEntry& entry) {
   return Step::entry;
 }
 
-std::int64_t ArchiveStream::read(char* buffer, std::size_t size) {
+std::int64_t LibraryStream::read(char* buffer, std::size_t size) {
   Utf8Names const names;
-  auto& library = *library_;
+  auto& library = library_;
   while (library.hole == 0 && library.piece.empty()) {
     if (!library.next_piece()) {
       return library.is_at_end ? 0 : -1;
@@ -262,4 +272,22 @@ std::int64_t ArchiveStream::read(char* buffer, std::size_t size) {
   return got;
 }
 
+}  // namespace
+
 }  // namespace morvakit
+
+extern "C" MORVA_EXPORT void morvakit_open_archive(std::unique_ptr<morvakit::ArchiveStream>& opened,
+                                                   Orlec::Reader const& reader,
+                                                   morvakit::ParseWatch& watch,
+                                                   morvakit::ArchiveLayout layout,
+                                                   morvakit::ArchivePacking packing) {
+  opened = std::make_unique<morvakit::LibraryStream>(reader, watch, layout, packing);
+}
+
+extern "C" MORVA_EXPORT void morvakit_open_lzma(std::unique_ptr<morvakit::LzmaUnpacker>& opened,
+                                                Orlec::Reader const& data,
+                                                morvakit::ParseWatch& watch,
+                                                std::vector<morvakit::LzmaStep> const& steps,
+                                                std::int64_t unpacked) {
+  opened = std::make_unique<morvakit::LzmaStream>(data, watch, steps, unpacked);
+}
