@@ -10,6 +10,7 @@
 #include "numeric/internal/ascending.h"
 #include "numeric/internal/float_search.h"
 #include "numeric/internal/no_distance.h"
+#include "numeric/internal/point_block.h"
 
 namespace morva {
 
@@ -21,14 +22,16 @@ constexpr double no_distance_squared = no_distance * no_distance;
 // So many share the way of the points through the cache.
 constexpr std::size_t rows_at_once = 16;
 
+std::size_t value_count(std::vector<SparsePoint> const& points) {
+  return std::accumulate(
+      points.begin(), points.end(), std::size_t{0},
+      [](std::size_t sum, SparsePoint const& point) { return sum + point.values.size(); });
+}
+
 // Interleaving pays as soon as its columns, zeros included, are read no slower than scattered
 // values.
 DistanceTable::Form fitting_form(std::vector<SparsePoint> const& points) {
-  std::size_t values = 0;
-  for (SparsePoint const& point : points) {
-    values += point.columns.size();
-  }
-  bool const is_dense = values > column_count(points) * points.size() / 3;
+  bool const is_dense = value_count(points) > column_count(points) * points.size() / 3;
   return is_dense ? DistanceTable::Form::dense : DistanceTable::Form::sparse;
 }
 
@@ -271,39 +274,66 @@ std::vector<double> DistanceTable::smallest_similarities(std::size_t i, std::siz
 }
 
 double DistanceTable::average_distance() const {
-  std::size_t const pairs = size() * (size() - std::min<std::size_t>(size(), 1)) / 2;
+  if (size() < 2) {
+    return 0.0;
+  }
+  double const sum = form_ == Form::dense ? sum_of_dense() : sum_of_sparse();
+  return sum / static_cast<double>(size() * (size() - 1) / 2);
+}
+
+double DistanceTable::add_row(std::size_t i, std::span<double> measured, double sum) const {
+  mark_unequal(points_[i], i + 1, measured, no_distance);
+  return std::accumulate(measured.begin(), measured.end(), sum);
+}
+
+double DistanceTable::sum_of_dense() const {
+  auto const& dense = std::get<Lanes>(columns());
   double sum = 0.0;
-  std::vector<double> row(size());
-  auto const add_row = [&](std::size_t i) {
-    std::span<double const> const measured = std::span<double>(row).subspan(i + 1);
-    sum = std::accumulate(measured.begin(), measured.end(), sum);
-  };
-  if (auto const* dense = size() < 2 ? nullptr : std::get_if<Lanes>(&columns())) {
-    std::vector<double> rows(rows_at_once * size());
-    for (std::size_t i = 0; i < size(); i += rows_at_once) {
-      auto const block =
-          std::span<SparsePoint const>(points_).subspan(i, std::min(rows_at_once, size() - i));
-      std::size_t const count = size() - i;
-      dense->distances(block, i, std::span<double>(rows).first(block.size() * count));
-      for (std::size_t r = 0; r < block.size(); ++r) {
-        auto const measured = std::span<double>(rows).subspan(r * count, count).subspan(r + 1);
-        mark_unequal(block[r], i + r + 1, measured, no_distance);
-        sum = std::accumulate(measured.begin(), measured.end(), sum);
+  std::vector<double> rows(rows_at_once * size());
+  for (std::size_t i = 0; i < size(); i += rows_at_once) {
+    auto const block =
+        std::span<SparsePoint const>(points_).subspan(i, std::min(rows_at_once, size() - i));
+    std::size_t const count = size() - i;
+    dense.distances(block, i, std::span<double>(rows).first(block.size() * count));
+    for (std::size_t r = 0; r < block.size(); ++r) {
+      sum = add_row(i + r, std::span<double>(rows).subspan(r * count, count).subspan(r + 1), sum);
+    }
+  }
+  return sum;
+}
+
+// A block of rows at a time, each against all that follow; the more rows the fewer follow, as
+// memory for a third of what the points take has room for.
+double DistanceTable::sum_of_sparse() const {
+  constexpr std::size_t width = PointBlock::width;
+  std::size_t const columns = column_count(points_);
+  std::size_t const room = value_count(points_) / 2;
+  SparsePoint const none;
+  std::vector<double> tile;
+  double sum = 0.0;
+  for (std::size_t i = 0; i < size();) {
+    std::size_t const count = size() - i;
+    std::size_t const rows = std::min(count, std::clamp<std::size_t>(room / count, 32, 256));
+    std::size_t const stride = (count + width - 1) / width * width;
+    PointBlock block(std::span<SparsePoint const>(points_).subspan(i, rows), columns);
+    tile.resize(rows * stride);
+    for (std::size_t j = 0; j < count; j += width) {
+      PointBlock::Others others;
+      for (std::size_t r = 0; r < width; ++r) {
+        others[r] = j + r < count ? &points_[i + j + r] : &none;
+      }
+      auto place = tile.begin() + static_cast<std::ptrdiff_t>(j);
+      for (PointBlock::Row const& row : block.distances(others, std::min(rows, j + width))) {
+        std::copy(row.lanes.begin(), row.lanes.end(), place);
+        place += static_cast<std::ptrdiff_t>(stride);
       }
     }
-    return pairs == 0 ? 0.0 : sum / static_cast<double>(pairs);
-  }
-  // Swept in stretches, so that few of the points before i are swept along.
-  std::size_t const stretch = size() / 8 + 64;
-  for (std::size_t start = 0; start < size(); start += stretch) {
-    Postings const tail(std::span<SparsePoint const>(points_).subspan(start));
-    for (std::size_t i = start; i < std::min(size(), start + stretch); ++i) {
-      tail.distances(points_[i], std::span<double>(row).subspan(start));
-      mark_unequal(points_[i], start, std::span<double>(row).subspan(start), no_distance);
-      add_row(i);
+    for (std::size_t r = 0; r < rows; ++r) {
+      sum = add_row(i + r, std::span(tile).subspan(r * stride, count).subspan(r + 1), sum);
     }
+    i += rows;
   }
-  return pairs == 0 ? 0.0 : sum / static_cast<double>(pairs);
+  return sum;
 }
 
 std::optional<FoundPair> farthest_pair(DistanceTable const& table) {

@@ -79,6 +79,10 @@ class DistanceTable {
   std::vector<double> all_distances(SparsePoint const& x, std::size_t first) const;
   void mark_unequal(SparsePoint const& x, std::size_t first, std::span<double> out,
                     double value) const;
+  /// Adds the distances of point i and those behind it to a sum.
+  double add_row(std::size_t i, std::span<double> measured, double sum) const;
+  double sum_of_dense() const;
+  double sum_of_sparse() const;
 
   std::vector<SparsePoint> points_;
   Form form_;
