@@ -5,7 +5,8 @@
 #include <cstring>
 
 // On x86-64 each loop is compiled for several widths, of which the loader picks one; not under the
-// sanitizers, which start up after the loader has picked.
+// sanitizers, which start up after the loader has picked. What the loops are made of has to become
+// part of them for that.
 
 namespace morva {
 
@@ -13,16 +14,17 @@ namespace {
 
 using Characters [[gnu::vector_size(64)]] = std::uint32_t;
 using Bytes [[gnu::vector_size(16)]] = std::uint8_t;
+using Words = std::array<std::uint64_t, words_in_group>;
+
+constexpr std::size_t characters = sizeof(Characters) / sizeof(wchar_t);
 constexpr std::uint32_t zero = U'0';
 constexpr std::uint32_t first_letter = U'A';
 
-using Padded = std::array<wchar_t, digits_in_word>;
-
 static_assert(sizeof(wchar_t) == sizeof(std::uint32_t));
-static_assert(sizeof(Characters) == sizeof(Padded));
+static_assert(digits_in_group == 2 * characters && sizeof(Words) == sizeof(Bytes));
 
 // Inverts the bits of `values` that are set in the digits'.
-inline void toggle(wchar_t const* digits, Characters& values) {
+[[gnu::always_inline]] inline void toggle(wchar_t const* digits, Characters& values) {
   Characters text;
   std::memcpy(&text, digits, sizeof text);
   Characters const number = text - zero;
@@ -31,34 +33,57 @@ inline void toggle(wchar_t const* digits, Characters& values) {
   values ^= number < 10 ? number : letter_value;
 }
 
+[[gnu::always_inline]] inline Words packed(Characters const& first, Characters const& second) {
+  Bytes const bytes = __builtin_convertvector(first | second << bits_per_digit, Bytes);
+  Words words;
+  std::memcpy(words.data(), &bytes, sizeof words);
+  return words;
+}
+
 inline std::size_t bit_count(std::uint64_t word) {
   return static_cast<std::size_t>(std::popcount(word));
 }
 
-inline std::uint64_t packed(Characters const& values) {
-  Bytes const bytes = __builtin_convertvector(values, Bytes);
-  std::uint64_t halves[2];
-  std::memcpy(halves, &bytes, sizeof halves);
-  return halves[0] | halves[1] << bits_per_digit;
+// Of one group.
+[[gnu::always_inline]] inline void pack(wchar_t const* digits, std::uint64_t* words) {
+  Characters first{};
+  Characters second{};
+  toggle(digits, first);
+  toggle(digits + characters, second);
+  Words const group = packed(first, second);
+  std::memcpy(words, group.data(), sizeof group);
 }
 
-inline std::uint64_t packed(wchar_t const* digits) {
-  Characters values{};
-  toggle(digits, values);
-  return packed(values);
+[[gnu::always_inline]] inline std::size_t differing(wchar_t const* a, wchar_t const* b) {
+  Characters first{};
+  Characters second{};
+  toggle(a, first);
+  toggle(b, first);
+  toggle(a + characters, second);
+  toggle(b + characters, second);
+  Words const group = packed(first, second);
+  return bit_count(group[0]) + bit_count(group[1]);
 }
 
-inline std::size_t differing(wchar_t const* a, wchar_t const* b) {
-  Characters values{};
-  toggle(a, values);
-  toggle(b, values);
-  return bit_count(packed(values));
-}
+// What is left behind the last whole group, filled up. A function of its own, as its stack frame
+// would be the larger part of the work for short texts.
+using Padded = std::array<wchar_t, digits_in_group>;
 
-inline Padded padded(std::wstring_view digits) {
+Padded padded(std::wstring_view digits) {
   Padded copy{};
   digits.copy(copy.data(), copy.size());
   return copy;
+}
+
+[[gnu::noinline]] void pack_rest(std::wstring_view digits, std::uint64_t* words) {
+  Padded const group = padded(digits);
+  pack_digits({group.data(), group.size()}, words);
+}
+
+[[gnu::noinline]] std::size_t differing_in_rest(std::wstring_view a, std::wstring_view b) {
+  Padded const first = padded(a);
+  Padded const second = padded(b);
+  return differing_bits({first.data(), first.size()}, {second.data(), second.size()});
 }
 
 }  // namespace
@@ -67,12 +92,12 @@ inline Padded padded(std::wstring_view digits) {
 [[gnu::target_clones("avx512f", "avx2", "default")]]
 #endif
 void pack_digits(std::wstring_view digits, std::uint64_t* words) {
-  while (digits.size() >= digits_in_word) {
-    *words++ = packed(digits.data());
-    digits.remove_prefix(digits_in_word);
+  for (; digits.size() >= digits_in_group; digits.remove_prefix(digits_in_group)) {
+    pack(digits.data(), words);
+    words += words_in_group;
   }
   if (!digits.empty()) {
-    *words = packed(padded(digits).data());
+    pack_rest(digits, words);
   }
 }
 
@@ -82,13 +107,13 @@ void pack_digits(std::wstring_view digits, std::uint64_t* words) {
 std::size_t
 differing_bits(std::wstring_view a, std::wstring_view b) {
   std::size_t sum = 0;
-  while (a.size() >= digits_in_word) {
+  while (a.size() >= digits_in_group) {
     sum += differing(a.data(), b.data());
-    a.remove_prefix(digits_in_word);
-    b.remove_prefix(digits_in_word);
+    a.remove_prefix(digits_in_group);
+    b.remove_prefix(digits_in_group);
   }
   if (!a.empty()) {
-    sum += differing(padded(a).data(), padded(b).data());
+    sum += differing_in_rest(a, b);
   }
   return sum;
 }
@@ -98,6 +123,13 @@ differing_bits(std::wstring_view a, std::wstring_view b) {
 #endif
 void differing_bits(std::span<std::uint64_t const> row, std::uint64_t const* rows,
                     std::span<std::size_t> differing) {
+  if (row.size() == words_in_group) {
+    for (std::size_t& sum : differing) {
+      sum = bit_count(row[0] ^ rows[0]) + bit_count(row[1] ^ rows[1]);
+      rows += words_in_group;
+    }
+    return;
+  }
   for (std::size_t& sum : differing) {
     std::size_t bits = 0;
     for (std::uint64_t const word : row) {

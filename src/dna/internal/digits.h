@@ -7,12 +7,13 @@
 
 namespace morva {
 
-inline constexpr std::size_t digits_in_word = 16;
+inline constexpr std::size_t digits_in_group = 32;
+inline constexpr std::size_t words_in_group = 2;
 inline constexpr std::size_t bits_per_digit = 4;
 
-/// Words that so many digits take.
+/// Words that so many digits take: whole groups of two.
 constexpr std::size_t packed_size(std::size_t digits) {
-  return (digits + digits_in_word - 1) / digits_in_word;
+  return (digits + digits_in_group - 1) / digits_in_group * words_in_group;
 }
 
 /// Writes the values of the digits, by `HFileSimHash::hex2dec`, to `packed_size` words, sixteen to
