@@ -1,6 +1,7 @@
 """Measures everything beside its peers and writes docs/performance.md. See scripts/bench."""
 
 import argparse
+import functools
 import os
 import pathlib
 import subprocess
@@ -29,13 +30,16 @@ MEASURES = {"text": extraction.measure, "folder": folder.measure, "learn": learn
 class Setting:
     """What a measurement needs to know."""
 
-    def __init__(self, options, earlier):
+    def __init__(self, options, rows):
+        self.rows, self.names = rows, options.rows or [row["id"] for row in rows]
+        earlier = self._unwanted_of(options.raw)
         self.root, self.build, self.data = ROOT, options.built or ROOT / "build/release", RESULTS / "data"
         self.program = self.build / "bin/morvaai"
         self.quick, self.rounds = options.quick, 3 if options.quick else 5
         self.corpus = options.corpus.resolve() if options.corpus else None
         self.records = records.Records(options.raw, earlier)
         self.commands = commands.Commands(self.build)
+        self.printed = []
         self.data.mkdir(parents=True, exist_ok=True)
         # Programs and scripts learn it from here.
         os.environ.pop("MORVA_CORPUS", None)
@@ -43,6 +47,18 @@ class Setting:
             os.environ["MORVA_CORPUS"] = str(self.corpus)
         if self.quick:
             os.environ["MORVA_BENCH_QUICK"] = "1"
+
+    def wants(self, name):
+        """Whether a result belongs to a row that is to be measured, or to none at all."""
+        operation = name.split("/")[0]
+        owners = [row["id"] for row in self.rows if summary.belongs(operation, row["operations"])]
+        return not owners or any(owner in self.names for owner in owners)
+
+    def _unwanted_of(self, raw):
+        """What an earlier run found of the rows that are not to be measured now."""
+        if len(self.names) == len(self.rows) or not raw.exists():
+            return []
+        return [result for result in records.read(raw)[1] if not self.wants(result["name"])]
 
 
 def arguments(rows):
@@ -74,29 +90,6 @@ def build(rows):
             progress(f"{target} was not built:\n{done.stdout[-2000:]}")
 
 
-def kept(options, rows):
-    """What an earlier run found of the rows that are not to be measured now."""
-    if not options.rows or not options.raw.exists():
-        return []
-    again = [pattern for row in rows if row["id"] in options.rows for pattern in row["operations"]]
-    return [result for result in records.read(options.raw)[1]
-            if not summary.belongs(result["name"].split("/")[0], again)]
-
-
-def measure(setting, row):
-    """All that a row needs. A part that fails does not keep the others from being measured."""
-    parts = [(name, lambda name=name: google.measure(setting, name, row["operations"]))
-             for name in row.get("programs", [])]
-    parts += [(command[0], lambda command=command: peers.measure(setting, command)) for command in row.get("prints", [])]
-    parts += [(name, lambda name=name: MEASURES[name](setting)) for name in row.get("driver", [])]
-    for name, part in parts:
-        try:
-            part()
-        except Exception:  # pylint: disable=broad-except
-            traceback.print_exc()
-            setting.records.missing(f"{row['id']}: {name}", traceback.format_exc().strip().rpartition("\n")[2])
-
-
 def how(options):
     return {"real documents": "yes" if options.corpus else "no, generated ones only",
             **({"quick": "yes: few sizes and runs"} if options.quick else {}),
@@ -110,10 +103,10 @@ def main():
     if not options.render:
         if not options.built:
             build(rows)
-        setting = Setting(options, kept(options, rows))
+        setting = Setting(options, rows)
         setting.records.about({**machine.describe(ROOT), **how(options)})
         for row in rows:
-            if not options.rows or row["id"] in options.rows:
+            if row["id"] in setting.names:
                 progress(f"{row['id']}: {row['title']}")
                 before = len(setting.records.failures)
                 measure(setting, row)

@@ -17,7 +17,7 @@ ARGUMENT_NAME = re.compile(r"(?<=/)[A-Za-z_]+:(?=[0-9])")
 LONGEST_SECONDS = 900.0
 
 
-def measure(setting, program, operations):
+def measure(setting, program, operations, rounds):
     """The operations of a program that a pattern names."""
     path = setting.build / "bench" / program
     if not path.exists():
@@ -30,7 +30,7 @@ def measure(setting, program, operations):
     found = dict.fromkeys(name.split("/")[0] for name in listed.stdout.split())
     for operation in found:
         if any(fnmatch.fnmatchcase(operation, pattern) for pattern in operations):
-            measure_operation(setting, path, operation)
+            measure_operation(setting, path, operation, rounds)
 
 
 def run(path, options, setting):
@@ -42,12 +42,12 @@ def run(path, options, setting):
         return subprocess.CompletedProcess(path, -1, "", f"took longer than {LONGEST_SECONDS:.0f} s")
 
 
-def measure_operation(setting, path, operation):
+def measure_operation(setting, path, operation, rounds):
     progress(f"  {path.name}: {operation}")
     with tempfile.NamedTemporaryFile("r", suffix=".json") as out:
         done = run(path, [f"--benchmark_filter=^{re.escape(operation)}/", f"--benchmark_out={out.name}",
                           "--benchmark_out_format=json", "--benchmark_enable_random_interleaving=true",
-                          f"--benchmark_repetitions={setting.rounds}",
+                          f"--benchmark_repetitions={rounds}",
                           f"--benchmark_min_time={0.02 if setting.quick else 0.1}"], setting)
         try:
             results = json.load(out)["benchmarks"]

@@ -74,7 +74,7 @@ def section(row, found, absent, folder):
     ours = of_row(row, found)
     parts = [f"## {row['title']}\n", row["what"].strip() + "\n"]
     for operation in dict.fromkeys(one.operation for one in ours):
-        parts += tables([one for one in ours if one.operation == operation], size_name(row, operation))
+        parts += tables([one for one in ours if one.operation == operation], row)
     parts += pictures(row, ours, folder)
     parts += [f"- {result['name']}: not measured, {result['missing']}" for result in absent
               if summary.belongs(result["name"].split("/")[0], row["operations"])]
@@ -83,8 +83,9 @@ def section(row, found, absent, folder):
     return "\n".join(parts)
 
 
-def tables(found, sizes):
+def tables(found, row):
     """A table of times for each series of an operation, and one of memory where it is known."""
+    sizes = size_name(row, found[0].operation)
     groups = {}
     for one in found:
         groups.setdefault(one.case.partition("/")[0] if "/" in one.case else "", []).append(one)
@@ -92,7 +93,7 @@ def tables(found, sizes):
         title = f"{members[0].operation} {name}".strip()
         yield comparison(title, members, lambda one: one.seconds, summary.in_seconds, sizes, with_runs=True)
         if any(one.memory for one in members):
-            yield comparison(f"{title}: peak memory", members, lambda one: one.memory, summary.in_bytes, sizes,
+            yield comparison(f"{title}: {row.get('memory', 'peak memory')}", members, lambda one: one.memory, summary.in_bytes, sizes,
                              with_runs=False)
     yield from growths(found)
 
@@ -175,7 +176,7 @@ def others(found, absent):
     rest = [one for one in found if not summary.belongs(one.operation, patterns)]
     parts = ["## Others\n"] if rest else []
     for operation in dict.fromkeys(one.operation for one in rest):
-        parts += tables([one for one in rest if one.operation == operation], "")
+        parts += tables([one for one in rest if one.operation == operation], {})
     lost = [result for result in absent if not summary.belongs(result["name"].split("/")[0], patterns)]
     parts += [f"- {result['name']}: not measured, {result['missing']}" for result in lost]
     return "\n".join(parts)

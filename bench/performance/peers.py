@@ -1,7 +1,8 @@
-"""Programs and scripts that measure themselves and print results, one JSON object a line."""
+"""Programs and scripts that measure themselves and print results, or write them to a file, one JSON object a line."""
 
 import json
 import subprocess
+import tempfile
 
 from records import progress
 
@@ -9,28 +10,36 @@ LONGEST_SECONDS = 1200.0
 
 
 def measure(setting, command):
-    name = command[0].rsplit("/")[-1]
-    progress(f"  {name}")
-    try:
-        done = subprocess.run(command, stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True,
-                              timeout=LONGEST_SECONDS, check=False, cwd=setting.root)
-        output, failed = done.stdout, f"ended with {done.returncode}" if done.returncode else ""
-        errors = done.stderr
-    except (OSError, subprocess.TimeoutExpired) as error:
-        output, failed, errors = "", str(error), ""
-    for line in output.splitlines():
-        add(setting.records, line)
+    """In the command, {build}, {runs} and {file} stand for the folder of programs, how often to run a case, and
+    a file that takes the results."""
+    with tempfile.NamedTemporaryFile("r", suffix=".jsonl") as file:
+        places = {"{build}": setting.build, "{runs}": 1 if setting.quick else 3, "{file}": file.name}
+        for place, stands_for in places.items():
+            command = [part.replace(place, str(stands_for)) for part in command]
+        name = command[0].rpartition("/")[2]
+        progress(f"  {name}")
+        try:
+            done = subprocess.run(command, capture_output=True, text=True, timeout=LONGEST_SECONDS, check=False,
+                                  cwd=setting.root)
+            failed = f"ended with {done.returncode}: {done.stderr[-200:].strip()}" if done.returncode else ""
+            lines = done.stdout.splitlines()
+        except (OSError, subprocess.TimeoutExpired) as error:
+            failed, lines = str(error), []
+        for line in lines + file.read().splitlines():
+            add(setting, line)
     if failed:
-        setting.records.missing(name, f"{failed}: {errors[-200:].strip()}")
+        setting.records.missing(name, failed)
 
 
-def add(records, line):
+def add(setting, line):
     try:
         result = json.loads(line)
         name = result.pop("name")
-    except (ValueError, KeyError, AttributeError):
+    except (ValueError, KeyError, TypeError, AttributeError):
+        return
+    if not setting.wants(name):
         return
     if "missing" in result:
-        records.missing(name, result["missing"])
+        setting.records.missing(name, result["missing"])
     else:
-        records.add(name, result.pop("seconds"), **result)
+        setting.records.add(name, result.pop("seconds"), **result)
