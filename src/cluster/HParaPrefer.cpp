@@ -12,6 +12,11 @@ constexpr double greatest_nearest = 4503599627370496.0;
 
 using Lists = std::vector<std::vector<double>>;
 
+std::vector<double> smallest(morva::DistanceTable const& table, std::size_t i, std::size_t count,
+                             bool use_distance) {
+  return use_distance ? table.smallest_distances(i, count) : table.smallest_similarities(i, count);
+}
+
 // How far the neighbours of a point reach, and its nearest.
 struct Reach {
   double farthest;
@@ -28,20 +33,13 @@ class ValueLists {
  public:
   ValueLists(morva::DistanceTable const& table, bool use_distance)
       : table_(table), use_distance_(use_distance), prefixes_(table.size()) {
-    if (measures_together()) {
+    if (use_distance) {
       prefixes_ = morva::smallest_distances(table, kept_values);
     }
   }
 
-  // Whether the lists are best made all at once.
-  bool measures_together() const { return use_distance_ && table_.floats() != nullptr; }
   std::size_t size() const { return table_.size(); }
   std::size_t length() const { return table_.size() - 1; }
-
-  std::vector<double> smallest(std::size_t i, std::size_t count) const {
-    return use_distance_ ? table_.smallest_distances(i, count)
-                         : table_.smallest_similarities(i, count);
-  }
 
   // Calls `take` with a prefix of list i that is long enough for `take` to stop before its end, or
   // with the whole list.
@@ -49,13 +47,13 @@ class ValueLists {
   void read(std::size_t i, std::size_t at_least, Take const& take) {
     std::size_t count = std::max(at_least, kept_values);
     if (prefixes_[i].empty()) {
-      prefixes_[i] = smallest(i, kept_values);
+      prefixes_[i] = smallest(table_, i, kept_values, use_distance_);
     }
     std::vector<double> longer;
     while (true) {
       bool const is_kept = count <= kept_values;
       if (!is_kept) {
-        longer = smallest(i, count);
+        longer = smallest(table_, i, count, use_distance_);
       }
       std::vector<double> const& prefix = is_kept ? prefixes_[i] : longer;
       if (take(prefix) < prefix.size() || prefix.size() == length()) {
@@ -165,7 +163,7 @@ double HParaPrefer::eps_of(morva::DistanceTable const& table, int min_points, bo
   auto const read = [&](std::size_t i, std::size_t at_least, auto const& take) {
     lists.read(i, at_least, take);
   };
-  if (lists.measures_together()) {
+  if (use_distance) {
     double const average = average_reach(lists.size(), min_points, read);
     return mean_reach(lists.reaches_together(average, min_points), average);
   }
@@ -177,9 +175,8 @@ void HParaPrefer::get_vt_all(std::vector<HPointN> const& points, Lists& lists, b
     return;
   }
   morva::DistanceTable const table(morva::compress(points));
-  ValueLists const values(table, use_distance);
-  for (std::size_t i = 0; i < values.size(); ++i) {
-    lists.push_back(values.smallest(i, values.length()));
+  for (std::size_t i = 0; i < table.size(); ++i) {
+    lists.push_back(smallest(table, i, table.size() - 1, use_distance));
   }
 }
 

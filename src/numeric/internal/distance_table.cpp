@@ -50,6 +50,21 @@ std::size_t last_nearest(std::size_t count, Distance const& distance_to) {
   return nearest;
 }
 
+// The value at a position of the ascending order: one pass, as few are among the smallest so far.
+double value_at(std::size_t position, std::span<double const> values) {
+  std::vector<double> heap(values.begin(),
+                           values.begin() + static_cast<std::ptrdiff_t>(position + 1));
+  std::make_heap(heap.begin(), heap.end());
+  for (double const value : values.subspan(position + 1)) {
+    if (value < heap.front()) {
+      std::pop_heap(heap.begin(), heap.end());
+      heap.back() = value;
+      std::push_heap(heap.begin(), heap.end());
+    }
+  }
+  return heap.front();
+}
+
 bool is_in(double distance, double limit, DistanceTable::Border border) {
   return border == DistanceTable::Border::inside ? distance <= limit : distance < limit;
 }
@@ -61,6 +76,9 @@ DistanceTable::DistanceTable(std::vector<SparsePoint> points, std::optional<Form
   for (SparsePoint const& point : points_) {
     is_uniform_ = is_uniform_ && point.n == points_.front().n;
     is_tame_ = is_tame_ && point.is_tame;
+  }
+  if (form_ == Form::sparse) {
+    bound_parts_.assign(points_.begin(), points_.end());
   }
 }
 
@@ -137,8 +155,10 @@ bool DistanceTable::bound_squares(SparsePoint const& x, std::size_t first, Bound
   bounds.low.resize(count);
   bounds.high.resize(count);
   std::get<Postings>(columns()).dots(x, first, bounds.low);
+  SquareBounds::Part const part(x);
+  SquareBounds::Part const* const parts = bound_parts_.data() + first;
   for (std::size_t j = 0; j < count; ++j) {
-    SquareBounds const square(x, points_[first + j], bounds.low[j]);
+    SquareBounds const square(part, parts[j], bounds.low[j]);
     bounds.low[j] = square.low;
     bounds.high[j] = square.high;
   }
@@ -250,12 +270,10 @@ std::vector<double> DistanceTable::smallest_distances(std::size_t i, std::size_t
   std::vector<double> result;
   Bounds bounds;
   if (count < size() / 8 && bound_squares(points_[i], 0, bounds)) {
-    std::vector<double> highs = bounds.high;
-    highs[i] = std::numeric_limits<double>::infinity();
-    auto const last = highs.begin() + static_cast<std::ptrdiff_t>(count);
-    std::nth_element(highs.begin(), last, highs.end());
+    bounds.high[i] = std::numeric_limits<double>::infinity();
+    double const reach = value_at(count, bounds.high);
     for (std::size_t j = 0; j < size(); ++j) {
-      if (j != i && bounds.low[j] <= *last) {
+      if (j != i && bounds.low[j] <= reach) {
         result.push_back(distance(points_[i], points_[j]));
       }
     }
@@ -264,6 +282,30 @@ std::vector<double> DistanceTable::smallest_distances(std::size_t i, std::size_t
     result.erase(result.begin() + static_cast<std::ptrdiff_t>(i));
   }
   return smallest(count, std::move(result));
+}
+
+double DistanceTable::greatest_within(std::size_t i, double limit) const {
+  Bounds bounds;
+  bool const is_bounded = limit >= 0.0 && bound_squares(points_[i], 0, bounds);
+  double const below = limit * limit * (1.0 - root_slack);
+  double const above = limit * limit * (1.0 + root_slack);
+  double reach = 0.0;
+  for (std::size_t j = 0; j < bounds.high.size(); ++j) {
+    reach = bounds.high[j] < below ? std::max(reach, bounds.low[j]) : reach;
+  }
+  std::vector<double> const exact =
+      is_bounded ? std::vector<double>() : all_distances(points_[i], 0);
+  double greatest = 0.0;
+  for (std::size_t j = 0; j < size(); ++j) {
+    if (j == i || (is_bounded && (bounds.high[j] < reach || bounds.low[j] > above))) {
+      continue;
+    }
+    double const measured = is_bounded ? distance(points_[i], points_[j]) : exact[j];
+    if (measured > greatest && measured <= limit) {
+      greatest = measured;
+    }
+  }
+  return greatest;
 }
 
 std::vector<double> DistanceTable::smallest_similarities(std::size_t i, std::size_t count) const {
@@ -396,15 +438,10 @@ std::vector<double> greatest_within(DistanceTable const& table, double limit) {
   if (FloatLanes const* floats = table.floats(); floats != nullptr && limit >= 0.0) {
     return FloatSearch(table, *floats).greatest_within(limit);
   }
-  std::vector<double> result(table.size(), 0.0);
-  std::vector<double> row(table.size());
+  std::vector<double> result;
+  result.reserve(table.size());
   for (std::size_t i = 0; i < table.size(); ++i) {
-    table.distances(table[i], 0, row);
-    for (std::size_t j = 0; j < row.size(); ++j) {
-      if (j != i && row[j] > result[i] && row[j] <= limit) {
-        result[i] = row[j];
-      }
-    }
+    result.push_back(table.greatest_within(i, limit));
   }
   return result;
 }

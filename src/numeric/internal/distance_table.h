@@ -66,6 +66,10 @@ class DistanceTable {
   std::vector<double> smallest_distances(std::size_t i, std::size_t count) const;
   std::vector<double> smallest_similarities(std::size_t i, std::size_t count) const;
 
+  /// The greatest distance of point i and another that is not above the limit; 0.0 where there is
+  /// none.
+  double greatest_within(std::size_t i, double limit) const;
+
   /// Mean over all pairs, summed with i from 0 up and j from i + 1 up; 0.0 with fewer than two.
   double average_distance() const;
 
@@ -86,6 +90,8 @@ class DistanceTable {
 
   std::vector<SparsePoint> points_;
   Form form_;
+  // Of sparse points.
+  std::vector<SquareBounds::Part> bound_parts_;
   mutable std::optional<std::variant<Postings, Lanes>> columns_;
   mutable std::optional<FloatLanes> floats_;
   bool is_uniform_ = true;

@@ -14,8 +14,8 @@ Postings::Postings(std::span<SparsePoint const> points) {
       ++start_[column];
     }
   }
-  std::size_t total = 0;
-  for (std::size_t& start : start_) {
+  std::uint32_t total = 0;
+  for (std::uint32_t& start : start_) {
     total += start;
     start = total;
   }

@@ -13,6 +13,7 @@ namespace morva {
 /// at the cost of the values that are not zero, with the same bits as pair by pair.
 class Postings {
  public:
+  /// Fewer than 2^32 values.
   explicit Postings(std::span<SparsePoint const> points);
 
   /// `out[j]` becomes the distance from `x` to point j, whatever their dimensions. Every lane of
@@ -31,7 +32,7 @@ class Postings {
   void add_squares(Range range, std::span<double> out) const;
 
   // By column, then by point.
-  std::vector<std::size_t> start_;
+  std::vector<std::uint32_t> start_;
   std::vector<std::uint32_t> point_;
   std::vector<double> value_;
 };

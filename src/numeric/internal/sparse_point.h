@@ -54,18 +54,26 @@ struct SquareBounds {
   double low;
   double high;
 
-  SquareBounds(SparsePoint const& a, SparsePoint const& b, double dot);
-};
+  /// What a point brings to its bounds.
+  struct Part {
+    double square_sum;
+    double roundings;
 
-inline SquareBounds::SquareBounds(SparsePoint const& a, SparsePoint const& b, double dot) {
-  // A sum of m rounded squares and one of m rounded products are each off by less than m + 3
-  // roundings of what they would be without cancellation, which |a|^2 + |b|^2 bounds.
-  double const roundings = static_cast<double>(4 * (a.values.size() + b.values.size()) + 64);
-  double const squares = a.square_sum + b.square_sum;
-  double const slack = roundings * std::numeric_limits<double>::epsilon() * squares;
-  double const square = squares - 2.0 * dot;
-  low = square - slack;
-  high = square + slack;
-}
+    Part(SparsePoint const& point)  // NOLINT(google-explicit-constructor): a point will do
+        : square_sum(point.square_sum),
+          roundings(static_cast<double>(4 * point.values.size() + 32)) {}
+  };
+
+  SquareBounds(Part const& a, Part const& b, double dot) {
+    // A sum of m rounded squares and one of m rounded products are each off by less than m + 3
+    // roundings of what they would be without cancellation, which |a|^2 + |b|^2 bounds.
+    double const roundings = a.roundings + b.roundings;
+    double const squares = a.square_sum + b.square_sum;
+    double const slack = roundings * std::numeric_limits<double>::epsilon() * squares;
+    double const square = squares - 2.0 * dot;
+    low = square - slack;
+    high = square + slack;
+  }
+};
 
 }  // namespace morva
