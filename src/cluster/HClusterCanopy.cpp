@@ -1,13 +1,16 @@
 #include "cluster/HClusterCanopy.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstddef>
 #include <limits>
+#include <optional>
 #include <span>
 #include <utility>
 
 #include "cluster/internal/members.h"
 #include "numeric/internal/distance_table.h"
+#include "numeric/internal/float_search.h"
 
 namespace {
 
@@ -24,13 +27,27 @@ std::vector<std::vector<int>> pass(morva::DistanceTable const& table, std::size_
   std::vector<std::vector<int>> canopies;
   std::vector<int> remaining = indices;
   std::vector<char> is_near(table.size());
+  morva::FloatLanes const* floats = t2 >= 0.0 ? table.floats() : nullptr;
+  std::optional<morva::FloatSearch> search;
+  if (floats != nullptr) {
+    search.emplace(table, *floats);
+  }
+  // Marks what is near among the points from `first` on.
+  auto const within = [&](std::size_t seed, std::size_t first) {
+    std::span<char> const marks = std::span(is_near).subspan(first);
+    if (search) {
+      search->within(seed, first, t2, morva::DistanceTable::Border::inside, marks);
+    } else {
+      table.within(table[seed], first, t2, morva::DistanceTable::Border::inside, marks);
+    }
+  };
   while (!remaining.empty() && canopies.size() < most) {
     int const seed = remaining.front();
     std::vector<int> canopy = {seed};
     bool const is_seed_point = is_point(seed);
     if (is_seed_point) {
-      table.within(table[static_cast<std::size_t>(seed)], 0, t2,
-                   morva::DistanceTable::Border::inside, is_near);
+      int const least = *std::min_element(remaining.begin(), remaining.end());
+      within(static_cast<std::size_t>(seed), least < 0 ? 0 : static_cast<std::size_t>(least));
     }
     std::vector<int> left;
     bool leaves_seed = true;

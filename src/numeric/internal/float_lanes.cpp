@@ -28,28 +28,44 @@ double FloatLanes::scale_for(std::span<SparsePoint const> points) {
   return greatest == 0.0 ? 1.0 : std::ldexp(1.0, -std::ilogb(std::sqrt(greatest)) - 1);
 }
 
-FloatLanes::FloatLanes(std::span<SparsePoint const> points, long long dimension, double scale)
-    : scale_(scale), columns_(column_count(points)) {
-  std::size_t const padded = (points.size() + float_lanes - 1) / float_lanes * float_lanes;
+FloatLanes::FloatLanes(std::size_t count, std::size_t columns, double scale)
+    : scale_(scale), columns_(columns) {
+  std::size_t const padded = (count + float_lanes - 1) / float_lanes * float_lanes;
   groups_.resize(padded / float_lanes * columns_);
   low_.assign(padded, infinity);
   high_.assign(padded, infinity);
+}
+
+FloatLanes::FloatLanes(std::span<SparsePoint const> points, long long dimension, double scale)
+    : FloatLanes(points.size(), column_count(points), scale) {
+  for (std::size_t j = 0; j < points.size(); ++j) {
+    if (points[j].n == dimension) {
+      put(j, points[j]);
+    }
+  }
+}
+
+FloatLanes::FloatLanes(std::span<SparsePoint const> points, std::span<std::size_t const> order,
+                       long long dimension, double scale)
+    : FloatLanes(order.size(), column_count(points), scale) {
+  for (std::size_t j = 0; j < order.size(); ++j) {
+    if (points[order[j]].n == dimension) {
+      put(j, points[order[j]]);
+    }
+  }
+}
+
+void FloatLanes::put(std::size_t j, SparsePoint const& point) {
+  wide::FloatColumn* const group = groups_.data() + j / float_lanes * columns_;
+  for (std::size_t i = 0; i < point.columns.size(); ++i) {
+    group[point.columns[i]].values[j % float_lanes] = static_cast<float>(point.values[i] * scale_);
+  }
   // A sum of m products is off by less than m roundings of the sum of their sizes, which half of
   // |x|^2 + |y|^2 bounds; twice as much and a few more leave room for all else.
   double const room = static_cast<double>(columns_ + 16) * std::numeric_limits<float>::epsilon();
-  for (std::size_t j = 0; j < points.size(); ++j) {
-    SparsePoint const& point = points[j];
-    if (point.n != dimension) {
-      continue;
-    }
-    wide::FloatColumn* const group = groups_.data() + j / float_lanes * columns_;
-    for (std::size_t i = 0; i < point.columns.size(); ++i) {
-      group[point.columns[i]].values[j % float_lanes] = static_cast<float>(point.values[i] * scale);
-    }
-    double const square = point.square_sum * scale * scale;
-    low_[j] = static_cast<float>(square - square * room - least_room);
-    high_[j] = static_cast<float>(square + square * room + least_room);
-  }
+  double const square = point.square_sum * scale_ * scale_;
+  low_[j] = static_cast<float>(square - square * room - least_room);
+  high_[j] = static_cast<float>(square + square * room + least_room);
 }
 
 bool FloatLanes::can_scale(std::span<SparsePoint const> others) const {
@@ -68,11 +84,16 @@ FloatLanes::Square FloatLanes::square_of(double distance) const {
 
 void FloatLanes::bound_squares(FloatLanes const& rows, std::size_t i, std::size_t first,
                                Bounds& bounds) const {
+  bound_squares(rows, i, first, low_.size(), bounds);
+}
+
+void FloatLanes::bound_squares(FloatLanes const& rows, std::size_t i, std::size_t first,
+                               std::size_t end, Bounds& bounds) const {
   bounds.stride = low_.size();
   bounds.low.resize(wide::rows_together * bounds.stride);
   bounds.high.resize(wide::rows_together * bounds.stride);
   wide::FloatRows const together = rows.rows_from(i);
-  for (std::size_t j = first / float_lanes * float_lanes; j < bounds.stride; j += float_lanes) {
+  for (std::size_t j = first / float_lanes * float_lanes; j < end; j += float_lanes) {
     wide::square_bounds(together, rows_from(j), std::min(columns_, rows.columns_), bounds.stride,
                         bounds.low.data() + j, bounds.high.data() + j);
   }

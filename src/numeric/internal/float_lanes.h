@@ -41,6 +41,9 @@ class FloatLanes {
   static double scale_for(std::span<SparsePoint const> points);
 
   FloatLanes(std::span<SparsePoint const> points, long long dimension, double scale);
+  /// The points in the order of these indices.
+  FloatLanes(std::span<SparsePoint const> points, std::span<std::size_t const> order,
+             long long dimension, double scale);
 
   double scale() const { return scale_; }
   /// Whether others are tame and about as long as these at most, so that they can share the scale.
@@ -51,8 +54,13 @@ class FloatLanes {
   /// lists have one scale.
   void bound_squares(FloatLanes const& rows, std::size_t i, std::size_t first,
                      Bounds& bounds) const;
+  /// The same up to point `end` - 1.
+  void bound_squares(FloatLanes const& rows, std::size_t i, std::size_t first, std::size_t end,
+                     Bounds& bounds) const;
 
  private:
+  FloatLanes(std::size_t count, std::size_t columns, double scale);
+  void put(std::size_t j, SparsePoint const& point);
   wide::FloatRows rows_from(std::size_t i) const;
 
   double scale_;

@@ -5,8 +5,11 @@
 #include <cstdint>
 #include <cstring>
 #include <limits>
+#include <numeric>
+#include <utility>
 
 #include "numeric/internal/ascending.h"
+#include "numeric/internal/center_finder.h"
 #include "numeric/internal/no_distance.h"
 #include "numeric/internal/wide.h"
 
@@ -78,27 +81,86 @@ void FloatSearch::measure(SparsePoint const& x, std::size_t first, Visit const& 
   }
 }
 
+namespace {
+
+// Of the points by descending distance from one of them, and a pair that is far apart.
+class Radii {
+ public:
+  explicit Radii(DistanceTable const& table) : order_(table.size()), radii_(table.size()) {
+    std::vector<SparsePoint const*> all;
+    for (SparsePoint const& point : table.points()) {
+      all.push_back(&point);
+    }
+    SparsePoint const center =
+        CenterFinder().mean(table[0].n, all, static_cast<double>(all.size()));
+    for (std::size_t j = 0; j < radii_.size(); ++j) {
+      radii_[j] = distance(center, table[j]);
+    }
+    std::iota(order_.begin(), order_.end(), 0);
+    std::sort(order_.begin(), order_.end(),
+              [this](std::size_t a, std::size_t b) { return radii_[a] > radii_[b]; });
+    for (SparsePoint const& point : table.points()) {
+      reach_ = std::max(reach_, distance(table[order_.front()], point));
+    }
+  }
+
+  std::span<std::size_t const> order() const { return order_; }
+  // Number of the points, in order, that can be as far from that at a place as the known pair.
+  std::size_t count_for(std::size_t place) const {
+    // Far more room than the roundings of three distances and a sum take.
+    constexpr double room = 1e-9;
+    double const needed = reach_ * (1.0 - room) - radii_[order_[place]];
+    auto const end = std::partition_point(order_.begin(), order_.end(),
+                                          [&](std::size_t j) { return radii_[j] >= needed; });
+    return static_cast<std::size_t>(end - order_.begin());
+  }
+
+ private:
+  std::vector<std::size_t> order_;
+  std::vector<double> radii_;
+  double reach_ = 0.0;
+};
+
+}  // namespace
+
 std::optional<FoundPair> FloatSearch::farthest_pair() {
+  Radii const radii(table_);
+  auto const order = radii.order();
+  FloatLanes const sorted(table_.points(), order, table_[0].n, floats_.scale());
   std::optional<FoundPair> result;
   double greatest = 0.0;
-  float reach = floats_.square_of(greatest).low;
-  for_each_row(Part::behind, [&](std::size_t i, std::size_t first, auto lows, auto highs) {
-    if (wide::greatest(highs) < reach) {
-      return;
+  float reach = sorted.square_of(greatest).low;
+  for (std::size_t block = 0; block < order.size(); block += wide::rows_together) {
+    std::size_t const end = radii.count_for(block);
+    if (end <= block + 1) {
+      break;
     }
-    reach = std::max(reach, wide::greatest(lows));
-    auto const states = std::span(states_).first(lows.size());
-    // Open is what is not certainly below.
-    wide::compare(lows, highs, reach, infinity, states);
-    list_open(states, first);
-    measure(table_[i], first, [&](std::size_t j, double measured) {
-      if (measured > greatest) {
-        greatest = measured;
-        result = FoundPair{i, j, measured};
+    sorted.bound_squares(sorted, block, block, end, bounds_);
+    for (std::size_t i = block; i < std::min(end, block + wide::rows_together); ++i) {
+      auto const lows = bounds_.lows(i - block, i + 1, end);
+      auto const highs = bounds_.highs(i - block, i + 1, end);
+      if (wide::greatest(highs) < reach) {
+        continue;
       }
-    });
-    reach = std::max(reach, floats_.square_of(greatest).low);
-  });
+      reach = std::max(reach, wide::greatest(lows));
+      auto const states = std::span(states_).first(lows.size());
+      // Open is what is not certainly below.
+      wide::compare(lows, highs, reach, infinity, states);
+      list_open(states, i + 1);
+      for (std::size_t& place : open_) {
+        place = order[place];
+      }
+      measure(table_[order[i]], 0, [&](std::size_t j, double measured) {
+        FoundPair const pair{std::min(order[i], j), std::max(order[i], j), measured};
+        bool const is_first = result && std::pair(pair.i, pair.j) < std::pair(result->i, result->j);
+        if (measured > greatest || (measured == greatest && is_first)) {
+          greatest = measured;
+          result = pair;
+        }
+      });
+      reach = std::max(reach, sorted.square_of(greatest).low);
+    }
+  }
   return result;
 }
 
@@ -125,17 +187,37 @@ std::optional<FoundPair> FloatSearch::closest_pair() {
   return result;
 }
 
+// Puts the open states of the points from `first` on right.
+void FloatSearch::decide(std::size_t i, std::size_t first, double limit,
+                         DistanceTable::Border border, std::span<char> states) {
+  list_open(states, first);
+  measure(table_[i], first, [&](std::size_t j, double measured) {
+    bool const is_in =
+        border == DistanceTable::Border::inside ? measured <= limit : measured < limit;
+    states[j - first] = is_in ? inside : outside;
+  });
+}
+
+void FloatSearch::within(std::size_t i, std::size_t first, double limit,
+                         DistanceTable::Border border, std::span<char> out) {
+  std::size_t const block = i / wide::rows_together * wide::rows_together;
+  if (block != block_ || first < block_first_) {
+    floats_.bound_squares(floats_, block, first, bounds_);
+    block_ = block;
+    block_first_ = first;
+  }
+  FloatLanes::Square const square = floats_.square_of(limit);
+  wide::compare(bounds_.lows(i - block, first, table_.size()),
+                bounds_.highs(i - block, first, table_.size()), square.low, square.high, out);
+  decide(i, first, limit, border, out);
+}
+
 void FloatSearch::neighbours(double limit, DistanceTable::Border border, Rows const& visit) {
   FloatLanes::Square const square = floats_.square_of(limit);
   for_each_row(Part::from_itself, [&](std::size_t i, std::size_t first, auto lows, auto highs) {
     auto const states = std::span(states_).first(lows.size());
     wide::compare(lows, highs, square.low, square.high, states);
-    list_open(states, first);
-    measure(table_[i], first, [&](std::size_t j, double measured) {
-      bool const is_in =
-          border == DistanceTable::Border::inside ? measured <= limit : measured < limit;
-      states[j - first] = is_in ? inside : outside;
-    });
+    decide(i, first, limit, border, states);
     visit(i, states);
   });
 }

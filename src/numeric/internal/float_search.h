@@ -20,8 +20,14 @@ class FloatSearch {
 
   FloatSearch(DistanceTable const& table, FloatLanes const& floats);
 
+  /// Only of pairs that are far enough from a common point, so that together they reach the
+  /// distance of a pair that is known: where few points lie far out, almost linear.
   std::optional<FoundPair> farthest_pair();
   std::optional<FoundPair> closest_pair();
+  /// As `DistanceTable::within` from point i. Rows that are near each other are best asked for one
+  /// after the other, and with a `first` that does not fall.
+  void within(std::size_t i, std::size_t first, double limit, DistanceTable::Border border,
+              std::span<char> out);
   void neighbours(double limit, DistanceTable::Border border, Rows const& visit);
   std::vector<std::vector<double>> smallest_distances(std::size_t count);
   std::vector<double> greatest_within(double limit);
@@ -32,13 +38,20 @@ class FloatSearch {
   enum class Part { all, from_itself, behind };
   template <typename Visit>
   void for_each_row(Part part, Visit const& visit);
+  static constexpr std::size_t none = static_cast<std::size_t>(-1);
+
   template <typename Visit>
   void measure(SparsePoint const& x, std::size_t first, Visit const& visit);
+  void decide(std::size_t i, std::size_t first, double limit, DistanceTable::Border border,
+              std::span<char> states);
   void list_open(std::span<char const> states, std::size_t first);
 
   DistanceTable const& table_;
   FloatLanes const& floats_;
   FloatLanes::Bounds bounds_;
+  // The rows that `within` has bounds for, and from where on.
+  std::size_t block_ = none;
+  std::size_t block_first_ = 0;
   // What is left open of a row, and room for a whole one.
   std::vector<char> states_;
   std::vector<std::size_t> open_;

@@ -77,6 +77,9 @@ struct Coordinates {
 
 RankedColumns::RankedColumns(std::span<SparsePoint const> points)
     : points_(points), columns_(column_count(points)), order_(columns_ * points.size()) {
+  for (SparsePoint const& point : points) {
+    whole_.push_back(point.values.size() == columns_ ? point.values.data() : nullptr);
+  }
   for (std::size_t column = 0; column < columns_; column += columns_at_once) {
     rank(column);
   }
@@ -102,10 +105,10 @@ void RankedColumns::rank(std::size_t first_column) {
 }
 
 double RankedColumns::value(std::uint32_t point, std::size_t column) const {
-  SparsePoint const& x = points_[point];
-  if (column < x.columns.size() && x.columns[column] == column) {
-    return x.values[column];
+  if (whole_[point] != nullptr) {
+    return whole_[point][column];
   }
+  SparsePoint const& x = points_[point];
   auto const found = std::lower_bound(x.columns.begin(), x.columns.end(), column);
   bool const is_kept = found != x.columns.end() && *found == column;
   return is_kept ? x.values[static_cast<std::size_t>(found - x.columns.begin())] : 0.0;

@@ -26,6 +26,8 @@ class RankedColumns {
 
   std::span<SparsePoint const> points_;
   std::size_t columns_;
+  // Coordinates of the points that leave none out, else null.
+  std::vector<double const*> whole_;
   // [column][rank]: the points by ascending value.
   std::vector<std::uint32_t> order_;
 };
