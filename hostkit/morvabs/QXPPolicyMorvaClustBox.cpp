@@ -9,31 +9,51 @@
 #include "morvabs/box_format.h"
 #include "morvabs/file_access.h"
 
+namespace {
+
+int read_box_file(HString const& path, std::string& content) {
+  auto const bytes = morvabs::to_path(path);
+  if (!bytes) {
+    return -ENOENT;
+  }
+  if (morvabs::read_file(*bytes, content, morvabs::largest_box_file)) {
+    return 0;
+  }
+  morvabs::OpenedFile const file = morvabs::open_regular_file(*bytes);
+  bool const is_large = file.size > morvabs::largest_box_file;
+  return file.error != 0 ? -file.error : -(is_large ? EFBIG : EIO);
+}
+
+int write_box_file(HString const& path, std::string const& content) {
+  auto const bytes = morvabs::to_path(path);
+  if (!bytes) {
+    return -ENOENT;
+  }
+  morvabs::AtomicFile file(*bytes, morvabs::AtomicFile::Access::keep);
+  return file.write(content) && file.commit() ? 0 : -file.error();
+}
+
+}  // namespace
+
 QXPPolicyMorvaClustBox::QXPPolicyMorvaClustBox() = default;
 
 int QXPPolicyMorvaClustBox::from_file(HString const& path) {
-  auto const bytes = morvabs::to_path(path);
-  if (!bytes) {
-    return -ENOENT;
-  }
   std::string content;
-  if (!morvabs::read_file(*bytes, content, morvabs::largest_box_file)) {
-    morvabs::OpenedFile const file = morvabs::open_regular_file(*bytes);
-    bool const is_large = file.size > morvabs::largest_box_file;
-    return file.error != 0 ? -file.error : -(is_large ? EFBIG : EIO);
-  }
-  return morvabs::decode_box(content, *this);
+  int const result = read_box_file(path, content);
+  return result < 0 ? result : morvabs::decode_box(content, *this);
 }
 
 int QXPPolicyMorvaClustBox::to_file(HString const& path) const {
-  auto const bytes = morvabs::to_path(path);
-  if (!bytes) {
-    return -ENOENT;
-  }
   std::optional<std::string> const content = morvabs::encode_box(*this);
-  if (!content) {
-    return -EFBIG;
+  return content ? write_box_file(path, *content) : -EFBIG;
+}
+
+int QXPPolicyMorvaClustBox::copy_file(HString const& from, HString const& to) {
+  std::string content;
+  int result = read_box_file(from, content);
+  if (result == 0) {
+    QXPPolicyMorvaClustBox box;
+    result = morvabs::decode_box(content, box);
   }
-  morvabs::AtomicFile file(*bytes, morvabs::AtomicFile::Access::keep);
-  return file.write(*content) && file.commit() ? 0 : -file.error();
+  return result < 0 ? result : write_box_file(to, content);
 }

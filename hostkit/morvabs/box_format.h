@@ -14,7 +14,7 @@ namespace morvabs {
 /// Limits on what a box file may be and may become. The second kind grows with the file, so that a
 /// small file cannot ask for much.
 constexpr std::int64_t largest_box_file = std::int64_t{512} << 20;
-constexpr std::uint64_t largest_box_memory = std::uint64_t{1} << 30;
+constexpr std::uint64_t largest_box_memory = QXPPolicyMorvaClustBox::largest_memory;
 constexpr std::uint64_t memory_of_any_box = std::uint64_t{64} << 20;
 constexpr std::uint64_t most_expansion = 4096;
 
