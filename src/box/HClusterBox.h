@@ -38,7 +38,8 @@ class MORVA_EXPORT HClusterBox {
   void get_box(HString const& box_id, QXPPolicyMorvaClustBox& box);
   /// Makes a box of the vocabulary and the classes and saves it; the outcome is logged at level 3.
   /// `cluster_type` is 0 for K-means and 1 for DBSCAN; with any other number the box has no
-  /// classes. The cache stays as it is.
+  /// classes. The cache stays as it is. Takes the memory of the classes once more, which a record
+  /// that is filled and saved by its own `to_file` does not.
   void to_box(int box_value, std::vector<HString> const& vt_words,
               std::vector<HClusterOut> const& vt_out, HString const& box_id, int cluster_type);
 

@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
+#include <functional>
 #include <system_error>
 
 #include <fcntl.h>
@@ -76,6 +77,29 @@ bool is_entered(HString const& id, HString const& file) {
   HFileMD5::get_file_md5(file, md5);
   auto const entry = BoxStore::entry(id);
   return entry && md5.not_empty() && entry->str_box_md5 == md5;
+}
+
+/// Has the file of a box written, and enters it in the index.
+BoxStore::Problem put(HString const& id,
+                      std::function<BoxStore::Problem(HString const&)> const& write) {
+  if (!HFile::make_dir(directory())) {
+    return about(directory(), "the directory of boxes cannot be made");
+  }
+  Lock const lock;
+  NoSignals const no_signals;
+  HString const target = BoxStore::file_of(id).value_or(HString());
+  bool const is_new = !HFile::IsFileExist(target);
+  if (BoxStore::Problem const unwritten = write(target)) {
+    return unwritten;
+  }
+  HFileClusterBoxIni::add_box_file(target);
+  if (is_entered(id, target)) {
+    return std::nullopt;
+  }
+  if (is_new) {
+    HFile::delete_file(target);
+  }
+  return about(HFileClusterBoxIni::mstr_box_ini, "the index of boxes cannot be written");
 }
 
 }  // namespace
@@ -152,35 +176,35 @@ BoxStore::Problem BoxStore::refuse_replacing(HString const& id) {
 }
 
 BoxStore::Problem BoxStore::install(HString const& file, HString const& id, bool may_replace) {
-  if (!HFile::make_dir(directory())) {
-    return about(directory(), "the directory of boxes cannot be made");
-  }
-  Lock const lock;
-  NoSignals const no_signals;
-  HString const target = file_of(id).value_or(HString());
-  bool const is_new = !HFile::IsFileExist(target);
-  if (!may_replace && !is_same_file(file, target)) {
-    if (Problem refused = refuse_replacing(id)) {
-      return refused;
+  return put(id, [&](HString const& target) -> Problem {
+    if (!may_replace && !is_same_file(file, target)) {
+      if (Problem refused = refuse_replacing(id)) {
+        return refused;
+      }
     }
-  }
-  {
+    int const result = QXPPolicyMorvaClustBox::copy_file(file, target);
+    if (result == 0) {
+      return std::nullopt;
+    }
     QXPPolicyMorvaClustBox box;
-    if (Problem unread = read(file, box)) {
-      return unread;
+    Problem const unread = read(file, box);
+    return unread ? unread : about(target, reason(result));
+  });
+}
+
+BoxStore::Problem BoxStore::install(QXPPolicyMorvaClustBox box, HString const& id,
+                                    bool may_replace) {
+  return put(id, [&](HString const& target) -> Problem {
+    if (!may_replace) {
+      if (Problem refused = refuse_replacing(id)) {
+        return refused;
+      }
     }
-    if (int const result = box.to_file(target); result < 0) {
-      return about(target, reason(result));
-    }
-  }
-  HFileClusterBoxIni::add_box_file(target);
-  if (is_entered(id, target)) {
-    return std::nullopt;
-  }
-  if (is_new) {
-    HFile::delete_file(target);
-  }
-  return about(HFileClusterBoxIni::mstr_box_ini, "the index of boxes cannot be written");
+    int const result = box.to_file(target);
+    // To be entered, it is loaded from its file.
+    box = {};
+    return result == 0 ? std::nullopt : Problem(about(target, reason(result)));
+  });
 }
 
 BoxStore::Problem BoxStore::remove(HString const& id) {

@@ -32,9 +32,11 @@ class BoxStore {
   /// Why a box of that id is not to be written where none may be replaced.
   static Problem refuse_replacing(HString const& id);
 
-  /// Copies a box file into the directory and enters it in the index. One of the same id is
-  /// replaced where that is allowed.
+  /// Copies a box file into the directory, or saves a box there, and enters it in the index. One of
+  /// the same id is replaced where that is allowed. Takes the memory of one box, that of `box`
+  /// included when it is handed over.
   static Problem install(HString const& file, HString const& id, bool may_replace);
+  static Problem install(QXPPolicyMorvaClustBox box, HString const& id, bool may_replace);
   /// Removes entry and file.
   static Problem remove(HString const& id);
 

@@ -1,3 +1,4 @@
+#include <numeric>
 #include <string>
 
 #include "class_lists.h"
@@ -32,33 +33,29 @@ std::vector<HString> inputs_without_lists(ClusterOptions const& options) {
 }
 
 // The record of a class whose points are not its words: made from those of its members alone.
-void describe_by_words(std::vector<HFeatureNode> const& records, std::vector<int> const& members,
-                       int index, HClusterResultBase& result) {
-  std::vector<HFeatureNode> member_records;
-  std::vector<int> positions;
-  for (int const member : members) {
-    positions.push_back(static_cast<int>(positions.size()));
-    member_records.push_back(records[static_cast<std::size_t>(member)]);
-  }
+void describe_by_words(Corpus const& corpus, std::vector<int> const& members, int index,
+                       HClusterResultBase& result) {
   std::vector<HString> words;
-  std::vector<HPointN> points;
-  HClusterFileData::format_data(member_records, words, points, false);
-  HClusterResultMgr::get_cluster_base_result(&result, index, words, points, positions);
+  HSparsePoints points;
+  corpus.data.format_data(members, words, points);
+  std::vector<int> positions(members.size());
+  std::iota(positions.begin(), positions.end(), 0);
+  HSparseResultMgr::get_cluster_base_result(&result, index, words, points, positions);
 }
 
-ClassReport::Class class_of(ClusterOptions const& options, Corpus const& corpus, Clustering& run,
-                            int index) {
+ClassReport::Class class_of(ClusterOptions const& options, Corpus const& corpus,
+                            Clustering const& run, int index) {
   std::vector<int> const& members = run.clusters[static_cast<std::size_t>(index)];
   HClusterResultBase result;
   if (options.dna) {
-    describe_by_words(corpus.records, members, index, result);
+    describe_by_words(corpus, members, index, result);
   } else {
-    HClusterResultMgr::get_cluster_base_result(&result, index, run.words, run.points, members);
+    HSparseResultMgr::get_cluster_base_result(&result, index, run.words, run.points, members);
   }
   return shown_class(result, run.points, members, corpus);
 }
 
-ClassReport report_of(ClusterOptions const& options, Corpus const& corpus, Clustering& run) {
+ClassReport report_of(ClusterOptions const& options, Corpus const& corpus, Clustering const& run) {
   ClassReport report;
   report.method = options.how.method;
   report.parameters = run.parameters;
@@ -109,7 +106,7 @@ int run_cluster(ClusterOptions const& options) {
   }
   Progress const progress(corpus.files.size());
   progress.note("clustering");
-  Clustering run = cluster_records(options.how, corpus.records, options.dna);
+  Clustering run = cluster_corpus(options.how, corpus, options.dna);
   progress.clear();
   if (!run.failure.empty()) {
     complain(run.failure);

@@ -78,7 +78,11 @@ Corpus read_corpus(std::vector<HString> const& files, std::size_t jobs, bool wit
   corpus.status = read_records(files, jobs, with_dna, [&](std::size_t index, Extracted extracted) {
     if (extracted.record) {
       corpus.files.push_back(files[index]);
-      corpus.records.push_back(std::move(*extracted.record));
+      corpus.data.add(*extracted.record);
+      if (with_dna) {
+        corpus.fingerprints.push_back(
+            HFileDNA::get_pointn(extracted.record->str_file_id, extracted.record->str_dna));
+      }
     } else {
       corpus.failed.push_back({files[index], std::move(extracted.reason)});
     }

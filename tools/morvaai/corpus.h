@@ -19,9 +19,11 @@ struct Corpus {
     std::string reason;
   };
 
-  /// The files that gave words, and at the same positions their records.
+  /// The files that gave words, and at the same positions what the words say of them and, where
+  /// they were asked for, their fingerprints as points.
   std::vector<HString> files;
-  std::vector<HFeatureNode> records;
+  HSparseFileData data;
+  std::vector<HPointN> fingerprints;
   /// The others, in order.
   std::vector<Failure> failed;
   int status = all_done;
@@ -39,7 +41,7 @@ struct Extracted {
 int read_records(std::vector<HString> const& files, std::size_t jobs, bool with_dna,
                  std::function<bool(std::size_t, Extracted)> const& take);
 
-/// The same, all together.
+/// The same, all together. The records are not kept: of each word of a file 16 bytes.
 Corpus read_corpus(std::vector<HString> const& files, std::size_t jobs, bool with_dna);
 
 }  // namespace tool

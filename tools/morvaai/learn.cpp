@@ -1,14 +1,9 @@
 #include <algorithm>
-#include <cerrno>
-#include <filesystem>
 #include <string>
-#include <system_error>
 #include <utility>
 #include <vector>
 
-#include <fcntl.h>
 #include <fmt/format.h>
-#include <unistd.h>
 
 #include "box_store.h"
 
@@ -17,7 +12,6 @@
 #include "corpus.h"
 #include "inputs.h"
 #include "progress.h"
-#include "work_directory.h"
 
 namespace tool {
 
@@ -36,35 +30,10 @@ struct Samples {
   std::vector<HString> strays;
 };
 
-// What was learnt: the vocabulary and the classes as they go into a box, and what is said of them.
+// What was learnt, and what is said of it.
 struct Learnt {
-  std::vector<HString> words;
-  std::vector<HClusterOut> classes;
-  int cluster_type = kmeans_type;
+  QXPPolicyMorvaClustBox box;
   ClassReport report;
-};
-
-// Makes a folder the working directory while it lives.
-class Stay {
- public:
-  explicit Stay(std::filesystem::path const& folder)
-      : before_(open(".", O_PATH | O_DIRECTORY | O_CLOEXEC)) {
-    std::filesystem::create_directory(folder);
-    if (before_ < 0 || chdir(folder.c_str()) != 0) {
-      throw std::system_error(errno, std::system_category(), folder.string());
-    }
-  }
-  ~Stay() {
-    if (fchdir(before_) != 0) {
-      std::perror("morvaai: working directory");
-    }
-    close(before_);
-  }
-  Stay(Stay const&) = delete;
-  Stay& operator=(Stay const&) = delete;
-
- private:
-  int before_;
 };
 
 // Why the options do not go together; empty where they do.
@@ -132,7 +101,7 @@ Corpus read_samples(LearnOptions const& options, Samples const& samples) {
 // The classes that the folders are.
 Clustering take_folders(MethodOptions const& how, Samples const& samples, Corpus const& corpus) {
   Clustering run;
-  HClusterFileData::format_data(corpus.records, run.words, run.points, false);
+  corpus.data.format_data(run.words, run.points);
   run.clusters.resize(samples.class_names.size());
   std::size_t at = 0;
   for (std::size_t i = 0; i < corpus.files.size(); ++i, ++at) {
@@ -141,8 +110,11 @@ Clustering take_folders(MethodOptions const& how, Samples const& samples, Corpus
                                   samples.files.begin());
     run.clusters[samples.class_of_file[at]].push_back(static_cast<int>(i));
   }
-  if (how.method == "dbscan") {
-    choose_neighbourhood(how, run);
+  if (is_by_members(how)) {
+    run.failure = too_large_for_box(how, run);
+    if (run.failure.empty()) {
+      choose_neighbourhood(how, run);
+    }
   }
   run.parameters.insert(run.parameters.begin(), {"classes", std::string("by folder")});
   return run;
@@ -163,94 +135,80 @@ void drop_empty_classes(Clustering& run, std::vector<HString>& names) {
   }
 }
 
-// The points are moved to where they are used last: all of them may be large.
-void add_members(Clustering& run, Corpus const& corpus, std::vector<HClusterOut>& classes) {
-  std::vector<int> uses(run.points.size());
-  for (std::vector<int> const& members : run.clusters) {
-    for (int const member : members) {
-      ++uses[static_cast<std::size_t>(member)];
-    }
+QXPKMeansNode class_of_center(ClassReport::Class const& shown, HSparsePoints const& points,
+                              std::vector<int> const& members) {
+  QXPKMeansNode node;
+  node.str_class_id = shown.id;
+  node.str_class_name = shown.label;
+  node.d_radius = shown.radius;
+  node.vt_weight = points.get_center_point(members).vt_data;
+  return node;
+}
+
+QXPDBScanNode class_of_members(ClassReport::Class const& shown, Neighbourhood const& neighbourhood,
+                               HSparsePoints const& points, std::vector<int> const& members) {
+  QXPDBScanNode node;
+  node.str_class_id = shown.id;
+  node.str_class_name = shown.label;
+  node.d_eps = neighbourhood.eps;
+  node.i_minpts = neighbourhood.minpts;
+  node.vt_file_node.reserve(members.size());
+  for (std::size_t i = 0; i < members.size(); ++i) {
+    QXPFeatureNode& file = node.vt_file_node.emplace_back();
+    file.str_file_id = shown.files[i].get_short_name();
+    file.vt_weight = points.at(members[i]).vt_data;
   }
-  for (std::size_t i = 0; i < run.clusters.size(); ++i) {
-    for (int const member : run.clusters[i]) {
-      auto const at = static_cast<std::size_t>(member);
-      QXPFeatureNode& node = classes[i].vt_file_node.emplace_back();
-      node.str_file_id = corpus.files[at].get_short_name();
-      std::vector<double>& weights = run.points[at].vt_data;
-      node.vt_weight = --uses[at] == 0 ? std::move(weights) : weights;
-    }
+  return node;
+}
+
+void warn_of_few_files(ClassReport::Class const& shown, int minpts) {
+  if (shown.files.size() < static_cast<std::size_t>(minpts)) {
+    complain(fmt::format(
+        "warning: class {} has fewer files than --minpts {}: only what has the words of one of "
+        "them will be found in it",
+        printable(shown.label), minpts));
   }
 }
 
-void add_classes(std::vector<HString> const& names, Clustering& run, Corpus const& corpus,
-                 Learnt& learnt) {
-  for (std::size_t i = 0; i < run.clusters.size(); ++i) {
-    std::vector<int> const& members = run.clusters[i];
-    HClusterResultBase record;
-    HClusterResultMgr::get_cluster_base_result(&record, static_cast<int>(i), run.words, run.points,
-                                               members);
-    if (!names.empty()) {
-      record.str_class_name = names[i];
-    }
-    ClassReport::Class& shown =
-        learnt.report.classes.emplace_back(shown_class(record, run.points, members, corpus));
-    shown.id = record.str_class_id;
-    HClusterOut& out = learnt.classes.emplace_back();
-    out.str_class_id = record.str_class_id;
-    out.str_class_name = record.str_class_name;
-    if (learnt.cluster_type == kmeans_type) {
-      out.vt_center = HClusterCenter::get_center_point(run.points, members).vt_data;
-      out.d_radius = shown.radius;
-    }
+// A class, described; by folder it has a name.
+ClassReport::Class described(Clustering const& run, std::size_t index,
+                             std::vector<HString> const& names, Corpus const& corpus) {
+  std::vector<int> const& members = run.clusters[index];
+  HClusterResultBase record;
+  HSparseResultMgr::get_cluster_base_result(&record, static_cast<int>(index), run.words, run.points,
+                                            members);
+  if (!names.empty()) {
+    record.str_class_name = names[index];
   }
-}
-
-void add_neighbourhood(Neighbourhood const& neighbourhood, Learnt& learnt) {
-  for (HClusterOut& out : learnt.classes) {
-    out.d_eps = neighbourhood.eps;
-    out.i_minpts = neighbourhood.minpts;
-    if (out.vt_file_node.size() < static_cast<std::size_t>(neighbourhood.minpts)) {
-      complain(fmt::format(
-          "warning: class {} has fewer files than --minpts {}: only what has the words of one of "
-          "them will be found in it",
-          printable(out.str_class_name), neighbourhood.minpts));
-    }
-  }
+  ClassReport::Class shown = shown_class(record, run.points, members, corpus);
+  shown.id = record.str_class_id;
+  return shown;
 }
 
 Learnt learnt_of(LearnOptions const& options, std::vector<HString> const& names,
                  Corpus const& corpus, Clustering run) {
   Learnt learnt;
-  learnt.cluster_type = options.how.method == "dbscan" ? dbscan_type : kmeans_type;
   learnt.report.method = options.how.method;
   learnt.report.parameters = run.parameters;
   learnt.report.file_count = corpus.files.size();
   learnt.report.word_count = run.words.size();
   learnt.report.unclassified = unclassified_of(corpus, run);
   learnt.report.failed = corpus.failed;
-  add_classes(names, run, corpus, learnt);
-  if (learnt.cluster_type == dbscan_type) {
-    add_members(run, corpus, learnt.classes);
-    add_neighbourhood(run.neighbourhood, learnt);
+  learnt.box.i_cluster_type = is_by_members(options.how) ? dbscan_type : kmeans_type;
+  for (std::size_t i = 0; i < run.clusters.size(); ++i) {
+    std::vector<int> const& members = run.clusters[i];
+    ClassReport::Class const& shown =
+        learnt.report.classes.emplace_back(described(run, i, names, corpus));
+    if (is_by_members(options.how)) {
+      learnt.box.vt_dbscan_node.push_back(
+          class_of_members(shown, run.neighbourhood, run.points, members));
+      warn_of_few_files(shown, run.neighbourhood.minpts);
+    } else {
+      learnt.box.vt_kmeans_node.push_back(class_of_center(shown, run.points, members));
+    }
   }
-  learnt.words = std::move(run.words);
+  learnt.box.vt_words = std::move(run.words);
   return learnt;
-}
-
-// A box is built below the folder beside the working directory, so it gets both to itself.
-BoxStore::Problem install(Learnt& learnt, HString const& id, bool may_replace) {
-  WorkDirectory const place;
-  {
-    Stay const inside(place.path() / "run");
-    HClusterBox::pins()->to_box(0, learnt.words, learnt.classes, id, learnt.cluster_type);
-  }
-  learnt.classes.clear();
-  HString const built =
-      morvabs::from_path((place.path() / "data/ClusterBox/").string()) + id + L".box";
-  if (!HFile::IsFileExistFile(built)) {
-    return printable(built) + ": cannot be written: the disk is full, or the box is too large";
-  }
-  return BoxStore::install(built, id, may_replace);
 }
 
 }  // namespace
@@ -274,18 +232,21 @@ int run_learn(LearnOptions const& options) {
   Progress const progress(corpus.files.size());
   progress.note("learning");
   Clustering run = options.by_folder ? take_folders(options.how, samples, corpus)
-                                     : cluster_records(options.how, corpus.records, false);
+                                     : cluster_corpus(options.how, corpus, false);
   progress.clear();
   drop_empty_classes(run, samples.class_names);
   if (run.failure.empty() && run.clusters.empty()) {
     run.failure = "no classes were found: try other parameters";
+  }
+  if (run.failure.empty()) {
+    run.failure = too_large_for_box(options.how, run);
   }
   if (!run.failure.empty()) {
     complain(run.failure);
     return some_failed;
   }
   Learnt learnt = learnt_of(options, samples.class_names, corpus, std::move(run));
-  if (auto const problem = install(learnt, id, options.force)) {
+  if (auto const problem = BoxStore::install(std::move(learnt.box), id, options.force)) {
     complain(*problem);
     return some_failed;
   }

@@ -1,5 +1,8 @@
 #include "method.h"
 
+#include <cstddef>
+#include <cstdint>
+
 #include <fmt/format.h>
 
 namespace tool {
@@ -12,8 +15,7 @@ bool is_by_k(MethodOptions const& options) {
 
 void run_kmeans(MethodOptions const& options, Clustering& run) {
   gi_K_ClusterType = options.method == "kmeans" ? 0 : 1;
-  HClusterMgr::pins()->kmeans(run.points, options.k.value_or(0), run.clusters,
-                              options.canopy_seeds);
+  HSparseClusterMgr::kmeans(run.points, options.k.value_or(0), run.clusters, options.canopy_seeds);
   run.parameters = {{"k", options.k.value_or(static_cast<int>(run.clusters.size()))},
                     {"seeds", std::string(options.canopy_seeds ? "canopy" : "farthest")}};
   if (run.clusters.empty()) {
@@ -25,10 +27,10 @@ void run_kmeans(MethodOptions const& options, Clustering& run) {
 
 void run_canopy(MethodOptions const& options, Clustering& run) {
   // Without radii the engine takes these itself; taken here, they can be shown.
-  double const mean = options.t2 ? 0.0 : HClusterDistance::get_avg_distance(run.points);
+  double const mean = options.t2 ? 0.0 : run.points.get_avg_distance();
   double const t2 = options.t2.value_or(mean);
   double const t1 = options.t1.value_or(options.t2 ? t2 : 3 * mean);
-  HClusterMgr::pins()->canopy(run.points, t1, t2, run.clusters);
+  HSparseClusterMgr::canopy(run.points, t1, t2, run.clusters);
   run.parameters = {{"t1", t1}, {"t2", t2}};
 }
 
@@ -36,7 +38,7 @@ void run_dbscan(MethodOptions const& options, Clustering& run) {
   choose_neighbourhood(options, run);
   auto const [eps, minpts] = run.neighbourhood;
   if (run.failure.empty()) {
-    HClusterMgr::pins()->dbscan(run.points, eps, minpts, false, run.clusters);
+    HSparseClusterMgr::dbscan(run.points, eps, minpts, false, run.clusters);
   }
 }
 
@@ -73,10 +75,12 @@ std::string contradiction(MethodOptions const& options) {
   return {};
 }
 
-Clustering cluster_records(MethodOptions const& options, std::vector<HFeatureNode> const& records,
-                           bool by_dna) {
+Clustering cluster_corpus(MethodOptions const& options, Corpus const& corpus, bool by_dna) {
   Clustering run;
-  HClusterFileData::format_data(records, run.words, run.points, by_dna);
+  corpus.data.format_data(run.words, run.points);
+  if (by_dna) {
+    run.points = HSparsePoints(corpus.fingerprints);
+  }
   if (is_by_k(options)) {
     run_kmeans(options, run);
   } else if (options.method == "canopy") {
@@ -90,7 +94,7 @@ Clustering cluster_records(MethodOptions const& options, std::vector<HFeatureNod
 void choose_neighbourhood(MethodOptions const& options, Clustering& run) {
   int const minpts = options.minpts.value_or(default_minpts);
   std::string const given = options.eps.value_or("auto");
-  double const eps = given == "auto" ? HParaPrefer::get_eps(run.points, minpts, true)
+  double const eps = given == "auto" ? HSparseClusterMgr::get_eps(run.points, minpts, true)
                                      : HString(given.c_str()).to_double();
   run.parameters = {{"eps", eps}, {"minpts", minpts}};
   if (!(eps > 0.0)) {
@@ -99,6 +103,30 @@ void choose_neighbourhood(MethodOptions const& options, Clustering& run) {
         run.points.size(), minpts);
   }
   run.neighbourhood = {eps, minpts};
+}
+
+bool is_by_members(MethodOptions const& options) {
+  return options.method == "dbscan";
+}
+
+std::string too_large_for_box(MethodOptions const& options, Clustering const& run) {
+  constexpr std::uint64_t most_weights = QXPPolicyMorvaClustBox::largest_memory / sizeof(double);
+  std::size_t lists = run.clusters.size();
+  if (is_by_members(options)) {
+    lists = 0;
+    for (std::vector<int> const& members : run.clusters) {
+      lists += members.size();
+    }
+  }
+  if (lists == 0 || run.words.size() <= most_weights / lists) {
+    return {};
+  }
+  return fmt::format(
+      "{} {} with {} words are too much for a box, which holds {} weights at most: {}", lists,
+      is_by_members(options) ? "files" : "classes", run.words.size(), most_weights,
+      is_by_members(options) ? "learn from fewer files, or with --method kmeans, which keeps a "
+                               "center in place of the files"
+                             : "learn fewer classes");
 }
 
 std::vector<HString> unclassified_of(Corpus const& corpus, Clustering const& run) {
@@ -117,7 +145,7 @@ std::vector<HString> unclassified_of(Corpus const& corpus, Clustering const& run
   return files;
 }
 
-ClassReport::Class shown_class(HClusterResultBase const& record, std::vector<HPointN> const& points,
+ClassReport::Class shown_class(HClusterResultBase const& record, HSparsePoints const& points,
                                std::vector<int> const& members, Corpus const& corpus) {
   ClassReport::Class one;
   one.label = record.str_class_name;
@@ -125,7 +153,7 @@ ClassReport::Class shown_class(HClusterResultBase const& record, std::vector<HPo
     one.description = record.str_class_desc;
     one.description.cut_last(1);
   }
-  one.radius = HClusterDistance::get_max_radius(points, members);
+  one.radius = points.get_max_radius(members);
   for (int const member : members) {
     one.files.push_back(corpus.files[static_cast<std::size_t>(member)]);
   }

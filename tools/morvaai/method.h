@@ -41,7 +41,7 @@ struct Neighbourhood {
 /// A run of a method: its points, the parameters that it had, and what came of it.
 struct Clustering {
   std::vector<HString> words;
-  std::vector<HPointN> points;
+  HSparsePoints points;
   std::vector<std::pair<std::string, ClassReport::Parameter>> parameters;
   Neighbourhood neighbourhood;
   /// Positions in the points.
@@ -50,19 +50,25 @@ struct Clustering {
   std::string failure;
 };
 
-/// Clusters files by their words, or with `by_dna` by their fingerprints.
-Clustering cluster_records(MethodOptions const& options, std::vector<HFeatureNode> const& records,
-                           bool by_dna);
+/// Clusters the files of the corpus by their words, or with `by_dna` by their fingerprints.
+Clustering cluster_corpus(MethodOptions const& options, Corpus const& corpus, bool by_dna);
 
 /// Sets the neighbourhood that the options name, with a radius estimated from the points where none
 /// is given, and notes it among the parameters; or tells why there is no radius.
 void choose_neighbourhood(MethodOptions const& options, Clustering& run);
 
+/// Whether the classes that the method makes are kept as all their files, and not as centers.
+bool is_by_members(MethodOptions const& options);
+
+/// Why the classes cannot be kept in a box, which holds a weight for each of its words and each
+/// center, or each file of a class; empty where they can.
+std::string too_large_for_box(MethodOptions const& options, Clustering const& run);
+
 /// The files of the corpus that are in no class.
 std::vector<HString> unclassified_of(Corpus const& corpus, Clustering const& run);
 
 /// A class as it is shown, by its record and the positions of its files in the corpus.
-ClassReport::Class shown_class(HClusterResultBase const& record, std::vector<HPointN> const& points,
+ClassReport::Class shown_class(HClusterResultBase const& record, HSparsePoints const& points,
                                std::vector<int> const& members, Corpus const& corpus);
 
 }  // namespace tool
