@@ -11,8 +11,8 @@
 /// vocabulary, the union of all their words, and for each document a point whose coordinate i is
 /// the document's weight of word i, as it was extracted, or 0 where the document lacks the word.
 ///
-/// The points are dense: n documents over v words take n times v doubles. Nothing is logged here
-/// but the line of `HFileDNA` for a fingerprint that is none.
+/// The points are dense: n documents over v words take n times v doubles, which `HSparseFileData`
+/// does without. Nothing is logged here but the line of `HFileDNA` for a fingerprint that is none.
 class MORVA_EXPORT HClusterFileData {
  public:
   HClusterFileData();

@@ -1,14 +1,13 @@
 #include <algorithm>
 #include <bit>
 #include <cstdint>
-#include <limits>
-#include <random>
 #include <set>
 
 #include <gtest/gtest.h>
 
 #include "features/HClusterFileData.h"
 #include "features/HFileFeature.h"
+#include "features/random_features.h"
 
 #include "support/log_capture.h"
 #include "support/temporary_directory.h"
@@ -18,6 +17,7 @@ namespace {
 using Words = std::vector<HString>;
 using Values = std::vector<double>;
 using Record = test::LogCapture::Record;
+using test::RandomFeatures;
 
 HFeatureNode document(std::vector<std::pair<HString, double>> const& words) {
   HFeatureNode node;
@@ -168,45 +168,6 @@ TEST(ClusterFileData, fingerprints_of_a_list_come_with_the_vocabulary_of_its_wor
   EXPECT_EQ(points[1].str_label, HString(L"second"));
   EXPECT_EQ(points[1].get_n(), 128);
 }
-
-/// Records in which lists and maps agree in part only, over few words, with all kinds of weights.
-class RandomFeatures {
- public:
-  explicit RandomFeatures(unsigned int seed) : random_(seed) {}
-
-  std::vector<HFeatureNode> make() {
-    std::vector<HFeatureNode> features(below(8));
-    for (HFeatureNode& node : features) {
-      node.str_file_id = L"id";
-      for (std::size_t count = below(12); count > 0; --count) {
-        HString const text = word();
-        if (below(5) != 0) {
-          node.vt_words.push_back(text);
-        }
-        if (below(5) != 0) {
-          node.map_word_weight[text] = weight();
-        }
-      }
-    }
-    return features;
-  }
-
- private:
-  std::size_t below(std::size_t limit) { return random_() % limit; }
-  HString word() {
-    std::wstring text(below(3), L' ');
-    std::generate(text.begin(), text.end(),
-                  [this] { return std::wstring(L"ab\u4E2D\U0002A700").at(below(4)); });
-    return {text.c_str(), static_cast<int>(text.size())};
-  }
-  double weight() {
-    Values const weights{0.0,  -0.0,   1.0,   0.1,
-                         -2.5, 1e-320, 1e300, std::numeric_limits<double>::quiet_NaN()};
-    return weights.at(below(weights.size()));
-  }
-
-  std::mt19937 random_;
-};
 
 bool same_bits(Values const& a, Values const& b) {
   return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](double x, double y) {
