@@ -90,6 +90,29 @@ def build(rows):
             progress(f"{target} was not built:\n{done.stdout[-2000:]}")
 
 
+def parts_of(setting, row):
+    """Names and functions of all that a row needs. What prints results of several rows is run once."""
+    for name in row.get("programs", []):
+        rounds = min(setting.rounds, row.get("rounds", setting.rounds))
+        yield name, functools.partial(google.measure, setting, name, row["operations"], rounds)
+    for command in row.get("prints", []):
+        if command not in setting.printed:
+            setting.printed.append(command)
+            yield command[0], functools.partial(peers.measure, setting, command)
+    for name in row.get("driver", []):
+        yield name, functools.partial(MEASURES[name], setting)
+
+
+def measure(setting, row):
+    """A part that fails does not keep the others from being measured."""
+    for name, part in parts_of(setting, row):
+        try:
+            part()
+        except Exception:  # pylint: disable=broad-except
+            traceback.print_exc()
+            setting.records.missing(f"{row['id']}: {name}", traceback.format_exc().strip().rpartition("\n")[2])
+
+
 def how(options):
     return {"real documents": "yes" if options.corpus else "no, generated ones only",
             **({"quick": "yes: few sizes and runs"} if options.quick else {}),
