@@ -153,10 +153,8 @@ std::vector<std::uint32_t> find_best(std::vector<double> const& weights, std::si
 void TextRank::token(std::wstring_view text) {
   if (!looks_like_word(text)) return;
   std::uint32_t const number = words_.add(text);
-  WordTable::Word& word = words_.word(number);
-  if (word.count == 1) word.is_stop_word = stop_words_->contains(text);
-  if (word.is_stop_word) return;
-  neighbours_.add(number);
+  if (number == is_stop_word_.size()) is_stop_word_.push_back(stop_words_->contains(text));
+  if (!is_stop_word_[number]) neighbours_.add(number);
 }
 
 std::vector<std::uint32_t> TextRank::sort_words() const {
@@ -167,8 +165,7 @@ std::vector<std::uint32_t> TextRank::sort_words() const {
   std::vector<Key> keys;
   keys.reserve(words_.size());
   for (std::uint32_t number = 0; number < words_.size(); ++number) {
-    if (!words_.word(number).is_stop_word)
-      keys.push_back({pack_start(words_.text(number)), number});
+    if (!is_stop_word_[number]) keys.push_back({pack_start(words_.text(number)), number});
   }
   std::sort(keys.begin(), keys.end(), [this](Key const& a, Key const& b) {
     return a.start != b.start ? a.start < b.start
@@ -189,7 +186,7 @@ std::vector<Keyword> TextRank::rank(std::size_t top) {
   std::vector<Keyword> keywords;
   for (std::uint32_t const rank : find_best(weights, top)) {
     std::uint32_t const number = sorted[rank];
-    keywords.push_back({words_.text(number), words_.word(number).count, weights[rank]});
+    keywords.push_back({words_.text(number), words_.count(number), weights[rank]});
   }
   return keywords;
 }

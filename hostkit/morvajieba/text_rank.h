@@ -40,6 +40,7 @@ class MORVA_EXPORT TextRank : public TokenSink {
 
   StopWords const* stop_words_;
   WordTable words_;
+  std::vector<bool> is_stop_word_;  // per word
   NeighbourCounts neighbours_;
 };
 

@@ -65,16 +65,16 @@ std::uint64_t pack_start(std::wstring_view text) {
 }
 
 std::uint32_t WordTable::add(std::wstring_view text) {
-  if (words_.size() * 2 >= slots_.size()) grow();
+  if (size() * 2 >= slots_.size()) grow();
   std::uint64_t const key = key_of(text);
   Slot& slot = slots_[find_slot(text, key)];
-  if (slot.number != 0) {
-    ++words_[slot.number - 1].count;
-    return slot.number - 1;
+  if (slot.number == 0) {
+    places_.push_back({texts_.size(), text.size()});
+    texts_.append(text);
+    counts_.push_back(0);
+    slot = {key, static_cast<std::uint32_t>(size())};
   }
-  words_.push_back({texts_.size(), static_cast<std::uint32_t>(text.size()), 1, false});
-  texts_.append(text);
-  slot = {key, static_cast<std::uint32_t>(words_.size())};
+  ++counts_[slot.number - 1];
   return slot.number - 1;
 }
 

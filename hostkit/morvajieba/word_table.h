@@ -21,26 +21,21 @@ std::uint64_t pack_start(std::wstring_view text);
 /// them.
 class MORVA_EXPORT WordTable {
  public:
-  struct Word {
-    std::size_t offset;
-    std::uint32_t length;
-    std::uint32_t count;
-    /// For the owner of the table to set on a new word.
-    bool is_stop_word;
-  };
-
   /// Number of a word, which is counted once more; a new word has count 1 afterwards.
   std::uint32_t add(std::wstring_view text);
   bool contains(std::wstring_view text) const;
 
-  std::size_t size() const { return words_.size(); }
-  Word& word(std::uint32_t number) { return words_[number]; }
-  Word const& word(std::uint32_t number) const { return words_[number]; }
+  std::size_t size() const { return counts_.size(); }
+  std::uint32_t count(std::uint32_t number) const { return counts_[number]; }
   std::wstring_view text(std::uint32_t number) const {
-    return std::wstring_view(texts_).substr(words_[number].offset, words_[number].length);
+    return std::wstring_view(texts_).substr(places_[number].offset, places_[number].length);
   }
 
  private:
+  struct Place {
+    std::size_t offset;
+    std::size_t length;
+  };
   /// A place of the hash table. The key is the word itself where it has at most three characters,
   /// so that most words are found with one look at memory; else it is a hash.
   struct Slot {
@@ -53,7 +48,8 @@ class MORVA_EXPORT WordTable {
   void grow();
 
   std::wstring texts_;
-  std::vector<Word> words_;
+  std::vector<Place> places_;          // of the words in it
+  std::vector<std::uint32_t> counts_;  // apart from the places, which a known short word needs not
   std::vector<Slot> slots_;
 };
 
