@@ -1,5 +1,6 @@
 #include "morvajieba/word_table.h"
 
+#include <iterator>
 #include <map>
 #include <random>
 #include <string>
@@ -28,7 +29,7 @@ std::vector<std::wstring> random_words(std::uint32_t seed) {
 
 TEST(WordTable, numbers_words_by_their_first_appearance) {
   WordTable table;
-  for (std::wstring const& word : {L"b", L"a", L"b", L"abcdef"}) table.add(word);
+  for (wchar_t const* const word : {L"b", L"a", L"b", L"abcdef"}) table.add(word);
   EXPECT_EQ(table.text(0), L"b");
   EXPECT_EQ(table.text(1), L"a");
   EXPECT_EQ(table.text(2), L"abcdef");
