@@ -2,8 +2,10 @@
 
 import argparse
 import functools
+import hashlib
 import os
 import pathlib
+import shutil
 import subprocess
 import sys
 import traceback
@@ -24,6 +26,7 @@ ROOT = pathlib.Path(__file__).resolve().parents[2]
 RESULTS = ROOT / "build/performance"
 # What the driver itself measures.
 ALWAYS_BUILT = [commands.MEASURED_COMMAND, "morvaai-tool"]
+MAKE_DATA = ["documents.py", "texts.py", "extraction.py", "folder.py", "learning.py"]
 MEASURES = {"text": extraction.measure, "folder": folder.measure, "learn": learning.measure}
 
 
@@ -40,13 +43,20 @@ class Setting:
         self.records = records.Records(options.raw, earlier)
         self.commands = commands.Commands(self.build)
         self.printed = []
-        self.data.mkdir(parents=True, exist_ok=True)
+        self._drop_data_of_other_sources()
         # Programs and scripts learn it from here.
         os.environ.pop("MORVA_CORPUS", None)
         if self.corpus:
             os.environ["MORVA_CORPUS"] = str(self.corpus)
-        if self.quick:
-            os.environ["MORVA_BENCH_QUICK"] = "1"
+
+    def _drop_data_of_other_sources(self):
+        """Documents are made once; what makes them is known by a digest."""
+        made_by = hashlib.sha256(b"".join((ROOT / "bench/performance" / name).read_bytes() for name in MAKE_DATA))
+        mark = self.data / made_by.hexdigest()[:16]
+        if self.data.exists() and not mark.exists():
+            shutil.rmtree(self.data)
+        self.data.mkdir(parents=True, exist_ok=True)
+        mark.touch()
 
     def wants(self, name):
         """Whether a result belongs to a row that is to be measured, or to none at all."""
@@ -93,7 +103,7 @@ def build(rows):
 def parts_of(setting, row):
     """Names and functions of all that a row needs. What prints results of several rows is run once."""
     for name in row.get("programs", []):
-        rounds = min(setting.rounds, row.get("rounds", setting.rounds))
+        rounds = (1 if setting.quick else row["rounds"]) if "rounds" in row else setting.rounds
         yield name, functools.partial(google.measure, setting, name, row["operations"], rounds)
     for command in row.get("prints", []):
         if command not in setting.printed:

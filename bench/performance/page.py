@@ -90,7 +90,7 @@ def tables(found, row):
     for one in found:
         groups.setdefault(one.case.partition("/")[0] if "/" in one.case else "", []).append(one)
     for name, members in groups.items():
-        title = f"{members[0].operation} {name}".strip()
+        title = f"{members[0].operation} {int(name):,}" if name.isdigit() else f"{members[0].operation} {name}".strip()
         yield comparison(title, members, lambda one: one.seconds, summary.in_seconds, sizes, with_runs=True)
         if any(one.memory for one in members):
             yield comparison(f"{title}: {row.get('memory', 'peak memory')}", members, lambda one: one.memory, summary.in_bytes, sizes,
