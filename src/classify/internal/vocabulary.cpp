@@ -1,6 +1,7 @@
 #include "classify/internal/vocabulary.h"
 
 #include <algorithm>
+#include <string_view>
 
 namespace morva {
 
@@ -8,14 +9,15 @@ namespace {
 
 // A number that orders words as far as their first three characters tell: a word with a smaller one
 // comes first. What is beyond Unicode is all one, and nothing behind it counts.
-std::uint64_t order_key(HString const& word) {
-  constexpr int characters = 3;
+std::uint64_t order_key(std::wstring_view word) {
+  constexpr std::size_t characters = 3;
   constexpr int bits = 21;
   constexpr std::uint32_t greatest = (1U << bits) - 1;
   std::uint64_t key = 0;
   bool is_told = true;
-  for (int i = 0; i < characters; ++i) {
-    std::uint32_t const character = is_told ? static_cast<std::uint32_t>(word[i]) : 0;
+  for (std::size_t i = 0; i < characters; ++i) {
+    std::uint32_t const character =
+        is_told && i < word.size() ? static_cast<std::uint32_t>(word[i]) : 0;
     is_told = is_told && character < greatest;
     key = key << bits | std::min(character, greatest);
   }
@@ -33,7 +35,7 @@ Vocabulary::Vocabulary(std::span<HString const> words) : words_(words.begin(), w
   std::vector<Entry> entries;
   entries.reserve(words_.size());
   for (HString const& word : words_) {
-    entries.push_back({order_key(word), static_cast<std::uint32_t>(entries.size())});
+    entries.push_back({order_key(text_view(word)), static_cast<std::uint32_t>(entries.size())});
   }
   auto const comes_first = [this](Entry const& a, Entry const& b) {
     return a.key != b.key ? a.key < b.key : words_[a.position] < words_[b.position];
@@ -58,9 +60,10 @@ Vocabulary::Place Vocabulary::place_of(HString const& word, std::uint32_t from) 
   auto const comes_first = [&](std::uint64_t const& each, std::uint64_t wanted) {
     return each != wanted ? each < wanted : word_at(&each - keys_.data()) < word;
   };
-  auto const found =
-      std::lower_bound(keys_.begin() + from, keys_.end(), order_key(word), comes_first);
-  bool const is_word = found != keys_.end() && word_at(found - keys_.begin()) == word;
+  std::uint64_t const key = order_key(text_view(word));
+  auto const found = std::lower_bound(keys_.begin() + from, keys_.end(), key, comes_first);
+  bool const is_word = found != keys_.end() && *found == key &&
+                       text_view(word_at(found - keys_.begin())) == text_view(word);
   return {static_cast<std::uint32_t>(found - keys_.begin()), is_word};
 }
 
