@@ -94,14 +94,43 @@ GeneratedCorpus generate_corpus(std::size_t documents) {
   }
   GeneratedCorpus corpus;
   for (Document const& document : drawn) {
-    HPointN& point = corpus.words.emplace_back();
-    point.resize(static_cast<long long>(vocabulary.size()));
-    for (auto const& [word, weight] : document) {
-      point.vt_data[vocabulary.at(word)] = weight;
+    HSparsePoints::Row& row = corpus.words.emplace_back();
+    row.n = static_cast<long long>(vocabulary.size());
+    for (auto const& [word, weight] : std::map<Word, double>(document.begin(), document.end())) {
+      row.indices.push_back(static_cast<std::uint32_t>(vocabulary.at(word)));
+      row.values.push_back(weight);
     }
     corpus.dna.push_back(fingerprint(document));
   }
   return corpus;
+}
+
+std::vector<HSparsePoints::Row> to_rows(std::vector<HPointN> const& points) {
+  std::vector<HSparsePoints::Row> rows;
+  for (HPointN const& point : points) {
+    HSparsePoints::Row& row = rows.emplace_back();
+    row.n = point.n;
+    for (std::size_t i = 0; i < point.vt_data.size(); ++i) {
+      if (point.vt_data[i] != 0.0) {
+        row.indices.push_back(static_cast<std::uint32_t>(i));
+        row.values.push_back(point.vt_data[i]);
+      }
+    }
+  }
+  return rows;
+}
+
+std::vector<HPointN> to_points(std::vector<HSparsePoints::Row> const& rows) {
+  std::vector<HPointN> points;
+  points.reserve(rows.size());
+  for (HSparsePoints::Row const& row : rows) {
+    HPointN& point = points.emplace_back();
+    point.resize(row.n);
+    for (std::size_t k = 0; k < row.indices.size(); ++k) {
+      point.vt_data[row.indices[k]] = row.values[k];
+    }
+  }
+  return points;
 }
 
 }  // namespace bench

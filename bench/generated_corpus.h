@@ -4,13 +4,14 @@
 #include <vector>
 
 #include "numeric/HPointN.h"
+#include "numeric/HSparsePoints.h"
 
 namespace bench {
 
-/// Documents as a matrix, and the same documents by fingerprint.
+/// Documents by the words that they have, and the same documents by fingerprint.
 struct GeneratedCorpus {
   /// Term weights over the vocabulary of the documents.
-  std::vector<HPointN> words;
+  std::vector<HSparsePoints::Row> words;
   /// 128 coordinates each.
   std::vector<HPointN> dna;
 };
@@ -21,5 +22,9 @@ struct GeneratedCorpus {
 /// the vocabulary grows and the weights fall much as they do in news, postings and articles: 6,000
 /// words for 100 documents, 20,000 for 500; the first word weighs 1, the tenth 0.4, the last 0.15.
 GeneratedCorpus generate_corpus(std::size_t documents);
+
+/// Points without their zeros, and with them.
+std::vector<HSparsePoints::Row> to_rows(std::vector<HPointN> const& points);
+std::vector<HPointN> to_points(std::vector<HSparsePoints::Row> const& rows);
 
 }  // namespace bench

@@ -6,6 +6,7 @@
 #include <cmath>
 #include <fstream>
 #include <string>
+#include <utility>
 
 #include <malloc.h>
 #include <poll.h>
@@ -85,22 +86,25 @@ double own_bytes() {
 
 }  // namespace
 
-std::optional<Measured> measure(std::function<std::uint64_t()> const& work, double limit_seconds) {
+std::optional<MeasuredRuns> measure(std::function<std::uint64_t()> const& work,
+                                    double limit_seconds) {
   double const own = own_bytes();
-  std::optional<Measured> best;
+  MeasuredRuns runs;
   double total = 0.0;
   for (int i = 0; i < most_runs && total < enough_seconds; ++i) {
-    auto const one = measure_once(work, limit_seconds);
+    auto one = measure_once(work, limit_seconds);
     if (!one) {
-      return best;
+      break;
     }
+    one->peak_bytes = std::max(one->peak_bytes - own, 0.0);
     total += one->seconds;
-    if (!best || one->seconds < best->seconds) {
-      best = one;
-      best->peak_bytes = std::max(best->peak_bytes - own, 0.0);
+    runs.seconds.push_back(one->seconds);
+    runs.peak_bytes.push_back(one->peak_bytes);
+    if (runs.seconds.size() == 1 || one->seconds < runs.best.seconds) {
+      runs.best = *one;
     }
   }
-  return best;
+  return runs.seconds.empty() ? std::nullopt : std::optional(std::move(runs));
 }
 
 std::uint64_t fingerprint_of(std::vector<std::vector<int>> const& clusters) {
