@@ -27,7 +27,7 @@ def measure(setting, program, operations, rounds):
     if listed.returncode != 0:
         setting.records.missing(program, f"ended with {listed.returncode}: {listed.stderr[-200:].strip()}")
         return
-    found = dict.fromkeys(name.split("/")[0] for name in listed.stdout.split())
+    found = dict.fromkeys(name.split("/")[0] for name in listed.stdout.splitlines())
     for operation in found:
         if any(fnmatch.fnmatchcase(operation, pattern) for pattern in operations):
             measure_operation(setting, path, operation, rounds)

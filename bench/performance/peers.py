@@ -10,10 +10,11 @@ LONGEST_SECONDS = 1200.0
 
 
 def measure(setting, command):
-    """In the command, {build}, {runs} and {file} stand for the folder of programs, how often to run a case, and
-    a file that takes the results."""
+    """In the command, {build}, {runs}, {documents} and {file} stand for the folder of programs, how often to run a
+    case, the sizes of a corpus, and a file that takes the results."""
     with tempfile.NamedTemporaryFile("r", suffix=".jsonl") as file:
-        places = {"{build}": setting.build, "{runs}": 1 if setting.quick else 3, "{file}": file.name}
+        places = {"{build}": setting.build, "{runs}": 1 if setting.quick else 3, "{file}": file.name,
+                  "{documents}": "250,500,1000" if setting.quick else "250,500,1000,2000,4000,8000"}
         for place, stands_for in places.items():
             command = [part.replace(place, str(stands_for)) for part in command]
         name = command[0].rpartition("/")[2]
