@@ -1,5 +1,7 @@
+#include <algorithm>
 #include <cstddef>
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <random>
 #include <string>
@@ -8,24 +10,23 @@
 #include <benchmark/benchmark.h>
 #include <malloc.h>
 
+#include "box_peers.h"
 #include "host/QXPPolicyMorvaClustBox.h"
 
 namespace {
 
 constexpr int words = 50000;
-constexpr int classes = 300;
+constexpr int many_classes = 300;
 constexpr int members_per_class = 4;
 constexpr int words_per_document = 100;
 
 /// A file in the working directory for as long as one benchmark runs.
 class BoxFile {
  public:
-  ~BoxFile() { std::filesystem::remove(name); }
-  HString path() const { return name; }
-  double megabytes() const { return static_cast<double>(std::filesystem::file_size(name)) / 1e6; }
-
- private:
   static constexpr char const* name = "box_bench.box";
+
+  ~BoxFile() { std::filesystem::remove(name); }
+  double megabytes() const { return static_cast<double>(std::filesystem::file_size(name)) / 1e6; }
 };
 
 std::vector<HString> vocabulary(std::mt19937& random) {
@@ -54,7 +55,7 @@ std::vector<double> weights(std::mt19937& random, int used) {
 }
 
 /// Each center has the words of `documents` documents, half of them shared.
-QXPPolicyMorvaClustBox kmeans_box(int documents, bool with_word_lists) {
+QXPPolicyMorvaClustBox kmeans_box(int classes, int documents, bool with_word_lists) {
   std::mt19937 random(1);
   QXPPolicyMorvaClustBox box;
   box.vt_words = vocabulary(random);
@@ -69,7 +70,7 @@ QXPPolicyMorvaClustBox kmeans_box(int documents, bool with_word_lists) {
   return box;
 }
 
-QXPPolicyMorvaClustBox dbscan_box() {
+QXPPolicyMorvaClustBox dbscan_box(int classes) {
   std::mt19937 random(1);
   QXPPolicyMorvaClustBox box;
   box.i_cluster_type = 1;
@@ -99,42 +100,77 @@ double dense_megabytes(QXPPolicyMorvaClustBox const& box) {
   return static_cast<double>(numbers * sizeof(double)) / 1e6;
 }
 
-void load(benchmark::State& state, QXPPolicyMorvaClustBox const& box) {
-  BoxFile const file;
-  if (box.to_file(file.path()) != 0) {
-    state.SkipWithError("not written");
+bool is_same(QXPPolicyMorvaClustBox const& a, QXPPolicyMorvaClustBox const& b) {
+  return a.vt_words == b.vt_words &&
+         std::equal(a.vt_kmeans_node.begin(), a.vt_kmeans_node.end(), b.vt_kmeans_node.begin(),
+                    b.vt_kmeans_node.end(), [](QXPKMeansNode const& x, QXPKMeansNode const& y) {
+                      return x.str_class_id == y.str_class_id &&
+                             x.str_class_name == y.str_class_name && x.d_radius == y.d_radius &&
+                             x.vt_weight == y.vt_weight;
+                    });
+}
+
+/// What writes a box, and what reads it.
+struct Form {
+  std::function<void(QXPPolicyMorvaClustBox const&)> save;
+  std::function<QXPPolicyMorvaClustBox()> load;
+};
+
+Form our_form() {
+  return {[](QXPPolicyMorvaClustBox const& box) { box.to_file(BoxFile::name); },
+          [] {
+            QXPPolicyMorvaClustBox box;
+            box.from_file(BoxFile::name);
+            return box;
+          }};
+}
+
+Form text_form(box_peers::Lists lists) {
+  return {[lists](QXPPolicyMorvaClustBox const& box) {
+            box_peers::write_text(box, lists, BoxFile::name);
+          },
+          [lists] { return box_peers::read_text(lists, BoxFile::name); }};
+}
+
+Form json_form(box_peers::Lists lists) {
+  return {[lists](QXPPolicyMorvaClustBox const& box) {
+            box_peers::write_json(box, lists, BoxFile::name);
+          },
+          [lists] { return box_peers::read_json(lists, BoxFile::name); }};
+}
+
+void load(benchmark::State& state, QXPPolicyMorvaClustBox const& box, BoxFile const& file,
+          Form const& form) {
+  form.save(box);
+  if (!is_same(form.load(), box)) {
+    state.SkipWithError("another box comes back");
     return;
   }
   for (auto _ : state) {
-    auto loaded = std::make_unique<QXPPolicyMorvaClustBox>();
-    benchmark::DoNotOptimize(loaded->from_file(file.path()));
+    auto loaded = std::make_unique<QXPPolicyMorvaClustBox>(form.load());
+    benchmark::DoNotOptimize(loaded);
     state.PauseTiming();
     loaded.reset();
+    // Each load starts as in a process of its own.
+    malloc_trim(0);
     state.ResumeTiming();
   }
   state.counters["file_MB"] = file.megabytes();
   state.counters["dense_MB"] = dense_megabytes(box);
 }
 
-void load_kmeans(benchmark::State& state) {
-  load(state, kmeans_box(static_cast<int>(state.range(0)), false));
+void save(benchmark::State& state, QXPPolicyMorvaClustBox const& box, BoxFile const& file,
+          Form const& form) {
+  for (auto _ : state) {
+    form.save(box);
+  }
+  state.counters["file_MB"] = file.megabytes();
 }
-BENCHMARK(load_kmeans)->ArgName("documents")->Arg(10)->Arg(50)->Unit(benchmark::kMillisecond);
 
-void load_kmeans_with_word_lists(benchmark::State& state) {
-  load(state, kmeans_box(10, true));
-}
-BENCHMARK(load_kmeans_with_word_lists)->MinTime(3)->Unit(benchmark::kMillisecond);
-
-void load_dbscan(benchmark::State& state) {
-  load(state, dbscan_box());
-}
-BENCHMARK(load_dbscan)->MinTime(3)->Unit(benchmark::kMillisecond);
-
-/// What the dense lists of `load_kmeans` cost by themselves: fresh memory, and zeros in it.
+/// What the dense lists of a box of 300 classes cost by themselves: fresh memory, and zeros in it.
 void dense_lists_alone(benchmark::State& state) {
   for (auto _ : state) {
-    std::vector<std::vector<double>> lists(classes);
+    std::vector<std::vector<double>> lists(many_classes);
     for (std::vector<double>& list : lists) {
       list.resize(words);
     }
@@ -145,15 +181,51 @@ void dense_lists_alone(benchmark::State& state) {
     state.ResumeTiming();
   }
 }
-BENCHMARK(dense_lists_alone)->Unit(benchmark::kMillisecond);
 
-void save_kmeans(benchmark::State& state) {
-  QXPPolicyMorvaClustBox const box = kmeans_box(10, false);
-  BoxFile const file;
-  for (auto _ : state) {
-    benchmark::DoNotOptimize(box.to_file(file.path()));
-  }
+constexpr int few_documents = 10;
+constexpr int many_documents = 50;
+
+/// Each with a box of 500 words a class.
+void register_form(std::string const& name, Form const& form) {
+  auto const add = [&](std::string const& operation, auto measure) {
+    benchmark::RegisterBenchmark(
+        (operation + "/" + name).c_str(),
+        [measure, form](benchmark::State& state) {
+          BoxFile const file;
+          measure(state, kmeans_box(static_cast<int>(state.range(0)), few_documents, false), file,
+                  form);
+        })
+        ->Arg(30)
+        ->Arg(many_classes)
+        ->Unit(benchmark::kMillisecond);
+  };
+  add("box_load", load);
+  add("box_save", save);
 }
-BENCHMARK(save_kmeans)->Unit(benchmark::kMillisecond);
+
+void register_load(std::string const& kind, std::function<QXPPolicyMorvaClustBox()> const& make) {
+  benchmark::RegisterBenchmark(("load_" + kind + "/morvaai").c_str(),
+                               [make](benchmark::State& state) {
+                                 BoxFile const file;
+                                 load(state, make(), file, our_form());
+                               })
+      ->Arg(many_classes)
+      ->Unit(benchmark::kMillisecond);
+}
+
+bool const is_registered = [] {
+  using box_peers::Lists;
+  register_form("morvaai", our_form());
+  register_form("text", text_form(Lists::dense));
+  register_form("json", json_form(Lists::dense));
+  register_form("sparse-text", text_form(Lists::sparse));
+  register_form("sparse-json", json_form(Lists::sparse));
+  register_load("many_words", [] { return kmeans_box(many_classes, many_documents, false); });
+  register_load("word_lists", [] { return kmeans_box(many_classes, few_documents, true); });
+  register_load("members", [] { return dbscan_box(many_classes); });
+  benchmark::RegisterBenchmark("dense_lists/alone", dense_lists_alone)
+      ->Unit(benchmark::kMillisecond);
+  return true;
+}();
 
 }  // namespace
