@@ -114,7 +114,8 @@ HPointN HSparsePoints::get_center_point(std::vector<int> const& members) const {
 }
 
 double HSparsePoints::get_max_radius(std::vector<int> const& members) const {
-  std::vector<morva::SparsePoint> const& points = table()->points();
+  auto const held = table();
+  std::vector<morva::SparsePoint> const& points = held->points();
   morva::SparsePoint const center = center_of(points, members);
   double radius = 0.0;
   for (morva::SparsePoint const* member : morva::valid_members(points, members)) {

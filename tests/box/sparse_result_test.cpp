@@ -44,7 +44,7 @@ void expect_dense_texts(Matrix const& rows, Words words, Members const& members)
 }
 
 TEST(SparseResult, has_the_texts_of_dense_points) {
-  test::for_random_points(60, 50'000'000, [](Matrix const& rows, RandomMatrix& random) {
+  test::for_random_points(40, 50'000'000, [](Matrix const& rows, RandomMatrix& random) {
     Members members;
     for (int i = random.integer(0, 8); i > 0; --i) {
       members.push_back(random.integer(-2, reference::count_of(rows) + 1));

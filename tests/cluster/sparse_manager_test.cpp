@@ -34,7 +34,7 @@ class SparseManager : public testing::Test {
 };
 
 TEST_F(SparseManager, finds_the_canopies_of_dense_points) {
-  for_random_points(60, 40'000'000, [this](Matrix const& rows, RandomMatrix& random) {
+  for_random_points(25, 40'000'000, [this](Matrix const& rows, RandomMatrix& random) {
     std::vector<HPointN> const points = reference::to_points(rows);
     double const t2 = random.one_in(3) ? 0.0 : random.radius(rows);
     HClusterCanopy engine;
@@ -46,7 +46,7 @@ TEST_F(SparseManager, finds_the_canopies_of_dense_points) {
 }
 
 TEST_F(SparseManager, finds_the_means_of_dense_points) {
-  for_random_points(60, 41'000'000, [this](Matrix const& rows, RandomMatrix& random) {
+  for_random_points(25, 41'000'000, [this](Matrix const& rows, RandomMatrix& random) {
     test::UpdateRule const rule(random.integer(0, 1));
     std::vector<HPointN> const points = reference::to_points(rows);
     int const k = random.integer(-1, reference::count_of(rows) + 1);
@@ -60,7 +60,7 @@ TEST_F(SparseManager, finds_the_means_of_dense_points) {
 }
 
 TEST_F(SparseManager, finds_the_dense_groups_of_dense_points) {
-  for_random_points(60, 42'000'000, [this](Matrix const& rows, RandomMatrix& random) {
+  for_random_points(25, 42'000'000, [this](Matrix const& rows, RandomMatrix& random) {
     std::vector<HPointN> const points = reference::to_points(rows);
     double const eps = random.radius(rows);
     int const min_points = random.integer(-1, 5);
@@ -75,7 +75,7 @@ TEST_F(SparseManager, finds_the_dense_groups_of_dense_points) {
 }
 
 TEST_F(SparseManager, estimates_the_radius_of_dense_points) {
-  for_random_points(60, 43'000'000, [](Matrix const& rows, RandomMatrix& random) {
+  for_random_points(25, 43'000'000, [](Matrix const& rows, RandomMatrix& random) {
     std::vector<HPointN> const points = reference::to_points(rows);
     int const min_points = random.integer(0, 5);
     for (bool const use_distance : {true, false}) {
@@ -87,7 +87,7 @@ TEST_F(SparseManager, estimates_the_radius_of_dense_points) {
 }
 
 TEST_F(SparseManager, one_run_leaves_nothing_in_the_points_that_another_would_see) {
-  for_random_points(20, 44'000'000, [](Matrix const& rows, RandomMatrix& random) {
+  for_random_points(10, 44'000'000, [](Matrix const& rows, RandomMatrix& random) {
     HSparsePoints const shared(reference::to_points(rows));
     auto const runs_on = [&rows](HSparsePoints const& points, double eps) {
       std::vector<Clusters> results(3);

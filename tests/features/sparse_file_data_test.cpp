@@ -43,7 +43,7 @@ class SparseFileData : public testing::Test {
 };
 
 TEST_F(SparseFileData, has_words_and_points_of_dense_data) {
-  for (unsigned int seed = 0; seed < 2000; ++seed) {
+  for (unsigned int seed = 0; seed < 1000; ++seed) {
     SCOPED_TRACE(seed);
     Features const features = RandomFeatures(seed).make();
     HSparseFileData::format_data(features, words, points, false);

@@ -65,14 +65,14 @@ void expect_dense_answers(HSparsePoints const& sparse, Matrix const& rows, Membe
 }
 
 TEST(SparsePoints, of_points_give_the_answers_of_dense_ones) {
-  for_random_points(120, 30'000'000, [](Matrix const& rows, RandomMatrix& random) {
+  for_random_points(50, 30'000'000, [](Matrix const& rows, RandomMatrix& random) {
     expect_dense_answers(HSparsePoints(reference::to_points(rows)), rows,
                          random_members(rows, random));
   });
 }
 
 TEST(SparsePoints, of_rows_give_the_answers_of_dense_ones) {
-  for_random_points(120, 31'000'000, [](Matrix const& rows, RandomMatrix& random) {
+  for_random_points(50, 31'000'000, [](Matrix const& rows, RandomMatrix& random) {
     expect_dense_answers(HSparsePoints(full_rows(rows)), rows, random_members(rows, random));
   });
 }
