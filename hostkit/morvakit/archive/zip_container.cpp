@@ -1,6 +1,7 @@
 #include "morvakit/archive/zip_container.h"
 
 #include <algorithm>
+#include <memory>
 
 namespace morvakit {
 
@@ -153,10 +154,12 @@ ZipContainer::Unpacking ZipContainer::unpack(std::uint64_t index, Consumer const
     return Unpacking::unsupported;
   }
   auto const packed = archive_.entry(index).packed;
-  std::vector<char> buffer(std::size_t{64} << 10);
+  constexpr std::size_t piece_size = std::size_t{64} << 10;
+  // Not filled with zeros: most parts take little of it.
+  auto const buffer = std::make_unique_for_overwrite<char[]>(piece_size);
   std::int64_t unpacked = 0;
   for (;;) {
-    auto const got = part.read(buffer.data(), buffer.size());
+    auto const got = part.read(buffer.get(), piece_size);
     if (got == 0) {
       return Unpacking::done;
     }
@@ -165,7 +168,7 @@ ZipContainer::Unpacking ZipContainer::unpack(std::uint64_t index, Consumer const
     }
     unpacked += got;
     if (!context_.charge_expansion(packed, unpacked, got) || !context_.keep_going() ||
-        !consumer(std::string_view(buffer.data(), static_cast<std::size_t>(got)))) {
+        !consumer(std::string_view(buffer.get(), static_cast<std::size_t>(got)))) {
       return Unpacking::stopped;
     }
   }
