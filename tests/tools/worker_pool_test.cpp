@@ -64,6 +64,22 @@ TEST(WorkerPool, a_crash_costs_its_own_task_only) {
   EXPECT_NE(delivered[7].outcome.failure.find("Killed"), std::string::npos);
 }
 
+TEST(WorkerPool, tasks_that_waited_for_a_crash_are_done_by_another_worker) {
+  tool::WorkerPool pool;
+  pool.jobs = 1;
+  auto const delivered = run(pool, 20, [](std::size_t i) {
+    if (i % 3 == 1) {
+      raise(SIGKILL);
+    }
+    return std::to_string(i);
+  });
+  ASSERT_EQ(delivered.size(), 20U);
+  for (Delivered const& one : delivered) {
+    auto const result = one.outcome.result.value_or("none");
+    EXPECT_EQ(result, one.index % 3 == 1 ? "none" : std::to_string(one.index));
+  }
+}
+
 TEST(WorkerPool, a_task_that_hangs_is_killed) {
   tool::WorkerPool pool;
   pool.seconds_per_task = 1;

@@ -63,10 +63,12 @@ bool write_output(std::string const& text) {
 
 int run_on_files(std::vector<HString> const& files, std::size_t jobs,
                  std::function<FileReport(HString const&)> const& work,
-                 std::function<bool(std::size_t, FileReport)> const& take) {
-  // Mapped before the workers are forked, so that all share it.
-  HStutterDict::pins()->set_dict_path(Orlec::LocateMgr::pins()->get_dict_path(false));
-  HJieba::pins()->Init();
+                 std::function<bool(std::size_t, FileReport)> const& take, Words words) {
+  if (words == Words::needed) {
+    // Mapped before the workers are forked, so that all share it.
+    HStutterDict::pins()->set_dict_path(Orlec::LocateMgr::pins()->get_dict_path(false));
+    HJieba::pins()->Init();
+  }
   Progress const progress(files.size());
   int status = all_done;
   auto const done = [&](std::size_t index, WorkerPool::Outcome const& outcome) {
@@ -95,17 +97,18 @@ int run_on_files(std::vector<HString> const& files, std::size_t jobs,
   return status;
 }
 
-int print_on_files(RunOptions const& options,
-                   std::function<FileReport(HString const&)> const& work) {
+int print_on_files(RunOptions const& options, std::function<FileReport(HString const&)> const& work,
+                   Words words) {
   std::vector<HString> const files = expand_inputs(options.inputs);
   bool is_written = true;
-  return run_on_files(files, options.jobs, work, [&](std::size_t index, FileReport report) {
+  auto const take = [&](std::size_t index, FileReport report) {
     if (options.json && report.output.empty()) {
       report.output = json_failure(files[index], "failed", report.problem);
     }
     is_written = is_written && write_output(report.output);
     return is_written;
-  });
+  };
+  return run_on_files(files, options.jobs, work, take, words);
 }
 
 }  // namespace tool

@@ -27,17 +27,21 @@ struct RunOptions {
   bool json = false;
 };
 
+/// Whether the work on files segments text: then the dictionary is mapped once, for all workers.
+enum class Words { needed, unused };
+
 /// Runs `work` on every file in worker processes, with progress on a terminal, and hands the
 /// reports to `take` in order of the files. Prints the problems; a file whose worker ended early
 /// has no output. Returns the exit status: all done when there was no problem and `take` never
 /// refused.
 int run_on_files(std::vector<HString> const& files, std::size_t jobs,
                  std::function<FileReport(HString const&)> const& work,
-                 std::function<bool(std::size_t, FileReport)> const& take);
+                 std::function<bool(std::size_t, FileReport)> const& take,
+                 Words words = Words::needed);
 
 /// Runs `work` on every file of the inputs in that way and prints the outputs.
-int print_on_files(RunOptions const& options,
-                   std::function<FileReport(HString const&)> const& work);
+int print_on_files(RunOptions const& options, std::function<FileReport(HString const&)> const& work,
+                   Words words = Words::needed);
 
 /// UTF-8 of the text as it may stand in a line on a terminal: control characters become U+FFFD.
 std::string printable(HString const& text);

@@ -79,7 +79,8 @@ std::vector<std::string> text_kind_names() {
 }
 
 int run_text(TextOptions const& options) {
-  return print_on_files(options, [&](HString const& path) { return report_text(path, options); });
+  return print_on_files(
+      options, [&](HString const& path) { return report_text(path, options); }, Words::unused);
 }
 
 }  // namespace tool

@@ -5,7 +5,9 @@
 #include <chrono>
 #include <cstdint>
 #include <cstring>
+#include <deque>
 #include <map>
+#include <utility>
 #include <vector>
 
 #include <poll.h>
@@ -23,6 +25,10 @@ using Clock = std::chrono::steady_clock;
 
 // Results that may wait for an earlier one, for each worker.
 constexpr std::size_t waiting_per_job = 16;
+
+// A worker has its next task before it is through with the last, so that it never waits for this
+// process to take in a result.
+constexpr std::size_t tasks_at_once = 2;
 
 bool send_all(int socket, void const* data, std::size_t size) {
   auto const* bytes = static_cast<char const*>(data);
@@ -73,6 +79,11 @@ bool receive_all(int socket, void* data, std::size_t size) {
   _exit(0);
 }
 
+struct FinishedTask {
+  std::size_t task;
+  WorkerPool::Outcome outcome;
+};
+
 // One worker process, seen from the parent.
 class Worker {
  public:
@@ -81,7 +92,7 @@ class Worker {
   Worker& operator=(Worker&& other) noexcept {
     std::swap(process_, other.process_);
     std::swap(socket_, other.socket_);
-    std::swap(task_, other.task_);
+    std::swap(tasks_, other.tasks_);
     std::swap(deadline_, other.deadline_);
     std::swap(incoming_, other.incoming_);
     return *this;
@@ -91,12 +102,17 @@ class Worker {
   bool start(std::function<std::string(std::size_t)> const& work,
              std::vector<Worker> const& others);
   bool give(std::size_t task, int seconds);
-  std::optional<std::size_t> task() const { return task_; }
+  // The task at work, then those that wait for it.
+  std::deque<std::size_t> const& tasks() const { return tasks_; }
   int socket() const { return socket_; }
   Clock::time_point deadline() const { return deadline_; }
-  // Takes in what has arrived. The outcome once the task is over, one way or the other.
-  std::optional<WorkerPool::Outcome> collect();
-  WorkerPool::Outcome kill_hanging(int seconds);
+  // Takes in what has arrived: the tasks that are over, one way or the other. Each that follows
+  // has `seconds` of its own.
+  std::vector<FinishedTask> collect(int seconds);
+  FinishedTask kill_hanging(int seconds);
+  // Once the process has ended in the task at work: takes back those that waited for it.
+  bool has_ended() const { return socket_ < 0; }
+  std::deque<std::size_t> take_back();
 
  private:
   int stop();
@@ -104,7 +120,7 @@ class Worker {
 
   pid_t process_ = -1;
   int socket_ = -1;
-  std::optional<std::size_t> task_;
+  std::deque<std::size_t> tasks_;
   Clock::time_point deadline_;
   std::string incoming_;
 };
@@ -137,8 +153,10 @@ bool Worker::start(std::function<std::string(std::size_t)> const& work,
 
 bool Worker::give(std::size_t task, int seconds) {
   std::uint64_t const index = task;
-  task_ = task;
-  deadline_ = Clock::now() + std::chrono::seconds(seconds);
+  if (tasks_.empty()) {
+    deadline_ = Clock::now() + std::chrono::seconds(seconds);
+  }
+  tasks_.push_back(task);
   return send_all(socket_, &index, sizeof index);
 }
 
@@ -154,7 +172,6 @@ int Worker::stop() {
     }
     process_ = -1;
   }
-  task_.reset();
   incoming_.clear();
   return status;
 }
@@ -169,34 +186,43 @@ WorkerPool::Outcome Worker::died() {
                             std::to_string(WIFEXITED(status) ? WEXITSTATUS(status) : status)};
 }
 
-std::optional<WorkerPool::Outcome> Worker::collect() {
+std::vector<FinishedTask> Worker::collect(int seconds) {
   char buffer[65536];
   ssize_t const received = recv(socket_, buffer, sizeof buffer, 0);
   if (received < 0 && errno == EINTR) {
-    return std::nullopt;
+    return {};
   }
+  std::vector<FinishedTask> finished;
   if (received <= 0) {
-    return died();
+    finished.push_back({tasks_.front(), died()});
+    return finished;
   }
   incoming_.append(buffer, static_cast<std::size_t>(received));
   std::uint64_t size = 0;
-  if (incoming_.size() < sizeof size) {
-    return std::nullopt;
+  while (incoming_.size() >= sizeof size) {
+    std::memcpy(&size, incoming_.data(), sizeof size);
+    if (incoming_.size() - sizeof size < size) {
+      break;
+    }
+    finished.push_back({tasks_.front(), {incoming_.substr(sizeof size, size), {}}});
+    incoming_.erase(0, sizeof size + size);
+    tasks_.pop_front();
+    deadline_ = Clock::now() + std::chrono::seconds(seconds);
   }
-  std::memcpy(&size, incoming_.data(), sizeof size);
-  if (incoming_.size() - sizeof size < size) {
-    return std::nullopt;
-  }
-  WorkerPool::Outcome outcome{incoming_.substr(sizeof size), {}};
-  incoming_.clear();
-  task_.reset();
-  return outcome;
+  return finished;
 }
 
-WorkerPool::Outcome Worker::kill_hanging(int seconds) {
+FinishedTask Worker::kill_hanging(int seconds) {
   kill(process_, SIGKILL);
   stop();
-  return {std::nullopt, "no result within " + std::to_string(seconds) + " seconds"};
+  return {tasks_.front(),
+          {std::nullopt, "no result within " + std::to_string(seconds) + " seconds"}};
+}
+
+std::deque<std::size_t> Worker::take_back() {
+  auto undone = std::exchange(tasks_, {});
+  undone.pop_front();
+  return undone;
 }
 
 // The state of one run: what is still to be given out, and what waits to be delivered in order.
@@ -224,27 +250,44 @@ class Run {
 
  private:
   bool give_out() {
-    for (Worker& worker : workers_) {
-      bool const may_go_on =
-          next_ < count_ && next_ < delivered_ + workers_.size() * waiting_per_job;
-      if (worker.task() || !may_go_on) {
-        continue;
+    for (std::size_t round = 1; round <= tasks_at_once; ++round) {
+      for (Worker& worker : workers_) {
+        // The last tasks go to whoever is free first.
+        bool const is_early = round == 1 || count_ - next_ >= workers_.size();
+        if (worker.tasks().size() >= round || !is_early || !has_task()) {
+          continue;
+        }
+        if (worker.has_ended() && !worker.start(work_, workers_)) {
+          return false;
+        }
+        // A worker that died while idle shows when its socket is read.
+        worker.give(take_task(), pool_.seconds_per_task);
       }
-      if (worker.socket() < 0 && !worker.start(work_, workers_)) {
-        return false;
-      }
-      // A worker that died while idle shows when its socket is read.
-      worker.give(next_++, pool_.seconds_per_task);
     }
     return true;
+  }
+
+  bool has_task() const {
+    return !undone_.empty() ||
+           (next_ < count_ && next_ < delivered_ + workers_.size() * waiting_per_job);
+  }
+
+  std::size_t take_task() {
+    if (undone_.empty()) {
+      return next_++;
+    }
+    std::size_t const task = undone_.front();
+    undone_.pop_front();
+    return task;
   }
 
   void wait_for_workers() {
     std::vector<pollfd> sockets;
     auto deadline = Clock::time_point::max();
     for (Worker const& worker : workers_) {
-      sockets.push_back({worker.task() ? worker.socket() : -1, POLLIN, 0});
-      if (worker.task()) {
+      bool const is_at_work = !worker.tasks().empty();
+      sockets.push_back({is_at_work ? worker.socket() : -1, POLLIN, 0});
+      if (is_at_work) {
         deadline = std::min(deadline, worker.deadline());
       }
     }
@@ -253,16 +296,20 @@ class Run {
     auto const now = Clock::now();
     for (std::size_t i = 0; i < workers_.size(); ++i) {
       Worker& worker = workers_[i];
-      if (!worker.task()) {
+      if (worker.tasks().empty()) {
         continue;
       }
-      std::size_t const task = *worker.task();
       if (sockets[i].revents != 0) {
-        if (auto outcome = worker.collect()) {
-          waiting_.emplace(task, std::move(*outcome));
+        for (FinishedTask& finished : worker.collect(pool_.seconds_per_task)) {
+          waiting_.emplace(finished.task, std::move(finished.outcome));
         }
       } else if (now >= worker.deadline()) {
-        waiting_.emplace(task, worker.kill_hanging(pool_.seconds_per_task));
+        FinishedTask hanging = worker.kill_hanging(pool_.seconds_per_task);
+        waiting_.emplace(hanging.task, std::move(hanging.outcome));
+      }
+      if (worker.has_ended()) {
+        auto const undone = worker.take_back();
+        undone_.insert(undone_.end(), undone.begin(), undone.end());
       }
     }
   }
@@ -282,6 +329,7 @@ class Run {
   std::function<void(std::size_t, WorkerPool::Outcome)> const& done_;
   std::vector<Worker> workers_;
   std::size_t next_ = 0;
+  std::deque<std::size_t> undone_;  // given out, to a worker that died before it came to them
   std::size_t delivered_ = 0;
   std::map<std::size_t, WorkerPool::Outcome> waiting_;
 };
