@@ -2,11 +2,11 @@
 
 #include <cmath>
 #include <cstdint>
-#include <map>
 #include <memory>
 #include <optional>
 
 #include "dna/HFileSimHash.h"
+#include "dna/internal/fingerprint.h"
 #include "features/HClusterFileParser.h"
 #include "features/HFileWordNode.h"
 #include "host/Orlec/IFile.h"
@@ -25,14 +25,12 @@ constexpr double scale = 1000000.0;
 constexpr int all_words = 0;
 
 void get_word_node_dna(std::vector<WordNode> const& words, HString& str_dna) {
-  std::map<HString, double> word_map;
+  std::vector<morva::WeightedWord> list;
+  list.reserve(words.size());
   for (WordNode const& node : words) {
-    auto const [entry, is_new] = word_map.try_emplace(node.word, node.weight);
-    if (!is_new) {
-      entry->second += node.weight;
-    }
+    list.push_back({&node.word, node.weight});
   }
-  HFileSimHash::simhashDNA(word_map, str_dna);
+  str_dna = morva::fingerprint(list);
 }
 
 int covered_characters(std::vector<WordNode> const& words) {
