@@ -147,17 +147,15 @@ def growths(found):
 
 
 def pictures(row, found, folder):
-    figures = {}
-    for (operation, series), candidates in summary.curves(found).items():
-        figures.setdefault(operation, {})[series] = candidates
-    for operation, panels in figures.items():
-        sizes = size_name(row, operation)
-        yield picture(folder, operation, f"{row['title']}: time", lambda path: plots.draw_growth(
-            path, panels, lambda one: one.seconds, summary.in_seconds, sizes, operation))
-        if row.get("draw_memory"):
-            yield picture(folder, f"{operation}-memory", f"{row['title']}: peak memory",
-                          lambda path: plots.draw_growth(path, panels, lambda one: one.memory, summary.in_bytes, sizes,
-                                                         operation))
+    """One figure of times for the row, with a panel for each operation and series, and one of memory."""
+    drawn = [one for one in found if summary.belongs(one.operation, row.get("draw", ["*"]))]
+    panels = summary.curves(drawn)
+    if panels:
+        yield picture(folder, row["id"], f"{row['title']}: time", lambda path: plots.draw_growth(
+            path, panels, lambda one: one.seconds, summary.in_seconds, lambda operation: size_name(row, operation)))
+    if panels and row.get("draw_memory"):
+        yield picture(folder, f"{row['id']}-memory", f"{row['title']}: memory", lambda path: plots.draw_growth(
+            path, panels, lambda one: one.memory, summary.in_bytes, lambda operation: size_name(row, operation)))
     bars = [one for one in found if one.rate and summary.belongs(one.operation, row.get("bars", []))]
     if bars:
         yield picture(folder, f"{row['id']}-rates", f"{row['title']}: bytes in a second",

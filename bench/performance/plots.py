@@ -11,8 +11,9 @@ from matplotlib.ticker import FuncFormatter, LogLocator
 import summary
 
 # Of middle lightness, told apart by the colour-blind as well.
-COLOURS = ["#0a84c6", "#d9622b", "#1a9e77", "#c25fa8", "#b8901f", "#8a6fd1", "#6f8f2a", "#b0455a"]
-MARKERS = "osD^vP*X"
+COLOURS = ["#0a84c6", "#d9622b", "#1a9e77", "#c25fa8", "#b8901f", "#8a6fd1", "#6f8f2a", "#b0455a", "#4f8f9a",
+           "#a0663a"]
+MARKERS = "osD^vP*Xph"
 GREY = "#808080"
 STYLE = {
     "svg.hashsalt": "morvaai", "svg.fonttype": "none", "font.family": "sans-serif", "font.size": 10,
@@ -29,23 +30,30 @@ def look_of(candidates):
             for place, name in enumerate(ordered)}
 
 
-def draw_growth(path, panels, value, axis, size_name, title):
-    """Panels: for each series, by candidate, points (size, measurement); value tells what is drawn of one."""
+def draw_growth(path, panels, value, axis, size_name):
+    """Panels: for each operation and series, by candidate, points (size, measurement). value tells what is drawn
+    of one, axis how it is written, size_name what the sizes of an operation are."""
     with pyplot.rc_context(STYLE):
         columns = min(len(panels), 3)
         lines = -(-len(panels) // columns)
         figure, axes = pyplot.subplots(lines, columns, squeeze=False,
                                        layout="constrained",
                                        figsize=(6.4 if columns == 1 else 3.5 * columns, 3.4 * lines))
-        for place, (series, candidates) in zip(axes.flat, panels.items()):
-            look = look_of(candidates)
+        look = look_of(name for candidates in panels.values() for name in candidates)
+        for place, ((operation, series), candidates) in zip(axes.flat, panels.items()):
             for name, points in candidates.items():
                 known = [(size, value(one)) for size, one in points if value(one)]
+                if not known:
+                    continue
                 place.loglog(*zip(*known), color=look[name][0], marker=look[name][1], markersize=4.5, label=name,
                              linewidth=2.2 if name.startswith(summary.OURS) else 1.4)
-            dress(place, series or title, size_name, axis)
+            dress(place, f"{operation} {series}".strip(), size_name(operation), axis)
         for place in list(axes.flat)[len(panels):]:
             place.set_visible(False)
+        lines = {line.get_label(): line for place in axes.flat for line in place.lines}
+        shown = [name for name in look if name in lines]
+        figure.legend([lines[name] for name in shown], shown, loc="lower center", bbox_to_anchor=(0.5, 1.0),
+                      ncol=min(len(shown), 6))
         finish(path, figure)
 
 
@@ -59,7 +67,6 @@ def dress(place, title, size_name, axis):
     is_short = math.log10(max(place.get_ylim()) / min(place.get_ylim())) < 2.5
     place.yaxis.set_major_locator(LogLocator(subs=(1.0, 2.0, 5.0) if is_short else (1.0,), numticks=9))
     place.yaxis.set_major_formatter(FuncFormatter(lambda value, _: axis(value).replace(".00", "").replace(".0", "")))
-    place.legend()
 
 
 def draw_bars(path, found):
