@@ -77,6 +77,7 @@ struct Coordinates {
 
 RankedColumns::RankedColumns(std::span<SparsePoint const> points)
     : points_(points), columns_(column_count(points)), order_(columns_ * points.size()) {
+  whole_.reserve(points.size());
   for (SparsePoint const& point : points) {
     whole_.push_back(point.values.size() == columns_ ? point.values.data() : nullptr);
   }
@@ -149,6 +150,7 @@ std::vector<SparsePoint> RankedColumns::medians(
     }
   }
   std::vector<SparsePoint> medians;
+  medians.reserve(sets.size());
   for (Coordinates& coordinates : result) {
     medians.emplace_back(points_.front().n, std::move(coordinates.columns),
                          std::move(coordinates.values));
