@@ -1,6 +1,5 @@
 #include "box/HClusterResultMgr.h"
 
-#include <algorithm>
 #include <cstddef>
 #include <iterator>
 
