@@ -212,15 +212,27 @@ void add_segmenting(std::string const& operation, std::string const& name,
 #endif
 }
 
-void add_extraction(std::string const& operation, NamedTexts const& documents, std::size_t top) {
-  auto const add = [&](std::string const& candidate, auto run) {
-    add_case(operation + '/' + candidate + '/' + documents.name,
-             [&documents, top, run](benchmark::State& state) { run(state, documents, top); });
-  };
-  add("morvaai", extract);
-  add("plain", extract_plainly);
+using Extraction = void (*)(benchmark::State&, NamedTexts const&, std::size_t);
+
+void add_extraction(std::string const& operation, std::string const& candidate, Extraction run,
+                    NamedTexts const& documents, std::size_t top) {
+  add_case(operation + '/' + candidate + '/' + documents.name,
+           [&documents, top, run](benchmark::State& state) { run(state, documents, top); });
+}
+
+/// The plain form would take the better part of a minute for a novel.
+void add_novel_extraction(NamedTexts const& novel) {
+  add_extraction("textrank_novel", "morvaai", extract, novel, all_keywords);
 #ifdef MORVA_CPPJIEBA_DICT_DIR
-  add("cppjieba", extract_by_cppjieba);
+  add_extraction("textrank_novel", "cppjieba", extract_by_cppjieba, novel, all_keywords);
+#endif
+}
+
+void add_short_extraction(NamedTexts const& documents) {
+  add_extraction("textrank_short", "morvaai", extract, documents, best_keywords);
+  add_extraction("textrank_short", "plain", extract_plainly, documents, best_keywords);
+#ifdef MORVA_CPPJIEBA_DICT_DIR
+  add_extraction("textrank_short", "cppjieba", extract_by_cppjieba, documents, best_keywords);
 #endif
 }
 
@@ -261,11 +273,11 @@ int main(int argc, char** argv) {
     add_segmenting("segment_lines", novel.name, text, true);
     SegmenterText const bare(bench::keep_han(text.wide));
     if (bare.wide.size() >= least_han) add_segmenting("segment_bare", novel.name, bare, false);
-    add_extraction("textrank_novel", novel, all_keywords);
+    add_novel_extraction(novel);
   }
   std::vector<NamedTexts> const short_documents = bench::load_short_documents();
   for (NamedTexts const& documents : short_documents) {
-    add_extraction("textrank_short", documents, best_keywords);
+    add_short_extraction(documents);
   }
   if (!novels.empty()) add_growth(novels.back().texts.front());
   benchmark::RunSpecifiedBenchmarks();
