@@ -345,11 +345,11 @@ double DistanceTable::sum_of_dense() const {
 }
 
 // A block of rows at a time, each against all that follow; the more rows the fewer follow, as
-// memory for a third of what the points take has room for.
+// memory for half of what the points take has room for.
 double DistanceTable::sum_of_sparse() const {
   constexpr std::size_t width = PointBlock::width;
   std::size_t const columns = column_count(points_);
-  std::size_t const room = value_count(points_) / 2;
+  std::size_t const room = value_count(points_) * 3 / 4;
   SparsePoint const none;
   std::vector<double> tile;
   double sum = 0.0;
