@@ -64,11 +64,11 @@ void HSparseFileData::add(HFeatureNode const& node) {
   });
   // Of one word, what the map says of it stands first.
   auto last = all.begin();
-  for (auto entry = all.begin(); entry != all.end(); ++entry) {
-    if (entry->word == last->word) {
-      last->is_listed = last->is_listed || entry->is_listed;
+  for (Entry const& entry : all) {
+    if (entry.word == last->word) {
+      last->is_listed = last->is_listed || entry.is_listed;
     } else {
-      *++last = *entry;
+      *++last = entry;
     }
   }
   records_.emplace_back(all.begin(), all.empty() ? all.end() : last + 1);

@@ -89,7 +89,7 @@ BoxStore::Problem put(HString const& id,
   NoSignals const no_signals;
   HString const target = BoxStore::file_of(id).value_or(HString());
   bool const is_new = !HFile::IsFileExist(target);
-  if (BoxStore::Problem const unwritten = write(target)) {
+  if (BoxStore::Problem unwritten = write(target)) {
     return unwritten;
   }
   HFileClusterBoxIni::add_box_file(target);
@@ -187,7 +187,7 @@ BoxStore::Problem BoxStore::install(HString const& file, HString const& id, bool
       return std::nullopt;
     }
     QXPPolicyMorvaClustBox box;
-    Problem const unread = read(file, box);
+    Problem unread = read(file, box);
     return unread ? unread : about(target, reason(result));
   });
 }
