@@ -79,7 +79,8 @@ def arguments(rows):
     parser.add_argument("--corpus", type=pathlib.Path, default=os.environ.get("MORVA_CORPUS"),
                         help="real documents and texts, MORVA_CORPUS if not given")
     parser.add_argument("--built", type=pathlib.Path, metavar="FOLDER", help="build nothing, measure what is there")
-    parser.add_argument("--raw", type=pathlib.Path, default=RESULTS / "results.jsonl", help="the results, as JSON lines")
+    parser.add_argument("--raw", type=pathlib.Path, default=RESULTS / "results.jsonl",
+                        help="the results, as JSON lines")
     parser.add_argument("--page", type=pathlib.Path, default=ROOT / "docs/performance.md")
     parser.add_argument("--render", action="store_true", help="only write the page again from the results")
     options = parser.parse_args()

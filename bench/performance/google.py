@@ -12,7 +12,8 @@ from records import progress
 
 SECONDS = {"ns": 1e-9, "us": 1e-6, "ms": 1e-3, "s": 1.0}
 # What the library appends to a name on its own.
-OPTIONS = re.compile(r"/(iterations|repeats|min_time|min_warmup_time|threads):[^/]*|/(real_time|process_time|manual_time)$")
+OPTIONS = re.compile(r"/(iterations|repeats|min_time|min_warmup_time|threads):[^/]*"
+                     r"|/(real_time|process_time|manual_time)$")
 ARGUMENT_NAME = re.compile(r"(?<=/)[A-Za-z_]+:(?=[0-9])")
 LONGEST_SECONDS = 900.0
 

@@ -90,17 +90,18 @@ def tables(found, row):
     for one in found:
         groups.setdefault(one.case.partition("/")[0] if "/" in one.case else "", []).append(one)
     for name, members in groups.items():
-        title = f"{members[0].operation} {int(name):,}" if name.isdigit() else f"{members[0].operation} {name}".strip()
+        shown = f"{int(name):,}" if name.isdigit() else name
+        title = f"{members[0].operation} {shown}".strip()
         yield comparison(title, members, lambda one: one.seconds, summary.in_seconds, sizes, with_runs=True)
         if any(one.memory for one in members):
-            yield comparison(f"{title}: {row.get('memory', 'peak memory')}", members, lambda one: one.memory, summary.in_bytes, sizes,
-                             with_runs=False)
+            yield comparison(f"{title}: {row.get('memory', 'peak memory')}", members, lambda one: one.memory,
+                             summary.in_bytes, sizes, with_runs=False)
     yield from growths(found)
 
 
 def comparison(title, found, value, words, sizes, with_runs):
     """A line for each case, with a figure for each candidate, and how many times the first one's it is."""
-    candidates = sorted(dict.fromkeys(one.candidate for one in found), key=lambda name: not name.startswith(summary.OURS))
+    candidates = summary.ours_first(one.candidate for one in found)
     heads = [title, candidates[0], *(head for name in candidates[1:] for head in (name, ""))]
     body = []
     for case, shown in cases(found, sizes):

@@ -24,8 +24,8 @@ STYLE = {
 
 
 def look_of(candidates):
-    """Colour and marker by candidate; ours comes first."""
-    ordered = sorted(dict.fromkeys(candidates), key=lambda name: not name.startswith(summary.OURS))
+    """Colour and marker by candidate."""
+    ordered = summary.ours_first(candidates)
     return {name: (COLOURS[place % len(COLOURS)], MARKERS[place % len(MARKERS)])
             for place, name in enumerate(ordered)}
 

@@ -78,6 +78,11 @@ def belongs(operation, patterns):
     return any(fnmatch.fnmatchcase(operation, pattern) for pattern in patterns)
 
 
+def ours_first(candidates):
+    """Each once, in their order, but ours before the others."""
+    return sorted(dict.fromkeys(candidates), key=lambda name: not name.startswith(OURS))
+
+
 def growth(points):
     """The exponent b of the least squares fit of y = a * x^b on logarithms, from three points on."""
     points = [(math.log(x), math.log(y)) for x, y in points if x > 0 and y > 0]
