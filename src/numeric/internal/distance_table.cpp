@@ -320,7 +320,8 @@ double DistanceTable::average_distance() const {
     return 0.0;
   }
   double const sum = form_ == Form::dense ? sum_of_dense() : sum_of_sparse();
-  return sum / static_cast<double>(size() * (size() - 1) / 2);
+  std::size_t const pairs = size() * (size() - 1) / 2;
+  return sum / static_cast<double>(pairs);
 }
 
 double DistanceTable::add_row(std::size_t i, std::span<double> measured, double sum) const {
