@@ -349,14 +349,17 @@ double DistanceTable::sum_of_dense() const {
 // memory for half of what the points take has room for.
 double DistanceTable::sum_of_sparse() const {
   constexpr std::size_t width = PointBlock::width;
+  constexpr std::size_t least_rows = 32;
+  constexpr std::size_t most_rows = 256;
   std::size_t const columns = column_count(points_);
   std::size_t const room = value_count(points_) * 3 / 4;
   SparsePoint const none;
   std::vector<double> tile;
+  tile.reserve(std::max(room, least_rows * size()) + width * most_rows);
   double sum = 0.0;
   for (std::size_t i = 0; i < size();) {
     std::size_t const count = size() - i;
-    std::size_t const rows = std::min(count, std::clamp<std::size_t>(room / count, 32, 256));
+    std::size_t const rows = std::min(count, std::clamp(room / count, least_rows, most_rows));
     std::size_t const stride = (count + width - 1) / width * width;
     PointBlock block(std::span<SparsePoint const>(points_).subspan(i, rows), columns);
     tile.resize(rows * stride);
