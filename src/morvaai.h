@@ -75,6 +75,7 @@
 #include "host/QXPPolicyMorvaClustBoxStateNode.h"
 #include "host/SITcpClient.h"
 #include "host/WordNode.h"
+#include "host/box_file.h"
 #include "host/native_path.h"
 #include "host/process_memory.h"
 #include "host/utf8.h"

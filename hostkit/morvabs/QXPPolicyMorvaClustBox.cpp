@@ -4,6 +4,7 @@
 #include <optional>
 #include <string>
 
+#include "host/box_file.h"
 #include "host/native_path.h"
 #include "morvabs/atomic_file.h"
 #include "morvabs/box_format.h"
@@ -48,12 +49,12 @@ int QXPPolicyMorvaClustBox::to_file(HString const& path) const {
   return content ? write_box_file(path, *content) : -EFBIG;
 }
 
-int QXPPolicyMorvaClustBox::copy_file(HString const& from, HString const& to) {
+int morvabs::copy_box_file(HString const& from, HString const& to) {
   std::string content;
   int result = read_box_file(from, content);
   if (result == 0) {
     QXPPolicyMorvaClustBox box;
-    result = morvabs::decode_box(content, box);
+    result = decode_box(content, box);
   }
   return result < 0 ? result : write_box_file(to, content);
 }

@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "host/QXPPolicyMorvaClustBox.h"
+#include "host/box_file.h"
 #include "host/export.h"
 
 namespace morvabs {
@@ -14,7 +15,6 @@ namespace morvabs {
 /// Limits on what a box file may be and may become. The second kind grows with the file, so that a
 /// small file cannot ask for much.
 constexpr std::int64_t largest_box_file = std::int64_t{512} << 20;
-constexpr std::uint64_t largest_box_memory = QXPPolicyMorvaClustBox::largest_memory;
 constexpr std::uint64_t memory_of_any_box = std::uint64_t{64} << 20;
 constexpr std::uint64_t most_expansion = 4096;
 

@@ -15,9 +15,6 @@
 /// boxes give equal files. A weight list is stored without its zeros where that is shorter.
 class MORVA_EXPORT QXPPolicyMorvaClustBox {
  public:
-  /// The memory, in bytes, that a box may take once it is loaded; its numbers take 8 bytes each.
-  static constexpr std::uint64_t largest_memory = std::uint64_t{1} << 30;
-
   /// Belongs to the host: only stored.
   std::int32_t i_box_value = 0;
   /// The vocabulary, to which the weights of all classes belong in this order.
@@ -42,9 +39,4 @@ class MORVA_EXPORT QXPPolicyMorvaClustBox {
   /// Saves the whole box, replacing the file atomically; its directory must exist. 0, or with the
   /// old file untouched a negative error number: -EFBIG for a box that `from_file` would refuse.
   int to_file(HString const& path) const;
-  /// Copies a box file byte by byte, replacing `to` as `to_file` does, once it is certain that
-  /// `from_file` loads what is copied. 0, or with `to` untouched a negative error number, that of
-  /// `from_file` or what the system says for a file that cannot be written. Takes the memory of the
-  /// file and of the box once.
-  static int copy_file(HString const& from, HString const& to);
 };

@@ -182,7 +182,7 @@ BoxStore::Problem BoxStore::install(HString const& file, HString const& id, bool
         return refused;
       }
     }
-    int const result = QXPPolicyMorvaClustBox::copy_file(file, target);
+    int const result = morvabs::copy_box_file(file, target);
     if (result == 0) {
       return std::nullopt;
     }

@@ -110,7 +110,7 @@ bool is_by_members(MethodOptions const& options) {
 }
 
 std::string too_large_for_box(MethodOptions const& options, Clustering const& run) {
-  constexpr std::uint64_t most_weights = QXPPolicyMorvaClustBox::largest_memory / sizeof(double);
+  constexpr std::uint64_t most_weights = morvabs::largest_box_memory / sizeof(double);
   std::size_t lists = run.clusters.size();
   if (is_by_members(options)) {
     lists = 0;

@@ -7,6 +7,7 @@
 
 #include "host/QXPPolicyMorvaClustBox.h"
 #include "host/QXPPolicyMorvaClustBoxStateNode.h"
+#include "host/box_file.h"
 #include "hostkit/morvabs/box_support.h"
 #include "morvabs/box_format.h"
 
@@ -122,13 +123,13 @@ TEST_F(BoxFile, beyond_the_largest_size_is_refused_unread) {
 
 TEST_F(BoxFile, is_copied_byte_by_byte) {
   HString const from = directory.write("a.box", *morvabs::encode_box(full_box()));
-  EXPECT_EQ(QXPPolicyMorvaClustBox::copy_file(from, directory / "b.box"), 0);
+  EXPECT_EQ(morvabs::copy_box_file(from, directory / "b.box"), 0);
   EXPECT_EQ(directory.read("b.box"), directory.read("a.box"));
 }
 
 TEST_F(BoxFile, is_copied_onto_itself) {
   HString const path = directory.write("a.box", *morvabs::encode_box(full_box()));
-  EXPECT_EQ(QXPPolicyMorvaClustBox::copy_file(path, path), 0);
+  EXPECT_EQ(morvabs::copy_box_file(path, path), 0);
   EXPECT_EQ(read(path), 0);
 }
 
@@ -137,15 +138,15 @@ TEST_F(BoxFile, that_is_damaged_is_not_copied) {
   content.back() ^= 1;
   HString const from = directory.write("a.box", content);
   HString const to = directory.write("b.box", "old");
-  EXPECT_EQ(QXPPolicyMorvaClustBox::copy_file(from, to), -EBADMSG);
+  EXPECT_EQ(morvabs::copy_box_file(from, to), -EBADMSG);
   EXPECT_EQ(directory.read("b.box"), "old");
 }
 
 TEST_F(BoxFile, is_copied_from_a_file_and_into_a_directory_that_exist) {
   HString const from = directory.write("a.box", *morvabs::encode_box(full_box()));
-  EXPECT_EQ(QXPPolicyMorvaClustBox::copy_file(directory / "c.box", directory / "b.box"), -ENOENT);
-  EXPECT_EQ(QXPPolicyMorvaClustBox::copy_file(from, directory / "missing/b.box"), -ENOENT);
-  EXPECT_EQ(QXPPolicyMorvaClustBox::copy_file(from, HString()), -ENOENT);
+  EXPECT_EQ(morvabs::copy_box_file(directory / "c.box", directory / "b.box"), -ENOENT);
+  EXPECT_EQ(morvabs::copy_box_file(from, directory / "missing/b.box"), -ENOENT);
+  EXPECT_EQ(morvabs::copy_box_file(from, HString()), -ENOENT);
 }
 
 TEST_F(BoxFile, needs_its_directory) {
