@@ -14,7 +14,9 @@ if(NOT CMAKE_BUILD_TYPE)
 endif()
 find_program(CCACHE_PROGRAM ccache)
 if(CCACHE_PROGRAM AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
-  set(CMAKE_CXX_COMPILER_LAUNCHER "${CCACHE_PROGRAM}")
+  # Without this it keeps nothing that is compiled with a precompiled header.
+  set(CMAKE_CXX_COMPILER_LAUNCHER
+    "${CMAKE_COMMAND};-E;env;CCACHE_SLOPPINESS=pch_defines,time_macros,include_file_mtime,include_file_ctime;${CCACHE_PROGRAM}")
 endif()
 
 set(CMAKE_LIBRARY_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/${CMAKE_INSTALL_LIBDIR}")
@@ -65,6 +67,19 @@ function(morva_add_library name)
   set_property(GLOBAL APPEND PROPERTY MORVA_LIBRARIES ${name})
 endfunction()
 
+# What most of the time of compiling a test would go into is parsed once: the first test of the project
+# has it, the others take it from there.
+function(morva_share_test_headers name)
+  get_property(first GLOBAL PROPERTY MORVA_FIRST_TEST)
+  if(first)
+    target_precompile_headers(${name} REUSE_FROM ${first})
+  else()
+    target_precompile_headers(${name} PRIVATE
+      <gmock/gmock.h> <gtest/gtest.h> <algorithm> <filesystem> <fstream> <map> <sstream> <string> <vector>)
+    set_property(GLOBAL PROPERTY MORVA_FIRST_TEST ${name})
+  endif()
+endfunction()
+
 # morva_add_test(NAME SOURCES...): a GoogleTest program, one ctest case per test. It sees the public
 # headers, the host kit's own headers and tests/. Under sanitizers, where starting a process takes longer
 # than most tests, the whole program is one case.
@@ -78,6 +93,7 @@ function(morva_add_test name)
   if(MORVA_SANITIZE)
     target_compile_options(${name} PRIVATE -O0)
   endif()
+  morva_share_test_headers(${name})
   set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/tests")
   if(MORVA_SANITIZE)
     add_test(NAME ${name} COMMAND ${name})
