@@ -41,7 +41,7 @@ struct DirectoryClaim {
   }
 };
 
-/// The places of all end records in the last bytes, and what they claim together.
+/// The places of all end records in the last bytes, the last first, and what they claim together.
 std::vector<std::size_t> find_ends(Orlec::Reader const& reader, std::string_view tail,
                                    DirectoryClaim& claim) {
   std::vector<std::size_t> ends;
@@ -57,6 +57,7 @@ std::vector<std::size_t> find_ends(Orlec::Reader const& reader, std::string_view
       ends.push_back(at);
     }
   }
+  std::reverse(ends.begin(), ends.end());
   return ends;
 }
 
@@ -129,9 +130,8 @@ ZipState ZipDirectory::read(Orlec::Reader const& reader, ZipBounds bounds) {
     return ZipState::directory_too_large;
   }
   auto state = ZipState::no_directory;
-  for (auto end = ends.rbegin(); end != ends.rend(); ++end) {
-    auto const found =
-        read_at(reader, tail, *end, static_cast<std::uint64_t>(start) + *end, bounds);
+  for (std::size_t const end : ends) {
+    auto const found = read_at(reader, tail, end, static_cast<std::uint64_t>(start) + end, bounds);
     if (found == ZipState::open || found == ZipState::too_many_entries) {
       return found;
     }
