@@ -48,6 +48,9 @@ if(MORVA_SANITIZE)
   target_compile_definitions(morva_settings INTERFACE MORVA_SANITIZED)
   target_link_options(morva_settings INTERFACE -fsanitize=address,undefined)
 endif()
+if(MORVA_FUZZ)
+  target_compile_options(morva_settings INTERFACE -fsanitize=fuzzer-no-link)
+endif()
 
 # morva_add_library(NAME SOURCES...): a shared library of the project, include root src/.
 function(morva_add_library name)
@@ -102,5 +105,26 @@ function(morva_add_test name)
   else()
     gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60
       PROPERTIES TIMEOUT 300)
+  endif()
+endfunction()
+
+# morva_add_fuzz_target(NAME SOURCES...): a program of the fuzzer, which brings `main`. It sees what a test
+# sees. ctest runs it over its inputs and a few mutations of them, always the same ones; scripts/fuzz for as
+# long as it is told. See fuzz/CMakeLists.txt.
+function(morva_add_fuzz_target name)
+  add_executable(fuzz_${name} ${ARGN})
+  target_include_directories(fuzz_${name} PRIVATE
+    "${PROJECT_SOURCE_DIR}" "${PROJECT_SOURCE_DIR}/hostkit" "${PROJECT_SOURCE_DIR}/tests")
+  # Where the libraries do not tell what is reached, the target alone has to.
+  target_compile_options(fuzz_${name} PRIVATE -fsanitize=fuzzer-no-link)
+  target_link_libraries(fuzz_${name} PRIVATE morva_settings)
+  target_link_options(fuzz_${name} PRIVATE -fsanitize=fuzzer)
+  # Components that are loaded later look here for the functions of the fuzzer.
+  set_target_properties(fuzz_${name} PROPERTIES
+    ENABLE_EXPORTS ON RUNTIME_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/fuzz")
+  add_dependencies(fuzz_all fuzz_${name})
+  if(MORVA_BUILD_TESTS AND NOT MORVA_FUZZ)
+    add_test(NAME fuzz_${name} COMMAND "${PROJECT_SOURCE_DIR}/fuzz/smoke" $<TARGET_FILE:fuzz_${name}>)
+    set_tests_properties(fuzz_${name} PROPERTIES TIMEOUT 120)
   endif()
 endfunction()
