@@ -1,5 +1,9 @@
 #pragma once
 
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <functional>
 #include <map>
 #include <memory>
 #include <string>
@@ -28,9 +32,22 @@ struct Parsed {
   }
 };
 
+/// Writes a document to the folder that MORVA_KEEP_INPUTS names, where it does: the fuzzer begins
+/// with what the tests read.
+inline void keep_input(std::string const& bytes, char const* name) {
+  constexpr std::size_t largest = 64 << 10;
+  auto const* const folder = std::getenv("MORVA_KEEP_INPUTS");
+  if (folder != nullptr && bytes.size() <= largest) {
+    auto const file = std::to_string(std::hash<std::string>()(bytes)) +
+                      std::filesystem::path(name).extension().string();
+    std::ofstream(std::filesystem::path(folder) / file, std::ios::binary) << bytes;
+  }
+}
+
 /// Parses a document that was built in memory.
 inline Parsed parse_bytes(std::string const& bytes, char const* name = "document") {
   constexpr int everything = 1 << 30;
+  keep_input(bytes, name);
   MemoryReader reader(bytes, name);
   std::unique_ptr<Orlec::ParseFile> const parser(Orlec::GetParser(&reader, false));
   Parsed parsed;
