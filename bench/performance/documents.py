@@ -1,7 +1,10 @@
 """Documents of many formats from the same paragraphs (lists of sentences), byte for byte the same each time."""
 
 import html
+import shutil
 import zipfile
+
+from records import progress
 
 OFFICE = "http://schemas.openxmlformats.org"
 RELATION = f"{OFFICE}/officeDocument/2006/relationships"
@@ -11,6 +14,18 @@ XML = '<?xml version="1.0" encoding="UTF-8" standalone="yes"?>\n'
 def write(path, paragraphs):
     """Writes the document of the format that the suffix names."""
     WRITERS[path.suffix[1:]](path, paragraphs)
+
+
+def filled(folder, fill):
+    """The folder, which `fill` writes into once: what was cut off is begun again."""
+    if not folder.exists():
+        progress(f"  writing {folder}")
+        unfinished = folder.with_suffix(".unfinished")
+        shutil.rmtree(unfinished, ignore_errors=True)
+        unfinished.mkdir(parents=True)
+        fill(unfinished)
+        unfinished.rename(folder)
+    return folder
 
 
 def write_txt(path, paragraphs):

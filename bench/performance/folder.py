@@ -8,7 +8,6 @@ import shutil
 import documents
 import texts
 from commands import in_turn
-from records import progress
 
 # How many of a thousand.
 SHARES = {"docx": 250, "pdf": 200, "xlsx": 130, "pptx": 120, "html": 120, "txt": 120, "doc": 60}
@@ -39,25 +38,19 @@ def measure(setting):
 def make_folder(setting, count):
     """Each of a corpus' documents once, and for the rest documents with its texts; without a corpus all texts
     are made up."""
-    folder = setting.data / f"folder-{count}{'-corpus' if setting.corpus else ''}"
-    if folder.exists():
-        return folder
-    progress(f"  writing {folder}")
-    unfinished = folder.with_suffix(".unfinished")
-    shutil.rmtree(unfinished, ignore_errors=True)
-    unfinished.mkdir(parents=True)
-    prose = corpus_texts(setting.corpus) if setting.corpus else made_up_texts()
-    for name, share in SHARES.items():
-        wanted = count * share // 1000
-        known = corpus_documents(setting.corpus, name) if setting.corpus else []
-        for number in range(wanted):
-            path = unfinished / f"{name}-{number:03}.{name}"
-            if number < len(known) or (known and name not in documents.WRITERS):
-                shutil.copyfile(known[number % len(known)], path)
-            else:
-                documents.write(path if name in documents.WRITERS else path.with_suffix(".docx"), next(prose))
-    unfinished.rename(folder)
-    return folder
+    def fill(folder):
+        prose = corpus_texts(setting.corpus) if setting.corpus else made_up_texts()
+        for name, share in SHARES.items():
+            wanted = count * share // 1000
+            known = corpus_documents(setting.corpus, name) if setting.corpus else []
+            for number in range(wanted):
+                path = folder / f"{name}-{number:03}.{name}"
+                if number < len(known) or (known and name not in documents.WRITERS):
+                    shutil.copyfile(known[number % len(known)], path)
+                else:
+                    documents.write(path if name in documents.WRITERS else path.with_suffix(".docx"), next(prose))
+
+    return documents.filled(setting.data / f"folder-{count}{'-corpus' if setting.corpus else ''}", fill)
 
 
 def corpus_documents(corpus, name):

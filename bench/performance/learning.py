@@ -1,13 +1,11 @@
 """Learning a box from many short documents: time, and memory of all processes together."""
 
 import random
-import shutil
 import tempfile
 
 import documents
 import texts
 from commands import Failed, add_runs
-from records import progress
 
 LONGEST_SECONDS = 900.0
 # Documents and rounds: the smaller ones show the growth.
@@ -34,16 +32,10 @@ def learn(setting, folder):
 
 def make_folder(setting, count):
     """Texts of about a kilobyte."""
-    folder = setting.data / f"learn-{count}"
-    if folder.exists():
-        return folder
-    progress(f"  writing {folder}")
-    unfinished = folder.with_suffix(".unfinished")
-    shutil.rmtree(unfinished, ignore_errors=True)
-    unfinished.mkdir(parents=True)
-    sizes = random.Random("sizes of short texts")
-    for number in range(count):
-        documents.write(unfinished / f"{number:05}.txt",
-                        texts.Writer(f"short {number}").paragraphs(sizes.randint(500, 1_500)))
-    unfinished.rename(folder)
-    return folder
+    def fill(folder):
+        sizes = random.Random("sizes of short texts")
+        for number in range(count):
+            documents.write(folder / f"{number:05}.txt",
+                            texts.Writer(f"short {number}").paragraphs(sizes.randint(500, 1_500)))
+
+    return documents.filled(setting.data / f"learn-{count}", fill)

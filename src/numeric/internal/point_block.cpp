@@ -96,28 +96,7 @@ void add_column(View const& block, Lanes4 const& value, std::size_t begin, std::
 }  // namespace
 
 PointBlock::PointBlock(std::span<SparsePoint const> points, std::size_t columns)
-    : start_(columns + 1), sums_(points.size()), shared_(points.size()) {
-  for (SparsePoint const& point : points) {
-    for (std::uint32_t const column : point.columns) {
-      ++start_[column];
-    }
-  }
-  std::uint32_t total = 0;
-  for (std::uint32_t& start : start_) {
-    total += start;
-    start = total;
-  }
-  point_.resize(total);
-  value_.resize(total);
-  // From the back, so that each start moves down to the first of its values.
-  for (std::size_t k = points.size(); k-- > 0;) {
-    for (std::size_t i = 0; i < points[k].columns.size(); ++i) {
-      std::uint32_t const place = --start_[points[k].columns[i]];
-      point_[place] = static_cast<std::uint16_t>(k);
-      value_[place] = points[k].values[i];
-    }
-  }
-}
+    : values_(points, columns), sums_(points.size()), shared_(points.size()) {}
 
 #if defined(__x86_64__) && !defined(MORVA_SANITIZED)
 [[gnu::target_clones("avx512f", "avx2", "default"), gnu::flatten]]
@@ -125,7 +104,7 @@ PointBlock::PointBlock(std::span<SparsePoint const> points, std::size_t columns)
 std::span<Row const>
 PointBlock::distances(Others const& others, std::size_t count) {
   std::fill(sums_.begin(), sums_.end(), Row{});
-  View const block{start_.data(), point_.data(), value_.data()};
+  View const block{values_.start.data(), values_.point.data(), values_.value.data()};
   std::span<Row> const sums(sums_.data(), count);
   ColumnMerge merge(others);
   std::size_t next = 0;
@@ -138,7 +117,7 @@ PointBlock::distances(Others const& others, std::size_t count) {
     add_column(block, value, begin, end, sums, shared_.data());
     next = end;
   }
-  add_squares(block, next, value_.size(), sums.data());
+  add_squares(block, next, values_.value.size(), sums.data());
   for (Row& sum : sums) {
     for (double& lane : sum.lanes) {
       lane = std::sqrt(lane);

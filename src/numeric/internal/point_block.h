@@ -6,6 +6,7 @@
 #include <span>
 #include <vector>
 
+#include "numeric/internal/by_column.h"
 #include "numeric/internal/sparse_point.h"
 
 namespace morva {
@@ -32,10 +33,7 @@ class PointBlock {
   std::span<Row const> distances(Others const& others, std::size_t count);
 
  private:
-  // By column, then by point.
-  std::vector<std::uint32_t> start_;
-  std::vector<std::uint16_t> point_;
-  std::vector<double> value_;
+  ByColumn<std::uint16_t> values_;
   std::vector<Row> sums_;
   // The sums of the points that share a column with the others.
   std::vector<Row> shared_;

@@ -2,46 +2,25 @@
 
 #include <algorithm>
 #include <cmath>
+#include <vector>
 
 #include "numeric/internal/wide.h"
 
 namespace morva {
 
-Postings::Postings(std::span<SparsePoint const> points) {
-  start_.assign(column_count(points) + 1, 0);
-  for (SparsePoint const& point : points) {
-    for (std::uint32_t const column : point.columns) {
-      ++start_[column];
-    }
-  }
-  std::uint32_t total = 0;
-  for (std::uint32_t& start : start_) {
-    total += start;
-    start = total;
-  }
-  point_.resize(total);
-  value_.resize(total);
-  // From the back, so that each start moves down to the first of its postings.
-  for (std::size_t j = points.size(); j-- > 0;) {
-    for (std::size_t i = 0; i < points[j].columns.size(); ++i) {
-      std::size_t const place = --start_[points[j].columns[i]];
-      point_[place] = static_cast<std::uint32_t>(j);
-      value_[place] = points[j].values[i];
-    }
-  }
-}
+Postings::Postings(std::span<SparsePoint const> points) : values_(points, column_count(points)) {}
 
 Postings::Range Postings::of_column(std::uint32_t column) const {
-  std::size_t const columns = start_.size() - 1;
+  std::size_t const columns = values_.start.size() - 1;
   if (column >= columns) {
-    return {value_.size(), value_.size()};
+    return {values_.value.size(), values_.value.size()};
   }
-  return {start_[column], start_[column + 1]};
+  return {values_.start[column], values_.start[column + 1]};
 }
 
 void Postings::add_squares(Range range, std::span<double> out) const {
   for (std::size_t p = range.begin; p < range.end; ++p) {
-    out[point_[p]] += value_[p] * value_[p];
+    out[values_.point[p]] += values_.value[p] * values_.value[p];
   }
 }
 
@@ -56,15 +35,15 @@ void Postings::distances(SparsePoint const& x, std::span<double> out) const {
     next = range.end;
     shared.clear();
     for (std::size_t p = range.begin; p < range.end; ++p) {
-      double const difference = a - value_[p];
-      shared.push_back(out[point_[p]] + difference * difference);
+      double const difference = a - values_.value[p];
+      shared.push_back(out[values_.point[p]] + difference * difference);
     }
     wide::add_to_all(a * a, out);
     for (std::size_t p = range.begin; p < range.end; ++p) {
-      out[point_[p]] = shared[p - range.begin];
+      out[values_.point[p]] = shared[p - range.begin];
     }
   }
-  add_squares({next, value_.size()}, out);
+  add_squares({next, values_.value.size()}, out);
   for (double& sum : out) {
     sum = std::sqrt(sum);
   }
@@ -76,10 +55,10 @@ void Postings::dots(SparsePoint const& x, std::size_t first, std::span<double> o
   for (std::size_t i = 0; i < x.columns.size(); ++i) {
     double const a = x.values[i];
     Range const range = of_column(x.columns[i]);
-    auto const* const begin = point_.data() + range.begin;
-    auto const* const end = point_.data() + range.end;
+    auto const* const begin = values_.point.data() + range.begin;
+    auto const* const end = values_.point.data() + range.end;
     auto const* p = first == 0 ? begin : std::lower_bound(begin, end, from);
-    double const* value = value_.data() + (p - point_.data());
+    double const* value = values_.value.data() + (p - values_.point.data());
     for (; p != end; ++p, ++value) {
       out[*p - from] += a * *value;
     }

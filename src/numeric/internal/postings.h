@@ -3,8 +3,8 @@
 #include <cstddef>
 #include <cstdint>
 #include <span>
-#include <vector>
 
+#include "numeric/internal/by_column.h"
 #include "numeric/internal/sparse_point.h"
 
 namespace morva {
@@ -31,10 +31,7 @@ class Postings {
   Range of_column(std::uint32_t column) const;
   void add_squares(Range range, std::span<double> out) const;
 
-  // By column, then by point.
-  std::vector<std::uint32_t> start_;
-  std::vector<std::uint32_t> point_;
-  std::vector<double> value_;
+  ByColumn<std::uint32_t> values_;
 };
 
 }  // namespace morva
