@@ -8,8 +8,6 @@
 
 #include <fuzzer/FuzzedDataProvider.h>
 
-#include "fuzz/checks.h"
-#include "fuzz/wide_text.h"
 #include "host/HJieba.h"
 #include "host/HStutterDict.h"
 #include "host/native_path.h"
@@ -20,10 +18,12 @@
 #include "morvajieba/text_feeder.h"
 #include "morvajieba/text_rank.h"
 
+#include "fuzz/require.h"
+#include "fuzz/wide_text.h"
 #include "reference/textrank.h"
 
-// Any characters, cut with words of the user's own or without: no character is lost, pieces are cut as the
-// whole is, and the ranking is that of the plain form to the last bit.
+// Any characters, cut with words of the user's own or without: no character is lost, pieces are cut
+// as the whole is, and the ranking is that of the plain form to the last bit.
 
 namespace {
 
@@ -117,7 +117,8 @@ void check_interface(std::wstring const& text) {
   unsigned long const few = 3;
   HJieba::pins()->textrank_extractor(fuzz::string_of(text), HString(), all, text.size(), true);
   HJieba::pins()->textrank_extractor(fuzz::string_of(text), HString(), best, few, true);
-  require(best.size() == std::min<std::size_t>(few, all.size()), "there are as many as were asked for");
+  require(best.size() == std::min<std::size_t>(few, all.size()),
+          "there are as many as were asked for");
   for (std::size_t i = 0; i < best.size(); ++i) {
     require(best[i].word == all[i].word && best[i].weight == all[i].weight,
             "fewer words are the first of more");

@@ -8,11 +8,13 @@
 
 #include <fuzzer/FuzzedDataProvider.h>
 
-#include "fuzz/checks.h"
-#include "fuzz/wide_text.h"
 #include "host/HString.h"
 
-// The text value: whatever it holds, numbers come back, pieces make up the whole and copies stay apart.
+#include "fuzz/require.h"
+#include "fuzz/wide_text.h"
+
+// The text value: whatever it holds, numbers come back, pieces make up the whole and copies stay
+// apart.
 
 namespace {
 
@@ -55,7 +57,8 @@ void check_cuts(HString const& text, int start, int count) {
   rest.cut_last(count);
   require(rest + last == text, "both sides of a cut from behind make up the text");
   HString const inner = text.substr(start, count);
-  require(inner.size() <= static_cast<std::size_t>(std::max(count, 0)), "no more than was asked for");
+  require(inner.size() <= static_cast<std::size_t>(std::max(count, 0)),
+          "no more than was asked for");
   require(inner[0] == text[std::max(start, 0)] || inner.empty(), "a piece begins where it was cut");
 }
 
@@ -77,7 +80,8 @@ void check_values(HString const& a, HString const& b) {
   HString const md5 = a.get_md5_std_format(HString());
   require(md5.size() == 32 && md5.is_all_good_0x(), "an MD5 has 32 digits");
   std::wstring const text = a.get_ws();
-  require(fuzz::string_of(text) == a && text_view(a) == text, "the characters are those of the text");
+  require(fuzz::string_of(text) == a && text_view(a) == text,
+          "the characters are those of the text");
 }
 
 }  // namespace

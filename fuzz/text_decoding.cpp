@@ -7,25 +7,26 @@
 
 #include <fuzzer/FuzzedDataProvider.h>
 
-#include "fuzz/checks.h"
 #include "host/native_path.h"
 #include "host/utf8.h"
 #include "morvabs/text_decoder.h"
 
-// Text of any encoding, known or detected: decoded in pieces it is what it is as a whole, and always
-// well-formed.
+#include "fuzz/require.h"
+
+// Text of any encoding, known or detected: decoded in pieces it is what it is as a whole, and
+// always well-formed.
 
 namespace {
 
 using fuzz::require;
 
 constexpr char const* encodings[] = {
-    "",           "UTF-8",       "GB18030",      "GBK",          "Big5",         "Big5-HKSCS",
-    "EUC-TW",     "Shift_JIS",   "EUC-JP",       "ISO-2022-JP",  "EUC-KR",       "windows-949",
-    "KOI8-R",     "ISO-8859-1",  "windows-1251", "windows-1253", "UTF-16LE",     "UTF-16BE",
-    "UTF-16",     "UTF-32LE",    "UTF-32BE",     "UTF-32",       "UTF-7",        "HZ",
-    "SCSU",       "BOCU-1",      "CESU-8",       "ISO-2022-CN",  "ISO-2022-KR",  "IMAP-mailbox-name",
-    "IBM037",     "LMBCS-1",     "x-iscii-de",   "macintosh",    "no such thing", "ISO-2022-JP-2"};
+    "",       "UTF-8",      "GB18030",      "GBK",          "Big5",          "Big5-HKSCS",
+    "EUC-TW", "Shift_JIS",  "EUC-JP",       "ISO-2022-JP",  "EUC-KR",        "windows-949",
+    "KOI8-R", "ISO-8859-1", "windows-1251", "windows-1253", "UTF-16LE",      "UTF-16BE",
+    "UTF-16", "UTF-32LE",   "UTF-32BE",     "UTF-32",       "UTF-7",         "HZ",
+    "SCSU",   "BOCU-1",     "CESU-8",       "ISO-2022-CN",  "ISO-2022-KR",   "IMAP-mailbox-name",
+    "IBM037", "LMBCS-1",    "x-iscii-de",   "macintosh",    "no such thing", "ISO-2022-JP-2"};
 
 std::string decoded_whole(std::string const& encoding, std::string_view bytes) {
   std::string utf8;

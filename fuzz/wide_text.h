@@ -11,8 +11,8 @@
 
 namespace fuzz {
 
-/// Any text at all out of bytes: UTF-8, in which the byte FF stands before four bytes of a character
-/// of any value, and a byte that is part of nothing for a lone surrogate.
+/// Any text at all out of bytes: UTF-8, in which the byte FF stands before four bytes of a
+/// character of any value, and a byte that is part of nothing for a lone surrogate.
 inline std::wstring wide_text(std::string_view bytes) {
   constexpr char escape = '\xFF';
   constexpr std::size_t value_size = 4;

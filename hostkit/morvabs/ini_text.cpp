@@ -1,8 +1,11 @@
 #include "morvabs/ini_text.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cstdint>
+#include <map>
+#include <utility>
 
 #include <SimpleIni.h>
 
@@ -91,18 +94,21 @@ std::size_t decode_escape(std::wstring_view text, std::wstring& decoded) {
   if (!starts_escape(text)) {
     return 0;
   }
+  constexpr std::size_t most_digits = 8;
   bool const is_braced = text[1] == L'{';
   std::size_t const start = is_braced ? 2 : 1;
-  std::size_t const end = is_braced ? text.find(L'}') : 3;
-  constexpr std::size_t most_digits = 8;
-  if (end == std::wstring_view::npos || end - start > most_digits) {
+  std::size_t const end = is_braced ? text.substr(0, start + most_digits + 1).find(L'}') : 3;
+  if (end == std::wstring_view::npos) {
     return 0;
   }
-  std::string const digits(text.begin() + static_cast<std::ptrdiff_t>(start),
-                           text.begin() + static_cast<std::ptrdiff_t>(end));
+  std::wstring_view const wide_digits = text.substr(start, end - start);
+  if (!std::all_of(wide_digits.begin(), wide_digits.end(), is_hex_digit)) {
+    return 0;
+  }
+  std::string const digits(wide_digits.begin(), wide_digits.end());
   std::uint32_t value = 0;
-  auto const result = std::from_chars(digits.data(), digits.data() + digits.size(), value, 16);
-  if (result.ptr != digits.data() + digits.size() || (!is_braced && value >= 0x80)) {
+  std::from_chars(digits.data(), digits.data() + digits.size(), value, 16);
+  if (!is_braced && value >= 0x80) {
     return 0;
   }
   if (!digits.empty()) {
@@ -130,22 +136,82 @@ HString comment_text(char const* comment) {
   return comment == nullptr ? HString() : comment;
 }
 
-HIniSection read_section(Parser const& parser, Parser::Entry const& entry) {
-  HIniSection section;
-  section.str_name = decode(entry.pItem);
-  section.str_comment = comment_text(entry.pComment);
-  Parser::TNamesDepend keys;
-  parser.GetAllKeys(entry.pItem, keys);
-  keys.sort(Parser::Entry::LoadOrder());
-  for (Parser::Entry const& key : keys) {
-    HIniKey read;
-    read.str_key = decode(key.pItem);
-    read.str_value = decode(parser.GetValue(entry.pItem, key.pItem, ""));
-    read.str_comment = comment_text(key.pComment);
-    section.vt_key.push_back(read);
-  }
-  return section;
+/// Takes a line off the front of a text, which must not be empty.
+std::string_view take_line(std::string_view& text) {
+  std::size_t const end = std::min(text.find_first_of("\r\n"), text.size());
+  std::string_view const line = text.substr(0, end);
+  text.remove_prefix(std::min(end + 1, text.size()));
+  return line;
 }
+
+bool begins_section(std::string_view line) {
+  // NULs are passed over.
+  constexpr std::string_view blanks(" \t\0", 3);
+  std::size_t const first = line.find_first_not_of(blanks);
+  return first != std::string_view::npos && line[first] == '[';
+}
+
+/// The package takes all up to the next key for the name of a section whose bracket is not closed.
+void blank_broken_sections(std::string& text) {
+  std::string_view rest = text;
+  while (!rest.empty()) {
+    auto const start = static_cast<std::size_t>(rest.data() - text.data());
+    std::string_view const line = take_line(rest);
+    if (begins_section(line) && line.find(']') == std::string_view::npos) {
+      text.replace(start, line.size(), line.size(), ' ');
+    }
+  }
+}
+
+/// Puts a document together in which each name stands once, however often it was encoded and how.
+class DocumentBuilder {
+ public:
+  explicit DocumentBuilder(Parser const& parser) : parser_(parser) {}
+
+  void add_section(Parser::Entry const& entry) {
+    HString const name = decode(entry.pItem);
+    auto const [place, is_new] = places_.try_emplace(name, Place{document_.sections.size(), {}});
+    if (is_new) {
+      document_.sections.push_back({name, {}, comment_text(entry.pComment)});
+    }
+    Parser::TNamesDepend keys;
+    parser_.GetAllKeys(entry.pItem, keys);
+    keys.sort(Parser::Entry::LoadOrder());
+    for (Parser::Entry const& key : keys) {
+      add_key({decode(key.pItem), decode(parser_.GetValue(entry.pItem, key.pItem, "")),
+               comment_text(key.pComment)},
+              place->second);
+    }
+  }
+
+  void add_end(Parser::Entry const& entry) {
+    document_.trailing_comment = comment_text(entry.pComment);
+  }
+
+  IniDocument take() && { return std::move(document_); }
+
+ private:
+  /// Where a section stands, and its keys in it.
+  struct Place {
+    std::size_t section;
+    std::map<HString, std::size_t> keys;
+  };
+
+  /// Of two values the later one counts.
+  void add_key(HIniKey const& key, Place& place) {
+    std::vector<HIniKey>& keys = document_.sections[place.section].vt_key;
+    auto const [found, is_new] = place.keys.try_emplace(key.str_key, keys.size());
+    if (is_new) {
+      keys.push_back(key);
+    } else {
+      keys[found->second].str_value = key.str_value;
+    }
+  }
+
+  Parser const& parser_;
+  IniDocument document_;
+  std::map<HString, Place> places_;
+};
 
 /// Comment lines as they are; a line that is none becomes one.
 void append_comment(std::string& out, HString const& comment) {
@@ -160,7 +226,8 @@ void append_comment(std::string& out, HString const& comment) {
 }
 
 void append_section(std::string& out, HIniSection const& section) {
-  bool const is_nameless_front = out.empty() && section.str_name.empty();
+  bool const is_nameless_front = out.empty() && section.str_name.empty() &&
+                                 section.str_comment.empty() && !section.vt_key.empty();
   out += out.empty() ? "" : "\n";
   append_comment(out, section.str_comment);
   if (!is_nameless_front) {
@@ -175,28 +242,42 @@ void append_section(std::string& out, HIniSection const& section) {
 
 }  // namespace
 
+bool is_within_ini_limits(std::string_view utf8) {
+  std::size_t entries = 0;
+  while (!utf8.empty()) {
+    std::string_view const line = take_line(utf8);
+    bool const is_section = begins_section(line);
+    entries += is_section || line.find('=') != std::string_view::npos ? 1U : 0U;
+    if (entries > most_ini_entries || (is_section && line.size() > longest_ini_section)) {
+      return false;
+    }
+  }
+  return true;
+}
+
 IniDocument parse_ini(std::string_view utf8) {
   // The line end in front keeps a comment at the top with the entry that it stands before.
   std::string text = "\n";
   text += utf8;
   std::erase(text, '\0');
+  blank_broken_sections(text);
   text.append("\n[").append(end_section).append("]\n");
   Parser parser(true, false, false);
-  IniDocument document;
   if (parser.LoadData(text) < 0) {
-    return document;
+    return {};
   }
   Parser::TNamesDepend sections;
   parser.GetAllSections(sections);
   sections.sort(Parser::Entry::LoadOrder());
+  DocumentBuilder document(parser);
   for (Parser::Entry const& entry : sections) {
     if (entry.pItem == end_section) {
-      document.trailing_comment = comment_text(entry.pComment);
+      document.add_end(entry);
     } else {
-      document.sections.push_back(read_section(parser, entry));
+      document.add_section(entry);
     }
   }
-  return document;
+  return std::move(document).take();
 }
 
 std::string format_ini(IniDocument const& document) {

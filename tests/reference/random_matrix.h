@@ -2,14 +2,48 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cmath>
 #include <cstdint>
 #include <limits>
 #include <random>
+#include <span>
 
 #include "reference/measures.h"
 
 namespace reference {
+
+/// What random cases are decided by: a generator, or the bytes of an input as long as they last, so
+/// that whoever writes the input decides.
+class Choices {
+ public:
+  using result_type = std::uint64_t;
+  static constexpr result_type min() { return 0; }
+  static constexpr result_type max() { return std::numeric_limits<result_type>::max(); }
+
+  explicit Choices(std::uint64_t seed) : random_(seed) {}
+  explicit Choices(std::span<std::uint8_t const> input) : random_(input.size()), input_(input) {}
+
+  result_type operator()() { return input_.empty() ? random_() : take(max()); }
+  /// From 0 to `span` - 1.
+  result_type below(std::uint64_t span) {
+    return (input_.empty() ? random_() : take(span - 1)) % span;
+  }
+
+ private:
+  /// As many bytes as the greatest value takes.
+  result_type take(std::uint64_t greatest) {
+    result_type value = 0;
+    for (; greatest != 0 && !input_.empty(); greatest >>= 8U) {
+      value = value << 8U | input_.front();
+      input_ = input_.subspan(1);
+    }
+    return value;
+  }
+
+  std::mt19937_64 random_;
+  std::span<std::uint8_t const> input_;
+};
 
 /// Random point sets that are meant to be hard: ties, near ties, sums that round, special values.
 class RandomMatrix {
@@ -17,12 +51,15 @@ class RandomMatrix {
   static constexpr int kinds = 16;
 
   explicit RandomMatrix(std::uint64_t seed) : random_(seed) {}
+  explicit RandomMatrix(std::span<std::uint8_t const> input) : random_(input) {}
 
   /// From `low` to `high`, both included.
   int integer(int low, int high) {
     auto const span = static_cast<std::uint64_t>(high - low) + 1;
-    return low + static_cast<int>(random_() % span);
+    return low + static_cast<int>(random_.below(span));
   }
+  /// Any value at all.
+  double bits() { return std::bit_cast<double>(random_()); }
   /// In [0, 1), a multiple of 2^-53.
   double unit() { return static_cast<double>(random_() >> 11) * 0x1p-53; }
   bool one_in(int n) { return integer(1, n) == 1; }
@@ -230,7 +267,7 @@ class RandomMatrix {
     return rows;
   }
 
-  std::mt19937_64 random_;
+  Choices random_;
 };
 
 }  // namespace reference
