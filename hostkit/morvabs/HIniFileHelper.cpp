@@ -15,24 +15,39 @@
 
 namespace {
 
-constexpr std::int64_t largest_file = std::int64_t{64} << 20;
+/// A path that no file can have fails like one where there is none.
+std::string file_path(HString const& path) {
+  return morvabs::to_path(path).value_or(std::string());
+}
+
+bool is_within_limits(std::string const& text) {
+  bool const is_within =
+      text.size() <= morvabs::largest_ini_file && morvabs::is_within_ini_limits(text);
+  if (!is_within) {
+    errno = EFBIG;
+  }
+  return is_within;
+}
 
 std::optional<morvabs::IniDocument> load(HString const& path) {
-  auto const bytes = morvabs::to_path(path);
   std::string content;
-  if (!bytes || !morvabs::read_file(*bytes, content, largest_file)) {
+  if (!morvabs::read_file(file_path(path), content, morvabs::largest_ini_file)) {
     return std::nullopt;
   }
-  return morvabs::parse_ini(morvabs::decode_text(content));
+  std::string const text = morvabs::decode_text(content);
+  if (!is_within_limits(text)) {
+    return std::nullopt;
+  }
+  return morvabs::parse_ini(text);
 }
 
 bool store(HString const& path, morvabs::IniDocument const& document) {
-  auto const bytes = morvabs::to_path(path);
-  if (!bytes) {
+  std::string const text = morvabs::format_ini(document);
+  if (!is_within_limits(text)) {
     return false;
   }
-  morvabs::AtomicFile file(*bytes, morvabs::AtomicFile::Access::keep);
-  return file.write(morvabs::format_ini(document)) && file.commit();
+  morvabs::AtomicFile file(file_path(path), morvabs::AtomicFile::Access::keep);
+  return file.write(text) && file.commit();
 }
 
 HIniSection& section_of(morvabs::IniDocument& document, HString const& name) {
@@ -68,7 +83,7 @@ HIniFileHelper::~HIniFileHelper() = default;
 
 void HIniFileHelper::setFile(HString const& path) {
   path_ = path;
-  is_unread_ = false;
+  unread_ = 0;
 }
 
 bool HIniFileHelper::read_string(HString const& section, HString const& key, HString& value) const {
@@ -92,7 +107,8 @@ bool HIniFileHelper::write_string(HString const& section, HString const& key,
   auto document = load(path_);
   if (!document) {
     // What is there but cannot be read is not to be lost.
-    if (HFile::IsFileExist(path_)) {
+    if (int const error = errno; HFile::IsFileExist(path_)) {
+      errno = error;
       return false;
     }
     document.emplace();
@@ -104,7 +120,8 @@ bool HIniFileHelper::write_string(HString const& section, HString const& key,
 bool HIniFileHelper::read_all() {
   auto document = load(path_);
   bool const is_read = document.has_value();
-  is_unread_ = !is_read && HFile::IsFileExist(path_);
+  int const error = errno;
+  unread_ = !is_read && HFile::IsFileExist(path_) ? error : 0;
   morvabs::IniDocument found = std::move(document).value_or(morvabs::IniDocument());
   vt_section = std::move(found.sections);
   trailing_comment_ = found.trailing_comment;
@@ -112,5 +129,9 @@ bool HIniFileHelper::read_all() {
 }
 
 bool HIniFileHelper::write_all() {
-  return !is_unread_ && store(path_, {vt_section, trailing_comment_});
+  if (unread_ != 0) {
+    errno = unread_;
+    return false;
+  }
+  return store(path_, {vt_section, trailing_comment_});
 }

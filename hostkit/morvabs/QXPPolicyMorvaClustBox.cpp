@@ -8,7 +8,6 @@
 #include "host/native_path.h"
 #include "morvabs/atomic_file.h"
 #include "morvabs/box_format.h"
-#include "morvabs/file_access.h"
 
 namespace {
 
@@ -17,12 +16,7 @@ int read_box_file(HString const& path, std::string& content) {
   if (!bytes) {
     return -ENOENT;
   }
-  if (morvabs::read_file(*bytes, content, morvabs::largest_box_file)) {
-    return 0;
-  }
-  morvabs::OpenedFile const file = morvabs::open_regular_file(*bytes);
-  bool const is_large = file.size > morvabs::largest_box_file;
-  return file.error != 0 ? -file.error : -(is_large ? EFBIG : EIO);
+  return morvabs::read_file(*bytes, content, morvabs::largest_box_file) ? 0 : -errno;
 }
 
 int write_box_file(HString const& path, std::string const& content) {

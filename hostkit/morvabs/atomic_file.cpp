@@ -12,7 +12,7 @@
 #include <unistd.h>
 
 #include "morvabs/file_access.h"
-#include "morvabs/uuid.h"
+#include "morvabs/permissions.h"
 
 namespace morvabs {
 
@@ -66,26 +66,25 @@ bool AtomicFile::open(Access access) {
     return fail(S_ISDIR(old.st_mode) ? EISDIR : EINVAL);
   }
   bool const keeps_old = access == Access::keep && exists && S_ISREG(old.st_mode);
-  mode_t const mode = access == Access::keep && !keeps_old ? 0666 : 0600;
-  // A name of its own length: the file's name may already be as long as a name can be.
-  temporary_path_ = directory_of(path_) + ".morva-" + make_short_uuid();
-  descriptor_ =
-      ::open(temporary_path_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, mode);
-  if (descriptor_ < 0) {
-    return fail(errno);
+  mode_t const mode =
+      access == Access::keep && !keeps_old ? new_file_permissions : private_file_permissions;
+  temporary_ = make_temporary_file(directory_of(path_), mode);
+  if (temporary_.error != 0) {
+    return fail(std::exchange(temporary_, {}).error);
   }
   if (!keeps_old) {
     return true;
   }
   // Only root can give a file away, and for everybody else the owner is the same anyway. A change
   // of owner clears bits of the mode, so the mode comes last.
-  bool const same_owner = ::fchown(descriptor_, old.st_uid, old.st_gid) == 0;
+  int const descriptor = temporary_.descriptor.get();
+  bool const same_owner = ::fchown(descriptor, old.st_uid, old.st_gid) == 0;
   mode_t const kept = same_owner ? all_permissions : 0777;
-  return ::fchmod(descriptor_, old.st_mode & kept) == 0 || fail(errno);
+  return ::fchmod(descriptor, old.st_mode & kept) == 0 || fail(errno);
 }
 
 bool AtomicFile::write(std::string_view bytes) {
-  if (descriptor_ < 0) {
+  if (!temporary_.descriptor.is_open()) {
     return fail(EBADF);
   }
   while (!bytes.empty()) {
@@ -100,21 +99,18 @@ bool AtomicFile::write(std::string_view bytes) {
 }
 
 bool AtomicFile::commit() {
-  if (descriptor_ < 0) {
+  if (!temporary_.descriptor.is_open()) {
     return fail(EBADF);
   }
   if (!flush()) {
     return false;
   }
-  if (::fsync(descriptor_) != 0) {
+  // Some file systems report a failed write only when the file is closed.
+  if (::fsync(temporary_.descriptor.get()) != 0 || ::close(temporary_.descriptor.release()) != 0 ||
+      ::rename(temporary_.path.c_str(), path_.c_str()) != 0) {
     return fail(errno);
   }
-  // Some file systems report a failed write only here.
-  if (::close(std::exchange(descriptor_, -1)) != 0 ||
-      ::rename(temporary_path_.c_str(), path_.c_str()) != 0) {
-    return fail(errno);
-  }
-  temporary_path_.clear();
+  temporary_ = {};
   sync_directory(directory_of(path_));
   return true;
 }
@@ -122,11 +118,11 @@ bool AtomicFile::commit() {
 bool AtomicFile::flush() {
   std::string_view rest = buffer_;
   while (!rest.empty()) {
-    ssize_t const written = ::write(descriptor_, rest.data(), rest.size());
-    if (written >= 0) {
+    ssize_t const written = ::write(temporary_.descriptor.get(), rest.data(), rest.size());
+    if (written > 0) {
       rest.remove_prefix(static_cast<std::size_t>(written));
-    } else if (errno != EINTR) {
-      return fail(errno);
+    } else if (written == 0 || errno != EINTR) {
+      return fail(written == 0 ? EIO : errno);
     }
   }
   buffer_.clear();
@@ -138,23 +134,22 @@ bool AtomicFile::fail(int error) {
     error_ = error;
   }
   discard();
+  errno = error_;
   return false;
 }
 
 void AtomicFile::discard() {
-  if (descriptor_ >= 0) {
-    ::close(std::exchange(descriptor_, -1));
+  if (!temporary_.path.empty()) {
+    ::unlink(temporary_.path.c_str());
   }
-  if (!temporary_path_.empty()) {
-    ::unlink(temporary_path_.c_str());
-    temporary_path_.clear();
-  }
+  temporary_ = {};
 }
 
 bool read_file(std::string const& path, std::string& content, std::int64_t limit) {
   content.clear();
   OpenedFile const file = open_regular_file(path);
   if (file.error != 0 || file.size > limit) {
+    errno = file.error != 0 ? file.error : EFBIG;
     return false;
   }
   // The size is a hint only: a file may grow, and files that the system makes up on reading have
@@ -162,16 +157,15 @@ bool read_file(std::string const& path, std::string& content, std::int64_t limit
   std::int64_t const beyond = limit + 1;
   std::int64_t used = 0;
   std::int64_t room = std::min(file.size + 4096, beyond);
-  while (true) {
+  int error = EFBIG;
+  while (used <= limit) {
     content.resize(static_cast<std::size_t>(room));
     std::int64_t const got = read_bytes(file.descriptor.get(), content.data() + used, room - used);
     if (got < 0) {
+      error = errno;
       break;
     }
     used += got;
-    if (used > limit) {
-      break;
-    }
     if (used < room) {
       content.resize(static_cast<std::size_t>(used));
       return true;
@@ -180,6 +174,7 @@ bool read_file(std::string const& path, std::string& content, std::int64_t limit
   }
   content.clear();
   content.shrink_to_fit();
+  errno = error;
   return false;
 }
 

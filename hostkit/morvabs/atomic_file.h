@@ -5,18 +5,23 @@
 #include <string_view>
 
 #include "host/export.h"
+#include "morvabs/temporary_file.h"
 
 namespace morvabs {
 
 /// Writes a file so that a crash leaves the old or the new content, whole: to a temporary beside
 /// it, synced, and renamed over it by `commit`. Without `commit` nothing remains. Paths are bytes,
 /// as `to_path` gives them. What stands at the path and is no regular file is never replaced.
+///
+/// A process that is killed leaves its temporary, and the next that writes in the directory removes
+/// it (`make_temporary_file`), while those of writers that are alive stay.
 class MORVA_EXPORT AtomicFile {
  public:
   enum class Access {
-    keep,        ///< an existing file's permissions, else those of the process's umask; a symbolic
-                 ///< link stays, the file behind it is replaced
-    owner_only,  ///< 0600, from the first byte on; a symbolic link is replaced
+    keep,        ///< an existing file's permissions, else `new_file_permissions`; a symbolic link
+                 ///< stays, the file behind it is replaced
+    owner_only,  ///< `private_file_permissions`, from the first byte on; a symbolic link is
+                 ///< replaced
   };
 
   AtomicFile(std::string path, Access access);
@@ -26,9 +31,11 @@ class MORVA_EXPORT AtomicFile {
 
   /// Appends bytes. False on failure; all later calls then fail too.
   bool write(std::string_view bytes);
-  /// False, with the old file untouched and the temporary removed, when anything failed.
+  /// False, with the old file untouched and the temporary removed, when anything failed. That the
+  /// directory cannot be synced is no failure: the file is in place.
   bool commit();
-  /// The system's error number of the first failure, 0 without one.
+  /// The system's error number of the first failure, 0 without one. A call that fails leaves it in
+  /// `errno` too, and the end of the object does not change that.
   int error() const { return error_; }
 
  private:
@@ -38,14 +45,13 @@ class MORVA_EXPORT AtomicFile {
   void discard();
 
   std::string path_;
-  std::string temporary_path_;
+  TemporaryFile temporary_;
   std::string buffer_;
-  int descriptor_ = -1;
   int error_ = 0;
 };
 
-/// Reads a whole regular file of at most `limit` bytes. False, with `content` empty, when it cannot
-/// be read or is larger.
+/// Reads a whole regular file of at most `limit` bytes. False, with `content` empty and the reason
+/// in `errno`, when it cannot be read or is larger (EFBIG).
 MORVA_EXPORT bool read_file(std::string const& path, std::string& content, std::int64_t limit);
 
 }  // namespace morvabs

@@ -41,16 +41,18 @@ class MORVA_EXPORT HIniFileHelper {
   /// Fetches one value. False, with `value` untouched, when the file has no such section or key.
   bool read_string(HString const& section, HString const& key, HString& value) const;
   /// Sets one value in the file, at once; the section and the key are made where they are missing.
-  /// The section list of this object stays as it is. False, with the file untouched, on failure.
+  /// The section list of this object stays as it is. False, with the file untouched and the reason
+  /// in `errno`, on failure.
   bool write_string(HString const& section, HString const& key, HString const& value);
   /// Loads the whole file into the section list; a file that cannot be read gives an empty list.
   bool read_all();
-  /// Replaces the file by the section list. False, with the file untouched, on failure, and where
-  /// the last `read_all` could not read what is there, so that it is not lost.
+  /// Replaces the file by the section list. False, with the file untouched and the reason in
+  /// `errno`, on failure, and where the last `read_all` could not read what is there, so that it is
+  /// not lost.
   bool write_all();
 
  private:
   HString path_;
   HString trailing_comment_;  // the comment lines behind the last key
-  bool is_unread_ = false;    // there is a file that `read_all` could not read
+  int unread_ = 0;            // why `read_all` could not read the file that there is
 };

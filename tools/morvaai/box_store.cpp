@@ -7,12 +7,9 @@
 #include <functional>
 #include <system_error>
 
-#include <fcntl.h>
-#include <sys/file.h>
-#include <unistd.h>
+#include "box_change.h"
 
 #include "inputs.h"
-#include "no_signals.h"
 #include "report.h"
 
 namespace tool {
@@ -24,28 +21,6 @@ constexpr wchar_t const* suffix = L".box";
 HString directory() {
   return Orlec::LocateMgr::pins()->get_box_path(true);
 }
-
-/// Keeps other runs of the program from changing the boxes while it lives.
-class Lock {
- public:
-  Lock() {
-    auto const path = morvabs::to_path(directory());
-    descriptor_ = path ? open(path->c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC) : -1;
-    if (descriptor_ >= 0) {
-      flock(descriptor_, LOCK_EX);
-    }
-  }
-  ~Lock() {
-    if (descriptor_ >= 0) {
-      close(descriptor_);
-    }
-  }
-  Lock(Lock const&) = delete;
-  Lock& operator=(Lock const&) = delete;
-
- private:
-  int descriptor_ = -1;
-};
 
 std::string reason(int result) {
   switch (-result) {
@@ -71,35 +46,92 @@ bool is_same_file(HString const& first, HString const& second) {
   return a && b && std::filesystem::equivalent(*a, *b, error);
 }
 
-/// Whether the index now says of the box what its file says.
-bool is_entered(HString const& id, HString const& file) {
+/// The bytes of a path in the directory of boxes; links in it are followed where that can be.
+std::string real_path(HString const& path) {
+  std::string const bytes = morvabs::to_path(path).value_or(std::string());
+  std::error_code error;
+  std::filesystem::path const real = std::filesystem::canonical(bytes, error);
+  return error ? bytes : real.string();
+}
+
+void set_value(HIniSection& section, wchar_t const* name, HString const& value) {
+  auto& keys = section.vt_key;
+  auto found = std::find_if(keys.begin(), keys.end(),
+                            [name](HIniKey const& key) { return key.str_key == name; });
+  if (found == keys.end()) {
+    found = keys.emplace(found);
+    found->str_key = name;
+  }
+  found->str_value = value;
+}
+
+/// Replaces the index once, as a whole.
+BoxStore::Problem change_index(std::function<void(std::vector<HIniSection>&)> const& change) {
+  HIniFileHelper index;
+  index.setFile(HFileClusterBoxIni::mstr_box_ini);
+  index.read_all();
+  change(index.vt_section);
+  if (index.write_all()) {
+    return std::nullopt;
+  }
+  return about(HFileClusterBoxIni::mstr_box_ini,
+               std::string("the index of boxes cannot be written: ") + std::strerror(errno));
+}
+
+/// Enters a box in the index as `HFileClusterBoxIni::add_box_file` does, but at once: nobody ever
+/// finds half an entry there.
+BoxStore::Problem enter(HString const& id, HString const& file) {
+  QXPPolicyMorvaClustBox box;
+  if (BoxStore::Problem unread = BoxStore::read(file, box)) {
+    return unread;
+  }
   HString md5;
   HFileMD5::get_file_md5(file, md5);
-  auto const entry = BoxStore::entry(id);
-  return entry && md5.not_empty() && entry->str_box_md5 == md5;
+  std::vector<HString> class_ids;
+  HFileClusterBoxMgr::pins()->get_vt_class_id(box, class_ids);
+  return change_index([&](std::vector<HIniSection>& sections) {
+    auto found = std::find_if(sections.begin(), sections.end(),
+                              [&id](HIniSection const& section) { return section.str_name == id; });
+    if (found == sections.end()) {
+      found = sections.emplace(found);
+      found->str_name = id;
+    }
+    set_value(*found, L"MD5", md5);
+    set_value(*found, L"CLASS", HString(class_ids));
+  });
+}
+
+/// Takes a box out of the index; one that cannot be read is not written either.
+BoxStore::Problem strike_out(HString const& id) {
+  return change_index([&id](std::vector<HIniSection>& sections) {
+    std::erase_if(sections, [&id](HIniSection const& section) { return section.str_name == id; });
+  });
 }
 
 /// Has the file of a box written, and enters it in the index.
 BoxStore::Problem put(HString const& id,
                       std::function<BoxStore::Problem(HString const&)> const& write) {
   if (!HFile::make_dir(directory())) {
-    return about(directory(), "the directory of boxes cannot be made");
+    return about(directory(),
+                 std::string("the directory of boxes cannot be made: ") + std::strerror(errno));
   }
-  Lock const lock;
-  NoSignals const no_signals;
+  BoxLock const lock(real_path(directory()));
+  if (lock.problem()) {
+    return about(directory(), *lock.problem());
+  }
   HString const target = BoxStore::file_of(id).value_or(HString());
-  bool const is_new = !HFile::IsFileExist(target);
+  FormerFile const former(real_path(target));
+  if (former.problem()) {
+    return about(target, *former.problem());
+  }
   if (BoxStore::Problem unwritten = write(target)) {
     return unwritten;
   }
-  HFileClusterBoxIni::add_box_file(target);
-  if (is_entered(id, target)) {
-    return std::nullopt;
+  BoxStore::Problem unlisted = enter(id, target);
+  if (unlisted) {
+    former.restore();
   }
-  if (is_new) {
-    HFile::delete_file(target);
-  }
-  return about(HFileClusterBoxIni::mstr_box_ini, "the index of boxes cannot be written");
+  return unlisted;
 }
 
 }  // namespace
@@ -150,11 +182,21 @@ std::optional<HString> BoxStore::file_of(HString const& id) {
   return directory() + id + suffix;
 }
 
+BoxStore::Problem BoxStore::refuse_name(HString const& id) {
+  if (id.empty()) {
+    return "a box id must not be empty";
+  }
+  if (text_view(id).find(L'/') != std::wstring_view::npos) {
+    return "a box id must not hold a slash: " + printable(id);
+  }
+  return file_of(id) ? std::nullopt : Problem("a box id must be a file name: " + printable(id));
+}
+
 BoxStore::Problem BoxStore::refuse_id(HString const& id) {
   constexpr std::size_t longest = 200;
   std::wstring const text = id.get_ws();
   if (id.empty()) {
-    return "a box id must not be empty";
+    return refuse_name(id);
   }
   if (text.find_first_of(L"/.") != std::wstring::npos) {
     return "a box id must not hold a slash or a dot: " + printable(id);
@@ -208,18 +250,27 @@ BoxStore::Problem BoxStore::install(QXPPolicyMorvaClustBox box, HString const& i
 }
 
 BoxStore::Problem BoxStore::remove(HString const& id) {
-  Lock const lock;
-  NoSignals const no_signals;
+  BoxLock const lock(real_path(directory()));
+  if (lock.problem()) {
+    return about(directory(), *lock.problem());
+  }
   if (!has(id)) {
     return "there is no box " + printable(id);
   }
-  HFileClusterBoxIni::delete_local_box_node(id);
-  if (entry(id)) {
-    return about(HFileClusterBoxIni::mstr_box_ini, "the index of boxes cannot be written");
+  FormerFile const former(real_path(HFileClusterBoxIni::mstr_box_ini));
+  if (former.problem()) {
+    return about(HFileClusterBoxIni::mstr_box_ini, *former.problem());
+  }
+  if (HFile::IsFileExist(HFileClusterBoxIni::mstr_box_ini)) {
+    if (Problem unwritten = strike_out(id)) {
+      return unwritten;
+    }
   }
   auto const file = file_of(id);
   if (file && HFile::IsFileExist(*file) && !HFile::delete_file(*file)) {
-    return about(*file, std::strerror(errno));
+    int const error = errno;
+    former.restore();
+    return about(*file, std::strerror(error));
   }
   return std::nullopt;
 }

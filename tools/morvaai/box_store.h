@@ -27,6 +27,8 @@ class BoxStore {
   /// The file of a box; for an id that is no file name nothing.
   static std::optional<HString> file_of(HString const& id);
 
+  /// Why no box can have that id: its file would not lie in the directory.
+  static Problem refuse_name(HString const& id);
   /// Why a new box cannot have that id.
   static Problem refuse_id(HString const& id);
   /// Why a box of that id is not to be written where none may be replaced.

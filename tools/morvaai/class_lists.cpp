@@ -1,6 +1,8 @@
 #include "class_lists.h"
 
 #include <algorithm>
+#include <cerrno>
+#include <cstring>
 #include <filesystem>
 #include <system_error>
 
@@ -56,7 +58,7 @@ ClassLists::Written ClassLists::write(std::vector<std::vector<HString>> const& c
                                       std::vector<HString> const& unclassified) const {
   Written written;
   if (!HFile::make_dir(folder_)) {
-    written.problem = printable(folder_) + ": the folder cannot be made";
+    written.problem = printable(folder_) + ": the folder cannot be made: " + std::strerror(errno);
     return written;
   }
   auto const add = [&](HString const& name, std::vector<HString> const& files) {
@@ -64,7 +66,7 @@ ClassLists::Written ClassLists::write(std::vector<std::vector<HString>> const& c
     if (write_list(path, files)) {
       written.paths.push_back(path);
     } else if (!written.problem) {
-      written.problem = printable(path) + ": the list cannot be written";
+      written.problem = printable(path) + ": the list cannot be written: " + std::strerror(errno);
     }
   };
   std::size_t const digits =

@@ -1,3 +1,5 @@
+#include <cstdio>
+
 #include "commands.h"
 
 namespace tool {
@@ -9,6 +11,10 @@ int run_console(std::string const& method) {
     HClusterTest::test_kmeans(0);
   } else {
     HClusterTest::test_dbscan();
+  }
+  if (std::ferror(stdout) != 0) {
+    complain("standard output: not all could be written");
+    return some_failed;
   }
   return all_done;
 }

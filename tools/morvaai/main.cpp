@@ -1,9 +1,12 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdlib>
+#include <sstream>
 #include <thread>
 
 #include <CLI/CLI.hpp>
+#include <fcntl.h>
+#include <unistd.h>
 
 #include "commands.h"
 
@@ -254,7 +257,12 @@ int run(int argc, char** argv, int& failure) {
   try {
     app.parse(argc, argv);
   } catch (CLI::ParseError const& error) {
-    return app.exit(error) == 0 ? tool::all_done : tool::wrong_use;
+    std::ostringstream help;
+    bool const is_wanted = app.exit(error, help) == 0;
+    if (!tool::write_output(help.str())) {
+      return tool::some_failed;
+    }
+    return is_wanted ? tool::all_done : tool::wrong_use;
   } catch (...) {
     // There, 1 says that no file has a class.
     failure = app.got_subcommand("match") ? tool::wrong_use : failure;
@@ -263,9 +271,21 @@ int run(int argc, char** argv, int& failure) {
   return all.status;
 }
 
+// Where standard input, output or error is closed, the next file that is opened would take its
+// place, and what is printed would go into that file. What stands there instead can be neither read
+// nor written, as a closed one.
+void keep_standard_places() {
+  for (int const place : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+    if (fcntl(place, F_GETFD) < 0) {
+      open("/dev/null", place == STDIN_FILENO ? O_WRONLY : O_RDONLY);
+    }
+  }
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
+  keep_standard_places();
   // Every problem has its own line on standard error; the library's log is for those who ask for
   // it.
   if (std::getenv("MORVA_LOG_LEVEL") == nullptr) {

@@ -124,6 +124,12 @@ TEST(AtomicFile, a_missing_directory_is_a_failure_with_a_reason) {
   EXPECT_EQ(file.error(), ENOENT);
 }
 
+TEST(AtomicFile, a_failure_is_in_errno_also_when_the_object_is_gone) {
+  test::TemporaryDirectory const directory;
+  EXPECT_FALSE(write_whole(directory.path() / "missing" / "a", "new", Access::keep));
+  EXPECT_EQ(errno, ENOENT);
+}
+
 TEST(AtomicFile, a_directory_is_not_replaced) {
   test::TemporaryDirectory const directory;
   std::filesystem::create_directory(directory.path() / "d");
@@ -169,6 +175,16 @@ TEST(ReadFile, a_file_above_the_limit_is_not_read) {
   std::string content = "old";
   EXPECT_FALSE(morvabs::read_file(directory.path() / "a", content, 5));
   EXPECT_TRUE(content.empty());
+}
+
+TEST(ReadFile, the_reason_is_in_errno) {
+  test::TemporaryDirectory const directory;
+  directory.write("a", "123456");
+  std::string content;
+  EXPECT_FALSE(morvabs::read_file(directory.path() / "a", content, 5));
+  EXPECT_EQ(errno, EFBIG);
+  EXPECT_FALSE(morvabs::read_file(directory.path() / "missing", content, 5));
+  EXPECT_EQ(errno, ENOENT);
 }
 
 TEST(ReadFile, a_file_that_the_system_makes_up_is_read) {
