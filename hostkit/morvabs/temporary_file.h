@@ -4,6 +4,7 @@
 
 #include <sys/types.h>
 
+#include "host/export.h"
 #include "morvabs/file_access.h"
 
 namespace morvabs {
@@ -27,6 +28,6 @@ struct TemporaryFile {
 /// Before that it removes what killed processes left in the directory: regular files of such a name
 /// and of this user that nobody has locked. To do so it reads the directory, each one at most once
 /// a minute. On file systems without locks files are made without, and none are removed.
-TemporaryFile make_temporary_file(std::string const& directory, mode_t mode);
+MORVA_EXPORT TemporaryFile make_temporary_file(std::string const& directory, mode_t mode);
 
 }  // namespace morvabs
