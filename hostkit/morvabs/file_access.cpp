@@ -1,6 +1,8 @@
 #include "morvabs/file_access.h"
 
 #include <cerrno>
+#include <cstdio>
+#include <cstdlib>
 #include <utility>
 
 #include <fcntl.h>
@@ -30,6 +32,40 @@ std::int64_t read_until_full(std::int64_t size, ReadSome read_some) {
   return done;
 }
 
+FileDescriptor (*ask_for_file)() = nullptr;
+
+struct HandedFile {
+  std::string path;
+  FileDescriptor descriptor;
+  int error = 0;
+};
+
+/// Never freed: files may be opened while the process ends.
+HandedFile& handed_file() {
+  static auto* const file = new HandedFile;
+  return *file;
+}
+
+/// A descriptor of its own for the file that was handed over.
+FileDescriptor open_again(HandedFile const& file) {
+  FileDescriptor descriptor;
+  if (file.error == 0) {
+    descriptor = FileDescriptor(::fcntl(file.descriptor.get(), F_DUPFD_CLOEXEC, 0));
+    ::lseek(descriptor.get(), 0, SEEK_SET);
+  } else {
+    errno = file.error;
+  }
+  return descriptor;
+}
+
+FileDescriptor open_for_reading(std::string const& path) {
+  HandedFile const& handed = handed_file();
+  if (!handed.path.empty() && handed.path == path) {
+    return open_again(handed);
+  }
+  return FileDescriptor(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+}
+
 }  // namespace
 
 FileDescriptor::~FileDescriptor() {
@@ -49,8 +85,7 @@ int FileDescriptor::release() {
 
 OpenedFile open_regular_file(std::string const& path) {
   OpenedFile file;
-  file.descriptor =
-      FileDescriptor(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+  file.descriptor = open_for_reading(path);
   struct stat status {};
   if (!file.descriptor.is_open() || ::fstat(file.descriptor.get(), &status) != 0) {
     file.error = errno;
@@ -64,6 +99,32 @@ OpenedFile open_regular_file(std::string const& path) {
     file.descriptor = FileDescriptor();
   }
   return file;
+}
+
+void hand_over_file(std::string path, FileDescriptor file, int error) {
+  handed_file() = {std::move(path), std::move(file), error};
+}
+
+FileDescriptor open_unnamed_file() {
+  if (ask_for_file != nullptr) {
+    return ask_for_file();
+  }
+  constexpr mode_t own = 0600;
+  // Exclusive: it can never be given a name.
+  FileDescriptor file(::open(P_tmpdir, O_TMPFILE | O_EXCL | O_RDWR | O_CLOEXEC, own));
+  if (file.is_open()) {
+    return file;
+  }
+  std::string name = P_tmpdir "/morva-XXXXXX";
+  file = FileDescriptor(::mkostemp(name.data(), O_CLOEXEC));
+  if (file.is_open()) {
+    ::unlink(name.c_str());
+  }
+  return file;
+}
+
+void ask_for_unnamed_files(FileDescriptor (*ask)()) {
+  ask_for_file = ask;
 }
 
 std::int64_t read_bytes(int descriptor, char* buffer, std::int64_t size) {

@@ -6,6 +6,7 @@
 #include <spdlog/sinks/basic_file_sink.h>
 #include <spdlog/sinks/stdout_sinks.h>
 
+#include "host/HFile.h"
 #include "host/native_path.h"
 #include "morvabs/locate.h"
 
@@ -14,8 +15,11 @@ namespace morvabs {
 namespace {
 
 spdlog::sink_ptr open_sink() {
-  auto const path = to_path(environment_path("MORVA_LOG_FILE"));
+  HString const file = environment_path("MORVA_LOG_FILE");
+  auto const path = to_path(file);
   if (path && !path->empty()) {
+    // The package would have everyone write to a new file where the umask does.
+    HFile::touch(file);
     try {
       return std::make_shared<spdlog::sinks::basic_file_sink_mt>(*path);
     } catch (spdlog::spdlog_ex const&) {
@@ -36,12 +40,20 @@ spdlog::logger* make_logger() {
   return logger;
 }
 
+/// Never freed: other static objects may still log while the process ends.
+spdlog::logger*& current_logger() {
+  static spdlog::logger* logger = make_logger();
+  return logger;
+}
+
 }  // namespace
 
 void write_log_line(int level, std::string_view tag, int line, std::string_view text) {
-  // Never freed: other static objects may still log while the process ends.
-  static spdlog::logger* const logger = make_logger();
-  logger->info("{} {}:{} {}", level, tag, line, text);
+  current_logger()->info("{} {}:{} {}", level, tag, line, text);
+}
+
+void reopen_log() {
+  current_logger() = make_logger();
 }
 
 }  // namespace morvabs

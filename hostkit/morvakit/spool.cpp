@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <utility>
 
 #include <unistd.h>
 
@@ -27,7 +28,7 @@ bool Spool::append(std::string_view bytes) {
   if (size_ + added > most) {
     return refuse("over " + std::to_string(most) + " bytes", Orlec::ParseOutcome::limit_reached);
   }
-  if (file_ == nullptr && size_ + added <= memory_limit) {
+  if (!is_in_file(size_ + added)) {
     memory_.append(bytes);
   } else if (!write_to_file(bytes)) {
     return refuse("no room for a temporary copy", Orlec::ParseOutcome::incomplete);
@@ -41,17 +42,22 @@ bool Spool::refuse(std::string const& why, Orlec::ParseOutcome outcome) {
   return false;
 }
 
+bool Spool::is_in_file(std::int64_t size) {
+  if (!file_.is_open() && size > memory_limit) {
+    file_ = morvabs::open_unnamed_file();
+  }
+  return file_.is_open();
+}
+
 bool Spool::write_to_file(std::string_view bytes) {
-  if (file_ == nullptr) {
-    file_.reset(std::tmpfile());
-    if (file_ == nullptr || !write_to_file(memory_)) {
+  if (!memory_.empty()) {
+    std::string const kept = std::exchange(memory_, {});
+    if (!write_to_file(kept)) {
       return false;
     }
-    std::string().swap(memory_);
   }
-  // Written without a buffer of its own, so that reading by position sees it.
   while (!bytes.empty()) {
-    auto const written = ::write(::fileno(file_.get()), bytes.data(), bytes.size());
+    auto const written = ::write(file_.get(), bytes.data(), bytes.size());
     if (written <= 0) {
       return false;
     }
@@ -65,8 +71,8 @@ std::int64_t Spool::ReadAt(std::int64_t offset, void* buffer, std::int64_t size)
   if (offset < 0 || count <= 0) {
     return 0;
   }
-  if (file_ != nullptr) {
-    return ::pread(::fileno(file_.get()), buffer, static_cast<std::size_t>(count), offset);
+  if (file_.is_open()) {
+    return ::pread(file_.get(), buffer, static_cast<std::size_t>(count), offset);
   }
   std::memcpy(buffer, memory_.data() + offset, static_cast<std::size_t>(count));
   return count;

@@ -1,18 +1,18 @@
 #pragma once
 
 #include <cstdint>
-#include <cstdio>
-#include <memory>
 #include <string>
 #include <string_view>
 
 #include "host/Orlec/IFile.h"
+#include "morvabs/file_access.h"
 #include "morvakit/read_context.h"
 
 namespace morvakit {
 
-/// The bytes of an embedded file, unpacked: in memory as long as they are few, else in a temporary
-/// file without a name, which is gone with its last user whatever happens.
+/// The bytes of an embedded file, unpacked: in memory as long as they are few or there is no place
+/// for a temporary file, else in one without a name, which is gone with its last user whatever
+/// happens.
 class Spool final : public Orlec::Reader {
  public:
   /// `name`: what the file is called in its container, in UTF-8, directories included; a hint for
@@ -28,17 +28,15 @@ class Spool final : public Orlec::Reader {
   HString const& GetPath() const override { return name_; }
 
  private:
+  /// Whether that many bytes are, or belong, in a file.
+  bool is_in_file(std::int64_t size);
   bool write_to_file(std::string_view bytes);
   bool refuse(std::string const& why, Orlec::ParseOutcome outcome);
-
-  struct CloseFile {
-    void operator()(std::FILE* file) const { std::fclose(file); }
-  };
 
   ReadContext& context_;
   HString name_;
   std::string memory_;
-  std::unique_ptr<std::FILE, CloseFile> file_;
+  morvabs::FileDescriptor file_;
   std::int64_t size_ = 0;
 };
 

@@ -102,8 +102,10 @@ int run_collect(RunOptions const& options) {
   WorkDirectory const directory;
   // Asked for its identifier once, not in each worker.
   HFileCollectMgr::pins();
-  return print_on_files(options,
-                        [&](HString const& path) { return report_collected(path, options.json); });
+  WorkerNeeds needs;
+  needs.directory = &directory;
+  return print_on_files(
+      options, [&](HString const& path) { return report_collected(path, options.json); }, needs);
 }
 
 }  // namespace tool

@@ -6,6 +6,7 @@
 
 #include "commands.h"
 #include "document.h"
+#include "word_record.h"
 
 namespace tool {
 
@@ -14,11 +15,6 @@ namespace {
 // Below this many different words chance decides too many of the bits.
 constexpr std::size_t fewest_words = 50;
 constexpr int narrow_length = 32;
-
-struct Side {
-  HString dna;
-  std::vector<WordNode> words;
-};
 
 // Unrelated texts agree in 50 of 100 bits, give or take 4.4 of 128.
 char const* meaning(double similarity) {
@@ -38,15 +34,15 @@ char const* meaning(double similarity) {
 }
 
 // Words of both sides, those that weigh most in both first; ties in order of the words.
-std::vector<HString> shared_words(Side const& first, Side const& second) {
+std::vector<HString> shared_words(WordRecord const& first, WordRecord const& second) {
   std::map<HString, double> weights;
-  for (WordNode const& node : first.words) {
-    weights[node.word] = node.weight;
+  for (std::size_t i = 0; i < first.words.size(); ++i) {
+    weights[first.words[i]] = first.weights[i];
   }
   std::map<HString, double> shared;
-  for (WordNode const& node : second.words) {
-    if (auto const found = weights.find(node.word); found != weights.end()) {
-      shared[node.word] = std::min(found->second, node.weight);
+  for (std::size_t i = 0; i < second.words.size(); ++i) {
+    if (auto const found = weights.find(second.words[i]); found != weights.end()) {
+      shared[second.words[i]] = std::min(found->second, second.weights[i]);
     }
   }
   std::vector<HString> words;
@@ -60,32 +56,44 @@ std::vector<HString> shared_words(Side const& first, Side const& second) {
   return words;
 }
 
-bool read_side(std::string const& argument, Side& side) {
-  HString const path = morvabs::from_path(argument);
+FileReport read_side(HString const& path) {
   Document const document(path);
-  auto const complain = [&path](std::string const& problem) {
-    std::fprintf(stderr, "morvaai: %s: %s\n", printable(path).c_str(), problem.c_str());
-  };
   if (auto report = document.failure(path, false)) {
-    complain(report->problem);
-    return false;
+    return *report;
   }
-  if (!HFileWordNode::get_file_word_node(document.main_text(), path, side.words, 0)) {
-    complain(no_dictionary(path, false).problem);
-    return false;
+  std::vector<WordNode> words;
+  if (!HFileWordNode::get_file_word_node(document.main_text(), path, words, 0)) {
+    return no_dictionary(path, false);
   }
-  if (!HFileDNA::get_file_dna(document.parser(), side.dna, nullptr, narrow_length)) {
-    complain(no_words(path, false).problem);
-    return false;
+  WordRecord record;
+  if (!HFileDNA::get_file_dna(document.parser(), record.dna, nullptr, narrow_length)) {
+    return no_words(path, false);
   }
-  if (std::string const missing = document.incompleteness(); !missing.empty()) {
-    complain(missing);
+  for (WordNode const& node : words) {
+    record.words.push_back(node.word);
+    record.counts.push_back(node.count);
+    record.weights.push_back(node.weight);
   }
-  return true;
+  return {pack(record), document.incompleteness()};
 }
 
-std::string as_text(double similarity, std::vector<HString> const& shared, Side const& first,
-                    Side const& second, std::size_t most) {
+/// Both sides, of which each that cannot be read is told and left out.
+std::vector<WordRecord> read_sides(std::vector<HString> const& paths) {
+  std::vector<WordRecord> sides;
+  run_on_files(paths, paths.size(), &read_side, [&](std::size_t index, FileReport const& report) {
+    auto record = report.output.empty() ? std::nullopt : unpack_record(report.output);
+    if (record && record->dna.length() == narrow_length) {
+      sides.push_back(std::move(*record));
+    } else if (report.problem.empty()) {
+      complain(printable(paths[index]) + ": " + senseless_answer);
+    }
+    return true;
+  });
+  return sides;
+}
+
+std::string as_text(double similarity, std::vector<HString> const& shared, WordRecord const& first,
+                    WordRecord const& second, std::size_t most) {
   std::string text =
       fmt::format("{:.1f} % of the bits agree: {}\n", similarity, meaning(similarity));
   text += fmt::format("words: {} and {}, shared: {}\n", first.words.size(), second.words.size(),
@@ -99,13 +107,13 @@ std::string as_text(double similarity, std::vector<HString> const& shared, Side 
 }  // namespace
 
 int run_compare(CompareOptions const& options) {
-  Side first;
-  Side second;
-  bool const first_read = read_side(options.first, first);
-  bool const second_read = read_side(options.second, second);
-  if (!first_read || !second_read) {
+  std::vector<WordRecord> const sides =
+      read_sides({morvabs::from_path(options.first), morvabs::from_path(options.second)});
+  if (sides.size() < 2) {
     return some_failed;
   }
+  WordRecord const& first = sides[0];
+  WordRecord const& second = sides[1];
   double const similarity = HFileMatchDNA::get_dna_similarity(first.dna, second.dna);
   std::vector<HString> const shared = shared_words(first, second);
   bool const too_short = std::min(first.words.size(), second.words.size()) < fewest_words;

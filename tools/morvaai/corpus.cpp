@@ -1,11 +1,9 @@
 #include "corpus.h"
 
-#include <cstdint>
 #include <utility>
 
-#include <nlohmann/json.hpp>
-
 #include "document.h"
+#include "word_record.h"
 
 namespace tool {
 
@@ -13,29 +11,25 @@ namespace {
 
 constexpr int wide_length = 1024;
 
-// The binary form keeps every bit of a weight.
-std::string pack(HFeatureNode const& record) {
-  nlohmann::json words = nlohmann::json::array();
-  for (std::size_t i = 0; i < record.vt_words.size(); ++i) {
-    words.push_back({utf8(record.vt_words[i]), record.vt_counts[i], record.vt_weight[i]});
-  }
-  auto const bytes = nlohmann::json::to_cbor({std::move(words), utf8(record.str_dna)});
-  return {bytes.begin(), bytes.end()};
+WordRecord record_of(HFeatureNode const& node) {
+  return {node.vt_words, node.vt_counts, node.vt_weight, node.str_dna};
 }
 
-HFeatureNode unpack(std::string const& packed, HString const& path) {
-  nlohmann::json const content = nlohmann::json::from_cbor(packed);
-  HFeatureNode record;
-  record.str_file_name = path.get_short_name_no_suffix();
-  for (nlohmann::json const& entry : content[0]) {
-    HString const word(entry[0].get_ref<std::string const&>().c_str());
-    record.vt_words.push_back(word);
-    record.vt_counts.push_back(entry[1].get<int>());
-    record.vt_weight.push_back(entry[2].get<double>());
-    record.map_word_weight[word] = record.vt_weight.back();
+std::optional<HFeatureNode> node_of(std::string const& packed, HString const& path, bool with_dna) {
+  std::optional<WordRecord> record = unpack_record(packed);
+  if (!record || record->words.empty() || record->dna.length() != (with_dna ? wide_length : 0)) {
+    return std::nullopt;
   }
-  record.str_dna = HString(content[1].get_ref<std::string const&>().c_str());
-  return record;
+  HFeatureNode node;
+  node.str_file_name = path.get_short_name_no_suffix();
+  for (std::size_t i = 0; i < record->words.size(); ++i) {
+    node.map_word_weight[record->words[i]] = record->weights[i];
+  }
+  node.vt_words = std::move(record->words);
+  node.vt_counts = std::move(record->counts);
+  node.vt_weight = std::move(record->weights);
+  node.str_dna = std::move(record->dna);
+  return node;
 }
 
 FileReport extract(HString const& path, bool with_dna) {
@@ -56,7 +50,7 @@ FileReport extract(HString const& path, bool with_dna) {
       return {std::string(), "its fingerprint is no point of 128 dimensions"};
     }
   }
-  return {pack(record), document.incompleteness()};
+  return {pack(record_of(record)), document.incompleteness()};
 }
 
 }  // namespace
@@ -69,7 +63,12 @@ int read_records(std::vector<HString> const& files, std::size_t jobs, bool with_
         if (report.output.empty()) {
           return take(index, {std::nullopt, report.problem});
         }
-        return take(index, {unpack(report.output, files[index]), {}});
+        if (auto node = node_of(report.output, files[index], with_dna)) {
+          return take(index, {std::move(node), {}});
+        }
+        complain(printable(files[index]) + ": " + senseless_answer);
+        take(index, {std::nullopt, senseless_answer});
+        return false;
       });
 }
 

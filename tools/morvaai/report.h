@@ -9,6 +9,8 @@
 
 namespace tool {
 
+class WorkDirectory;
+
 /// Exit status of the program.
 enum Status : int { all_done = 0, some_failed = 1, wrong_use = 2 };
 
@@ -27,21 +29,33 @@ struct RunOptions {
   bool json = false;
 };
 
-/// Whether the work on files segments text: then the dictionary is mapped once, for all workers.
-enum class Words { needed, unused };
+/// What the work on files needs of the workers, beside the files.
+struct WorkerNeeds {
+  /// The dictionary: it is mapped once, for all workers.
+  bool words = true;
+  /// Where the library may put its working files; null where it makes none.
+  WorkDirectory const* directory = nullptr;
+};
+
+/// What is printed of a file: lines of the program's own, or the text of the document as it is.
+enum class Printed { lines, document };
 
 /// Runs `work` on every file in worker processes, with progress on a terminal, and hands the
-/// reports to `take` in order of the files. Prints the problems; a file whose worker ended early
-/// has no output. Returns the exit status: all done when there was no problem and `take` never
-/// refused.
+/// reports to `take` in order of the files; a worker gets the file opened, and nothing else. Prints
+/// the problems; a file whose worker ended early has no output. Returns the exit status: all done
+/// when there was no problem and `take` never refused.
+///
+/// MORVA_WORKER_MEMORY and MORVA_WORKER_SECONDS, whole numbers above 0, set the MiB of memory and
+/// the seconds of the processor that a file may take.
 int run_on_files(std::vector<HString> const& files, std::size_t jobs,
                  std::function<FileReport(HString const&)> const& work,
                  std::function<bool(std::size_t, FileReport)> const& take,
-                 Words words = Words::needed);
+                 WorkerNeeds const& needs = {});
 
-/// Runs `work` on every file of the inputs in that way and prints the outputs.
+/// Runs `work` on every file of the inputs in that way and prints the outputs. An output that no
+/// such work gives, as lines with characters that steer a terminal, is a problem of the file.
 int print_on_files(RunOptions const& options, std::function<FileReport(HString const&)> const& work,
-                   Words words = Words::needed);
+                   WorkerNeeds const& needs = {}, Printed printed = Printed::lines);
 
 /// UTF-8 of the text as it may stand in a line on a terminal: control characters become U+FFFD.
 std::string printable(HString const& text);
@@ -52,6 +66,9 @@ std::string utf8(HString const& text);
 /// One JSON object a line for a file that gave nothing: its name, the outcome and the reason.
 std::string json_failure(HString const& path, std::string const& outcome,
                          std::string const& reason);
+
+/// What is said of a worker whose result is not what it should be.
+inline constexpr char const* senseless_answer = "the answer of its worker process makes no sense";
 
 /// Writes a line with the program's name to standard error.
 void complain(std::string const& problem);

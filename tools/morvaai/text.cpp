@@ -79,8 +79,11 @@ std::vector<std::string> text_kind_names() {
 }
 
 int run_text(TextOptions const& options) {
+  WorkerNeeds needs;
+  needs.words = false;
   return print_on_files(
-      options, [&](HString const& path) { return report_text(path, options); }, Words::unused);
+      options, [&](HString const& path) { return report_text(path, options); }, needs,
+      Printed::document);
 }
 
 }  // namespace tool

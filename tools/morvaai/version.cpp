@@ -1,6 +1,8 @@
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
+#include "host/worker_pool.h"
+
 #include "commands.h"
 
 namespace tool {
@@ -19,6 +21,10 @@ int run_version(bool json) {
     object["dictionary"] = utf8(dictionary);
     object["dictionary_found"] = found;
     object["boxes"] = utf8(boxes);
+    morvabs::IsolationLayers const layers = morvabs::isolation_layers();
+    object["isolation"] = {{"system_calls", layers.system_calls},
+                           {"landlock", layers.landlock},
+                           {"memory", layers.memory}};
     return write_output(object.dump() + "\n") ? all_done : some_failed;
   }
   std::string const text =

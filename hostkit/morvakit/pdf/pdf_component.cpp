@@ -212,3 +212,8 @@ extern "C" MORVA_EXPORT bool morvakit_pdf_needs_password(Orlec::Reader const& re
     return false;
   }
 }
+
+extern "C" MORVA_EXPORT char const* morvakit_prepare() {
+  morvakit::initialize();
+  return MORVAKIT_POPPLER_DATA;
+}
