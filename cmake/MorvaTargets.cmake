@@ -85,8 +85,8 @@ function(morva_share_test_headers name)
 endfunction()
 
 # morva_add_test(NAME SOURCES...): a GoogleTest program, one ctest case per test. It sees the public
-# headers, the host kit's own headers and tests/. Under sanitizers, where starting a process takes longer
-# than most tests, the whole program is one case.
+# headers, the host kit's own headers and tests/. Under sanitizers and emulation, where starting a process
+# takes longer than most tests, the whole program is one case.
 function(morva_add_test name)
   add_executable(${name} ${ARGN})
   target_include_directories(${name} PRIVATE "${PROJECT_SOURCE_DIR}/hostkit" "${PROJECT_SOURCE_DIR}/tests")
@@ -100,12 +100,28 @@ function(morva_add_test name)
   set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/tests")
   if(MORVA_SANITIZE)
     morva_share_test_headers(${name})
+  endif()
+  if(MORVA_SANITIZE OR CMAKE_CROSSCOMPILING)
     add_test(NAME ${name} COMMAND ${name})
     set_tests_properties(${name} PROPERTIES TIMEOUT 600)
   else()
     gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60
       PROPERTIES TIMEOUT 300)
   endif()
+endfunction()
+
+# morva_command_of(TARGET VARIABLE): what a test has to start to run a program of the project: the program,
+# or a script that has it emulated where it is built for another machine.
+function(morva_command_of target variable)
+  if(NOT CMAKE_CROSSCOMPILING)
+    set(${variable} $<TARGET_FILE:${target}> PARENT_SCOPE)
+    return()
+  endif()
+  set(script "${PROJECT_BINARY_DIR}/emulated/${target}")
+  list(JOIN CMAKE_CROSSCOMPILING_EMULATOR " " emulator)
+  file(GENERATE OUTPUT "${script}" CONTENT "#!/bin/sh\nexec ${emulator} '$<TARGET_FILE:${target}>' \"$@\"\n"
+    FILE_PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE)
+  set(${variable} "${script}" PARENT_SCOPE)
 endfunction()
 
 # morva_add_fuzz_target(NAME SOURCES...): a program of the fuzzer, which brings `main`. It sees what a test
