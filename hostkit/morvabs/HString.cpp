@@ -4,6 +4,7 @@
 #include <array>
 #include <atomic>
 #include <charconv>
+#include <cmath>
 #include <cstdint>
 #include <cstdio>
 #include <cwchar>
@@ -180,7 +181,9 @@ HString::HString(long long value, bool /*reserved*/) : HString(from_text(number_
 
 HString::HString(unsigned long value) : HString(from_text(number_text(value))) {}
 
-HString::HString(double value) : HString(from_text(number_text(value))) {}
+// Which sign a NaN has that comes out of a computation is up to the machine.
+HString::HString(double value)
+    : HString(std::isnan(value) ? HString(L"nan") : from_text(number_text(value))) {}
 
 HString::HString(bool value) : HString(value ? L"true" : L"false") {}
 

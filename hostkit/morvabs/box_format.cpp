@@ -9,6 +9,7 @@
 #include <vector>
 
 #include <sys/mman.h>
+#include <unistd.h>
 #include <xxhash.h>
 
 #include "box_format_schema.h"
@@ -147,7 +148,7 @@ class NumberReader {
 /// takes it less time than page by page at the first touch; where it cannot, that is what happens.
 template <typename T>
 void enlarge(std::vector<T>& list, std::size_t size) {
-  constexpr std::uintptr_t page = 4096;
+  static auto const page = static_cast<std::uintptr_t>(::sysconf(_SC_PAGESIZE));
   list.reserve(size);
   auto const start = (reinterpret_cast<std::uintptr_t>(list.data()) + page - 1) / page * page;
   auto const end = reinterpret_cast<std::uintptr_t>(list.data() + size) / page * page;

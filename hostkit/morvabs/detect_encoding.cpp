@@ -108,7 +108,7 @@ Language make_language(Candidate const& candidate) {
 /// A control character that has nothing to do with the layout of a text.
 bool is_control(wchar_t c) {
   bool const is_layout = (c >= L'\t' && c <= L'\r') || c == 0x1B;
-  return (c >= 0 && c < 0x20 && !is_layout) || c == 0x7F;
+  return (static_cast<char32_t>(c) < 0x20 && !is_layout) || c == 0x7F;
 }
 
 /// How well a text fits a language, 0 where it does not at all.

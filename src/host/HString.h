@@ -37,8 +37,8 @@ class MORVA_EXPORT HString {
   HString(int value, bool reserved);
   HString(long long value, bool reserved);
   HString(unsigned long value);
-  /// The shortest decimal text that `to_double` reads back as the same value. Infinities and NaN
-  /// are written "inf", "-inf", "nan", "-nan"; `to_double` does not read those.
+  /// The shortest decimal text that `to_double` reads back as the same value. Infinities are
+  /// written "inf" and "-inf", NaN of either sign "nan"; `to_double` does not read those.
   HString(double value);
   /// "true" or "false".
   HString(bool value);

@@ -15,8 +15,9 @@ PagePoint between(PagePoint from, PagePoint to) {
   return {to.x - from.x, to.y - from.y};
 }
 
+/// Not `hypot`, whose last bit differs between machines.
 double length(PagePoint vector) {
-  return std::hypot(vector.x, vector.y);
+  return std::sqrt(vector.x * vector.x + vector.y * vector.y);
 }
 
 /// How far `vector` goes along `em` and, to the right of it, across, in parts of its length.
@@ -215,7 +216,7 @@ char PlacedText::separator_between(Character const& next, PagePoint em, bool is_
   auto const gap = (step.along - last_width_) / scale;
   auto const across = step.across / scale;
   if (way(em, last_em_).along * length(last_em_) / length(em) < same_direction) {
-    return std::hypot(gap, across) < near ? '\0' : '\n';
+    return length({gap, across}) < near ? '\0' : '\n';
   }
   bool const are_lone_han = last_is_alone_ && is_alone && is_wide(last_.code) && is_wide(next.code);
   if (are_lone_han && std::abs(step.along) < 0.3 && across > near && across < column + 0.3) {

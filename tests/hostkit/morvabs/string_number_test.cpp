@@ -1,5 +1,6 @@
 #include <bit>
 #include <climits>
+#include <cmath>
 #include <cstdint>
 #include <limits>
 #include <random>
@@ -53,6 +54,12 @@ TEST(HStringNumber, infinity_and_nan_do_not_read_back) {
   EXPECT_EQ(HString(std::numeric_limits<double>::infinity()), HString(L"inf"));
   EXPECT_EQ(read_back(std::numeric_limits<double>::infinity()), 0.0);
   EXPECT_EQ(read_back(std::numeric_limits<double>::quiet_NaN()), 0.0);
+}
+
+TEST(HStringNumber, the_sign_of_nan_which_differs_between_machines_is_not_written) {
+  double const nan = std::numeric_limits<double>::quiet_NaN();
+  EXPECT_EQ(HString(nan), HString(L"nan"));
+  EXPECT_EQ(HString(std::copysign(nan, -1.0)), HString(L"nan"));
 }
 
 TEST(HStringNumber, to_int_reads_a_whole_decimal_text) {
