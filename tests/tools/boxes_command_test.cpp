@@ -188,16 +188,6 @@ TEST_F(BoxesCommand, remove_of_an_unknown_box_fails) {
   EXPECT_EQ(finished.errors, "morvaai: there is no box ships\n");
 }
 
-TEST_F(BoxesCommand, remove_never_leaves_the_directory) {
-  std::filesystem::create_directory(box_file("inside"));
-  boxes.write("ships.box", "outside");
-  test::EnvironmentVariable const inside("MORVA_BOX_PATH", box_file("inside"));
-  boxes.write("inside/box.ini", "[../ships]\nMD5 = \nCLASS = \n");
-  EXPECT_EQ(box({"remove", "../ships"}).status, 0);
-  EXPECT_EQ(boxes.read("ships.box"), "outside");
-  EXPECT_THAT(boxes.read("inside/box.ini"), Not(HasSubstr("ships")));
-}
-
 TEST_F(BoxesCommand, verify_finds_nothing_wrong_with_what_was_added) {
   box({"add", box_elsewhere("ships.box")});
   Finished const finished = box({"verify"});

@@ -31,11 +31,10 @@ Installed load(HString const& id) {
   Installed found;
   found.id = id;
   found.entry = BoxStore::entry(id);
-  if (auto const file = BoxStore::file_of(id)) {
-    found.file = *file;
+  found.unread = BoxStore::refuse_name(id);
+  if (!found.unread) {
+    found.file = *BoxStore::file_of(id);
     found.unread = BoxStore::read(found.file, found.box);
-  } else {
-    found.unread = "box " + printable(id) + ": no file can have that name";
   }
   return found;
 }
@@ -155,6 +154,18 @@ std::vector<HString> all_ids() {
   return ids;
 }
 
+// Whether all of the ids could be those of boxes; tells of those that could not.
+bool are_names(std::vector<HString> const& ids) {
+  bool is_well = true;
+  for (HString const& id : ids) {
+    if (auto const refused = BoxStore::refuse_name(id)) {
+      complain(*refused);
+      is_well = false;
+    }
+  }
+  return is_well;
+}
+
 // Prints what a change of the boxes did.
 int told(BoxStore::Problem const& problem, HString const& id, bool json, char const* done) {
   if (problem) {
@@ -179,6 +190,9 @@ int run_box_list(bool json) {
 
 int run_box_show(BoxOptions const& options) {
   HString const id = morvabs::from_path(options.ids.front());
+  if (!are_names({id})) {
+    return wrong_use;
+  }
   if (!BoxStore::has(id)) {
     complain("there is no box " + printable(id));
     return some_failed;
@@ -215,6 +229,9 @@ int run_box_add(BoxAddOptions const& options) {
 
 int run_box_remove(BoxOptions const& options) {
   HString const id = morvabs::from_path(options.ids.front());
+  if (!are_names({id})) {
+    return wrong_use;
+  }
   return told(BoxStore::remove(id), id, options.json, "removed");
 }
 
@@ -222,6 +239,9 @@ int run_box_verify(BoxOptions const& options) {
   std::vector<HString> ids;
   for (std::string const& id : options.ids) {
     ids.push_back(morvabs::from_path(id));
+  }
+  if (!are_names(ids)) {
+    return wrong_use;
   }
   if (ids.empty()) {
     ids = all_ids();

@@ -52,6 +52,10 @@ bool contains(std::vector<HString> const& list, HString const& text) {
 // The box, out of the cache that the classifiers use too; nothing, with a line that says why, where
 // it cannot be read.
 QXPPolicyMorvaClustBox const* load(HString const& box_id) {
+  if (auto const refused = BoxStore::refuse_name(box_id)) {
+    complain(*refused);
+    return nullptr;
+  }
   auto const file = BoxStore::file_of(box_id);
   if (!file || !HFile::IsFileExist(*file)) {
     complain("box " + printable(box_id) + ": its file is missing");
@@ -75,6 +79,10 @@ Questions ask_boxes(std::vector<HString> const& box_ids) {
   std::vector<HClusterBoxLocalNode> entries;
   HFileClusterBoxMgr::pins()->get_local_box(entries);
   for (HString const& id : box_ids) {
+    if (auto const refused = BoxStore::refuse_name(id)) {
+      questions.problem = *refused;
+      return questions;
+    }
     if (std::none_of(entries.begin(), entries.end(),
                      [&](HClusterBoxLocalNode const& entry) { return entry.str_box_id == id; })) {
       questions.problem = "there is no box " + printable(id);

@@ -15,6 +15,8 @@
 #include "hostkit/morvabs/box_support.h"
 #include "morvabs/box_format.h"
 
+#include "support/memory_limit.h"
+
 namespace {
 
 namespace file = morvabs::box_format;
@@ -207,6 +209,135 @@ TEST(HostileBox, that_would_become_much_larger_is_refused_before_it_does) {
   EXPECT_EQ(read_sparse(10000000, {0}, {1.0}), -EFBIG);
   EXPECT_EQ(read_weights(0xFFFFFFFF, nullptr, {1.0}), -EFBIG);
   EXPECT_EQ(read_words(0xFFFFFFFF, {}), -EFBIG);
+}
+
+/// A place in the payload of the full box.
+using Place = void const* (*)(file::Box const& box);
+
+void const* field_of(void const* table, flatbuffers::voffset_t field) {
+  return static_cast<flatbuffers::Table const*>(table)->GetAddressOf(field);
+}
+
+int read_with_number_at(Place place, std::uint32_t number) {
+  std::string payload = payload_of_full_box();
+  auto const* const at = static_cast<char const*>(place(*file::GetBox(payload.data())));
+  std::memcpy(&payload[static_cast<std::size_t>(at - payload.data())], &number, sizeof number);
+  return read_payload(payload);
+}
+
+struct Claim {
+  char const* name;
+  Place place;
+  int result;
+};
+
+std::ostream& operator<<(std::ostream& stream, Claim const& claim) {
+  return stream << claim.name;
+}
+
+/// Less than any billion of things takes, and more than a box may take whatever its size.
+constexpr std::size_t room = 2 * morvabs::memory_of_any_box;
+
+class BillionClaim : public testing::TestWithParam<Claim> {};
+
+TEST_P(BillionClaim, is_refused_before_memory_is_taken) {
+  test::MemoryLimit const limit(room);
+  EXPECT_EQ(read_with_number_at(GetParam().place, 1'000'000'000), GetParam().result);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Counts, BillionClaim,
+    testing::Values(
+        Claim{"words",
+              [](file::Box const& box) -> void const* {
+                return field_of(box.words(), file::TextList::VT_COUNT);
+              },
+              -EFBIG},
+        Claim{"words_of_class",
+              [](file::Box const& box) -> void const* {
+                auto const* const words = box.kmeans_classes()->Get(0)->words();
+                return field_of(words, file::TextList::VT_COUNT);
+              },
+              -EFBIG},
+        Claim{"weights_of_class",
+              [](file::Box const& box) -> void const* {
+                auto const* const weights = box.kmeans_classes()->Get(1)->weights();
+                return field_of(weights, file::WeightList::VT_COUNT);
+              },
+              -EFBIG},
+        Claim{"weights_of_member",
+              [](file::Box const& box) -> void const* {
+                auto const* const members = box.dbscan_classes()->Get(0)->members();
+                return field_of(members->Get(0)->weights(), file::WeightList::VT_COUNT);
+              },
+              -EFBIG},
+        Claim{"bytes_of_words",
+              [](file::Box const& box) -> void const* { return box.words()->bytes(); }, -EBADMSG},
+        Claim{"reserved", [](file::Box const& box) -> void const* { return box.reserved(); },
+              -EBADMSG},
+        Claim{"kmeans_classes",
+              [](file::Box const& box) -> void const* { return box.kmeans_classes(); }, -EBADMSG},
+        Claim{"dbscan_classes",
+              [](file::Box const& box) -> void const* { return box.dbscan_classes(); }, -EBADMSG},
+        Claim{"members",
+              [](file::Box const& box) -> void const* {
+                return box.dbscan_classes()->Get(0)->members();
+              },
+              -EBADMSG},
+        Claim{
+            "bytes_of_id",
+            [](file::Box const& box) -> void const* { return box.kmeans_classes()->Get(0)->id(); },
+            -EBADMSG},
+        Claim{"positions",
+              [](file::Box const& box) -> void const* {
+                return box.kmeans_classes()->Get(1)->weights()->positions();
+              },
+              -EBADMSG},
+        Claim{"values",
+              [](file::Box const& box) -> void const* {
+                return box.kmeans_classes()->Get(1)->weights()->values();
+              },
+              -EBADMSG}),
+    [](auto const& claim) { return claim.param.name; });
+
+TEST(HostileBox, that_claims_a_billion_anywhere_takes_no_memory) {
+  std::string const good = payload_of_full_box();
+  constexpr std::uint32_t billion = 1'000'000'000;
+  for (std::size_t at = 0; at + sizeof billion <= good.size(); ++at) {
+    std::string bad = good;
+    std::memcpy(&bad[at], &billion, sizeof billion);
+    test::MemoryLimit const limit(room);
+    read_payload(bad);
+  }
+}
+
+TEST(HostileBox, with_a_list_that_is_itself_is_refused) {
+  EXPECT_EQ(read_with_number_at(
+                [](file::Box const& box) -> void const* {
+                  return field_of(&box, file::Box::VT_KMEANS_CLASSES);
+                },
+                0),
+            -EBADMSG);
+}
+
+TEST(HostileBox, with_a_class_that_is_the_list_of_it_is_refused) {
+  // Behind the length of the list; four bytes back from there it begins.
+  EXPECT_EQ(read_with_number_at(
+                [](file::Box const& box) -> void const* { return box.kmeans_classes()->data(); },
+                std::uint32_t(-4)),
+            -EBADMSG);
+}
+
+TEST(HostileBox, with_parts_that_lead_back_anywhere_does_no_harm) {
+  std::string const good = payload_of_full_box();
+  for (std::size_t at = 0; at + sizeof(std::uint32_t) <= good.size(); at += 4) {
+    for (std::size_t target = 0; target <= at; target += 4) {
+      std::string bad = good;
+      auto const back = static_cast<std::uint32_t>(target - at);
+      std::memcpy(&bad[at], &back, sizeof back);
+      read_payload(bad);
+    }
+  }
 }
 
 TEST(HostileBox, that_names_one_list_many_times_is_refused) {

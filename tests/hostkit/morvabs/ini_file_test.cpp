@@ -183,6 +183,30 @@ TEST_F(IniFile, reads_what_others_write) {
   EXPECT_EQ(read(L"box", L"CLASS"), HString());
 }
 
+TEST_F(IniFile, a_section_without_its_bracket_is_passed_over) {
+  put("[box]\nMD5 = 1\n[broken\nCLASS = 2\n");
+  EXPECT_THAT(sections(), ElementsAre(L"box"));
+  EXPECT_EQ(read(L"box", L"CLASS"), HString(L"2"));
+}
+
+TEST_F(IniFile, sections_of_one_name_are_one_however_it_is_encoded) {
+  put("[box]\nMD5 = 1\n[other]\n[%62ox]\nCLASS = 2\n[box]\nEXTRA = 3\n");
+  EXPECT_THAT(sections(), ElementsAre(L"box", L"other"));
+  EXPECT_EQ(read(L"box", L"CLASS"), HString(L"2"));
+  EXPECT_EQ(read(L"box", L"EXTRA"), HString(L"3"));
+}
+
+TEST_F(IniFile, of_two_values_the_last_one_counts_however_the_key_is_encoded) {
+  put("[box]\nMD5 = 1\nCLASS = 1\nCLASS = 2\n%4DD5 = 2\n");
+  EXPECT_EQ(read(L"box", L"CLASS"), HString(L"2"));
+  EXPECT_EQ(read(L"box", L"MD5"), HString(L"2"));
+}
+
+TEST_F(IniFile, digits_of_an_escape_are_ascii) {
+  put("[box]\nkey = %{\xC5\x81}\n");  // U+0141, the low byte of which is that of "A"
+  EXPECT_EQ(read(L"box", L"key"), HString(L"%{\x141}"));
+}
+
 TEST_F(IniFile, a_per_cent_sign_that_is_no_escape_stands_for_itself) {
   put("[box]\na = 100%\nb = %zz %{zz} %E4 %{\n");
   EXPECT_EQ(read(L"box", L"a"), HString(L"100%"));
@@ -236,12 +260,75 @@ TEST_F(IniFile, a_file_that_cannot_be_read_is_not_overwritten) {
 TEST_F(IniFile, a_file_that_read_all_could_not_read_is_not_overwritten) {
   put("[box]\nMD5 = 1\n");
   auto const path = directory_.path() / "box.ini";
-  constexpr std::uintmax_t too_large = (std::uintmax_t{64} << 20U) + 1;
+  constexpr std::uintmax_t too_large = (std::uintmax_t{8} << 20U) + 1;
   std::filesystem::resize_file(path, too_large);
   HIniFileHelper whole = helper();
   EXPECT_FALSE(whole.read_all());
   EXPECT_FALSE(whole.write_all());
   EXPECT_EQ(std::filesystem::file_size(path), too_large);
+}
+
+class LargeIniFile : public IniFile {
+ protected:
+  static constexpr std::size_t largest = std::size_t{8} << 20U;
+
+  static std::string repeated(std::string const& line, std::size_t size) {
+    std::string text;
+    while (text.size() + line.size() <= size) {
+      text += line;
+    }
+    return text;
+  }
+  /// The file can neither be read nor is it lost.
+  void expect_refused(std::string const& text) const {
+    put(text);
+    HIniFileHelper whole = helper();
+    EXPECT_FALSE(whole.read_all());
+    EXPECT_THAT(whole.vt_section, IsEmpty());
+    EXPECT_FALSE(whole.write_all());
+    EXPECT_FALSE(write(L"box", L"MD5", L"2"));
+    EXPECT_EQ(content().size(), text.size());
+  }
+};
+
+TEST_F(LargeIniFile, beyond_the_largest_size_is_refused) {
+  expect_refused(std::string(largest + 1, '\n'));
+}
+
+TEST_F(LargeIniFile, of_too_many_sections_is_refused) {
+  expect_refused(repeated("[a]\n", 500'000));
+}
+
+TEST_F(LargeIniFile, of_too_many_keys_is_refused) {
+  expect_refused("[box]\n" + repeated("a=\n", 400'000));
+}
+
+TEST_F(LargeIniFile, with_a_section_name_of_megabytes_is_refused) {
+  expect_refused("[" + std::string(1 << 20, 'a') + "]\nMD5 = 1\n");
+  expect_refused(std::string(1, '\0') + "[" + std::string(1 << 20, 'a') + "]\nMD5 = 1\n");
+}
+
+TEST_F(LargeIniFile, is_not_written_with_a_name_that_could_not_be_read_back) {
+  write(L"box", L"MD5", L"1");
+  EXPECT_FALSE(write(HString(std::wstring(5000, L'a').c_str()), L"MD5", L"1"));
+  EXPECT_EQ(content(), "[box]\nMD5 = 1\n");
+}
+
+TEST_F(LargeIniFile, of_one_line_is_read) {
+  std::string const value(largest - 100, 'v');
+  put("[box]\nMD5 = 1\nCLASS = " + value + "\n");
+  EXPECT_EQ(read(L"box", L"CLASS").size(), value.size());
+}
+
+TEST_F(LargeIniFile, of_escapes_without_an_end_is_read_in_linear_time) {
+  put("[box]\nCLASS = " + repeated("%{", 1 << 20) + "\n");
+  EXPECT_EQ(read(L"box", L"CLASS").size(), std::size_t{1} << 20U);
+}
+
+TEST_F(LargeIniFile, of_broken_sections_is_read_in_linear_time) {
+  put("[box]\nMD5 = 1\n" + repeated("[" + std::string(1000, 'a') + "\n", largest / 2) +
+      repeated("a = 1\n", 400'000));
+  EXPECT_EQ(read(L"box", L"MD5"), HString(L"1"));
 }
 
 TEST_F(IniFile, writing_where_there_is_no_directory_fails) {
