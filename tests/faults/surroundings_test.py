@@ -103,6 +103,13 @@ class FullDisk(Case):
         self.assertEqual([line for line in done.stdout.splitlines() if line.startswith("left: ")], ["left: filler"])
 
 
+    def test_working_files_that_do_not_fit_are_told(self):
+        done = self.mounted(self.work, "8k", f"head -c 100000 /dev/zero > {self.work}/filler 2>/dev/null",
+                            "collect", self.samples)
+        self.assert_failed(done, str(self.work), "No space left on device")
+        self.assertEqual([line for line in done.stdout.splitlines() if line.startswith("left: ")], ["left: filler"])
+
+
 @unittest.skipUnless(MOUNTING, "no file system can be mounted here")
 class ReadOnlyDisk(Case):
     def read_only(self, *arguments):

@@ -1,3 +1,5 @@
+#include <cerrno>
+#include <cstring>
 #include <ctime>
 
 #include <fmt/chrono.h>
@@ -16,6 +18,7 @@ namespace {
 struct Reading {
   std::string outcome;
   std::string problem;
+  HString text;
 };
 
 /// The records that the agent has of one file.
@@ -27,9 +30,9 @@ struct Records {
 Reading read(HString const& path) {
   Document const document(path);
   if (auto const failure = document.failure(path, false)) {
-    return {document.outcome_name(), failure->problem};
+    return {document.outcome_name(), failure->problem, HString()};
   }
-  return {document.outcome_name(), document.incompleteness()};
+  return {document.outcome_name(), document.incompleteness(), document.main_text()};
 }
 
 Records collect(HString const& path) {
@@ -78,6 +81,24 @@ std::string as_table(Records const& records) {
   return table;
 }
 
+/// The library writes the text of a document into a working file, and does not tell where it
+/// cannot. Done again, it shows why; empty where there is nothing in the way.
+std::string hindrance(HString const& text) {
+  HString const file = HEnvironment::GetMyExeFullFilePath(true) + L"text";
+  bool const is_written = HFile::write_to_file(file, text, false, false);
+  std::string const reason = std::strerror(errno);
+  HFile::delete_file(file);
+  return is_written ? std::string() : "failed: " + printable(file) + ": " + reason;
+}
+
+std::string missing_words(HString const& path, HString const& text) {
+  if (!HStutterDict::pins()->is_exist_dict()) {
+    return no_dictionary(path, false).problem;
+  }
+  std::string const problem = hindrance(text);
+  return problem.empty() ? no_words(path, false).problem : problem;
+}
+
 /// A document that was refused has records too, without words and fingerprint; a missing file has
 /// none.
 FileReport report_collected(HString const& path, bool json) {
@@ -90,8 +111,7 @@ FileReport report_collected(HString const& path, bool json) {
   Records const records = collect(path);
   bool const has_all = !records.words.vt_words.empty() && records.fingerprint.str_dna.not_empty();
   if (!has_all && reading.problem.empty()) {
-    reading.problem = HStutterDict::pins()->is_exist_dict() ? no_words(path, false).problem
-                                                            : no_dictionary(path, false).problem;
+    reading.problem = missing_words(path, reading.text);
   }
   return {json ? as_json(records, reading) : as_table(records), reading.problem};
 }
