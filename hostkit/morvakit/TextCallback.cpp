@@ -4,6 +4,7 @@
 #include <array>
 #include <optional>
 #include <string>
+#include <system_error>
 
 #include "host/Orlec/Global.h"
 #include "host/Orlec/ParseLimits.h"
@@ -89,7 +90,13 @@ struct TextLineCallback::State {
 
   Kind& kind(ParseTextType type) { return kinds[static_cast<std::size_t>(type)]; }
   bool write_main(std::string_view utf8);
+  void tell_unwritten();
 };
+
+void TextLineCallback::State::tell_unwritten() {
+  stop_reason = morvabs::to_utf8(output_path.get_ws()) +
+                " cannot be written: " + std::system_category().message(output->error());
+}
 
 bool TextLineCallback::State::write_main(std::string_view utf8) {
   auto const room = static_cast<std::size_t>(std::max<std::int64_t>(main_room, 0));
@@ -103,7 +110,7 @@ bool TextLineCallback::State::write_main(std::string_view utf8) {
     main_room -= static_cast<std::int64_t>(piece.size());
   }
   if (!output->write(piece)) {
-    stop_reason = "the output file cannot be written, error " + std::to_string(output->error());
+    tell_unwritten();
     return false;
   }
   return fits;
@@ -159,8 +166,7 @@ bool TextLineCallback::OnEnd(bool keep) {
   if (state_->output && keep) {
     written = state_->output->commit();
     if (!written) {
-      state_->stop_reason =
-          "the output file cannot be written, error " + std::to_string(state_->output->error());
+      state_->tell_unwritten();
     }
   }
   state_->output.reset();

@@ -16,6 +16,7 @@ import collections
 import configparser
 import ctypes
 import errno
+import fcntl
 import hashlib
 import mmap
 import os
@@ -25,6 +26,7 @@ import signal
 import subprocess
 import sys
 import tempfile
+import time
 
 PATIENCE = 60  # seconds for one run
 MOST_CALLS = 4096
@@ -452,6 +454,23 @@ def working_place():
     return tempfile.TemporaryDirectory(prefix="faults-", dir=memory if os.access(memory, os.W_OK) else None)
 
 
+def check_held_lock(program, place):
+    """A run that cannot have the lock on the boxes says so, and changes nothing."""
+    boxes = pathlib.Path(place) / "held"
+    boxes.mkdir()
+    directory = os.open(boxes, os.O_RDONLY)
+    fcntl.flock(directory, fcntl.LOCK_EX)
+    begun = time.monotonic()
+    finished = program.run(["box", "add", pathlib.Path(place) / "AddFirst" / "elsewhere.box"],
+                           {"MORVA_BOX_PATH": str(boxes)})
+    seconds = time.monotonic() - begun
+    os.close(directory)
+    expect(finished.status == 1 and "another run has been changing the boxes" in finished.errors,
+           f"a lock that another run has is not told of: {finished.errors}")
+    expect(not files_in(boxes), "the boxes were changed without the lock")
+    print(f"a lock that another run keeps: told after {seconds:.0f} s, nothing changed")
+
+
 def main():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("program", type=pathlib.Path)
@@ -473,6 +492,8 @@ def main():
             total += figures.runs
             operations += figures.operations
             broken += figures.broken
+        if not options.only:
+            check_held_lock(program, place)
     print(f"{'all':<34} {'':>5} {sum(total.values()):>6} " + " ".join(f"{total[name]:>13}" for name in names) +
           f"  {len(broken)}")
     print("by call: " + ", ".join(f"{name} {count}" for name, count in operations.most_common()))

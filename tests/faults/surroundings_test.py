@@ -3,6 +3,7 @@
 Usage: surroundings_test.py PROGRAM
 """
 
+import fcntl
 import os
 import pathlib
 import shlex
@@ -11,6 +12,7 @@ import stat
 import subprocess
 import sys
 import tempfile
+import threading
 import time
 import unittest
 
@@ -263,6 +265,20 @@ class Leftovers(Case):
         self.collect()
         self.assertFalse(left.exists())
 
+    def test_one_of_a_run_that_was_killed_with_its_keeper_is_removed(self):
+        (self.samples / "one" / "long.txt").write_text(" ".join(f"word{i % 5003} stone{i % 4001}" for i in range(90000)))
+        process = subprocess.Popen([PROGRAM, "collect", self.samples, "-j", "1"], env=self.environment,
+                                   stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL)
+        while not list(self.work.rglob("Tessarine")):
+            self.assertIsNone(process.poll())
+        children = pathlib.Path(f"/proc/{process.pid}/task/{process.pid}/children").read_text().split()
+        for number in [process.pid, *map(int, children)]:
+            os.kill(number, signal.SIGKILL)
+        process.wait()
+        self.assertNotEqual(list(self.work.iterdir()), [])
+        self.collect()
+        self.assertEqual(list(self.work.iterdir()), [])
+
     def test_one_of_a_run_that_lives_stays(self):
         with subprocess.Popen(["flock", self.directory("morvaai-run-abc123"), "sh", "-c", "echo; read line"],
                               stdin=subprocess.PIPE, stdout=subprocess.PIPE) as other:
@@ -290,6 +306,28 @@ class Leftovers(Case):
         os.chown(left, NOBODY, NOBODY)
         self.collect()
         self.assertTrue((left / "text").exists())
+
+
+class Lock(Case):
+    """Of the directory of boxes, which a run that changes them has."""
+
+    def test_a_run_waits_for_another(self):
+        boxes = os.open(self.boxes, os.O_RDONLY)
+        fcntl.flock(boxes, fcntl.LOCK_EX)
+        threading.Timer(0.5, os.close, [boxes]).start()
+        begun = time.monotonic()
+        self.learnt()
+        self.assertGreaterEqual(time.monotonic() - begun, 0.5)
+
+    def test_a_run_that_waits_can_be_interrupted(self):
+        self.learnt()
+        boxes = os.open(self.boxes, os.O_RDONLY)
+        self.addCleanup(os.close, boxes)
+        fcntl.flock(boxes, fcntl.LOCK_EX)
+        process = subprocess.Popen([PROGRAM, "box", "remove", "ships"], env=self.environment)
+        time.sleep(0.3)
+        process.send_signal(signal.SIGINT)
+        self.assertEqual(process.wait(PATIENCE), -signal.SIGINT)
 
 
 if __name__ == "__main__":

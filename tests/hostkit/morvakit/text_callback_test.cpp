@@ -178,11 +178,12 @@ TEST_F(TextLineCallbackFile, a_path_that_cannot_be_written_fails) {
   std::unique_ptr<Orlec::ParseFile> const parser(Orlec::GetParser(&reader, false));
   TextLineCallback callback;
   callback.mb_in_memory = false;
-  callback.SetOutputFile(HString((path() + "/below/nothing").c_str()));
+  HString const output((path() + "/below/nothing").c_str());
+  callback.SetOutputFile(output);
   parser->SetCallBack(&callback, false);
   EXPECT_FALSE(parser->InitFile());
   EXPECT_EQ(parser->GetOutcome(), ParseOutcome::failed);
-  EXPECT_TRUE(parser->GetReason().not_empty());
+  EXPECT_EQ(parser->GetReason(), output + L" cannot be written: No such file or directory");
 }
 
 TEST_F(TextLineCallbackFile, a_callback_that_ends_without_keeping_leaves_nothing) {
