@@ -109,19 +109,19 @@ std::size_t name_start(std::wstring_view path) {
   return slash == std::wstring_view::npos ? 0 : slash + 1;
 }
 
-std::vector<std::wstring_view> split(std::wstring_view text, std::wstring_view separator) {
-  std::vector<std::wstring_view> pieces;
+/// Calls `take` with each piece between two separators.
+template <typename Take>
+void split(std::wstring_view text, std::wstring_view separator, Take take) {
   if (text.empty()) {
-    return pieces;
+    return;
   }
   std::size_t end = separator.empty() ? std::wstring_view::npos : text.find(separator);
   while (end != std::wstring_view::npos) {
-    pieces.push_back(text.substr(0, end));
+    take(text.substr(0, end));
     text.remove_prefix(end + separator.size());
     end = text.find(separator);
   }
-  pieces.push_back(text);
-  return pieces;
+  take(text);
 }
 
 std::size_t clamped(int value, std::size_t limit) {
@@ -351,9 +351,13 @@ void HString::cut_last(int count) {
 void HString::get_vt_str_by_sep(std::vector<HString>& pieces, HString const& separator) const {
   // The target may hold this text or the separator.
   std::vector<HString> found;
-  for (std::wstring_view const piece : split(text(), separator.text())) {
+  std::size_t count = 0;
+  split(text(), separator.text(), [&count](std::wstring_view /*piece*/) { ++count; });
+  // A text of nothing but separators must not cost more than its pieces.
+  found.reserve(count);
+  split(text(), separator.text(), [&found](std::wstring_view piece) {
     found.emplace_back(piece.data(), static_cast<int>(piece.size()));
-  }
+  });
   pieces = std::move(found);
 }
 

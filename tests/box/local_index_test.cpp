@@ -13,6 +13,7 @@
 #include "host/utf8.h"
 
 #include "support/log_capture.h"
+#include "support/memory_limit.h"
 
 namespace {
 
@@ -250,6 +251,37 @@ TEST_F(LocalIndex, an_index_that_cannot_be_read_is_not_emptied) {
   std::filesystem::resize_file(boxes.files().path() / "box.ini", (64 << 20) + 1);
   Ini::delete_local_box_node(L"one");
   EXPECT_EQ(std::filesystem::file_size(boxes.files().path() / "box.ini"), (64U << 20U) + 1);
+}
+
+TEST_F(LocalIndex, an_index_of_more_entries_than_it_may_have_is_neither_read_nor_lost) {
+  std::string text = "[one]\nMD5 = 1\n";
+  while (text.size() < 600'000) {
+    text += "[x]\n";
+  }
+  boxes.put_index(text);
+  EXPECT_THAT(all(), IsEmpty());
+  Ini::write_local_box_node(node_of(L"two", L"2", {L"a"}));
+  Ini::delete_local_box_node(L"one");
+  EXPECT_EQ(boxes.index(), text);
+}
+
+TEST_F(LocalIndex, entries_of_one_box_are_one) {
+  boxes.put_index("[one]\nMD5 = 1\nCLASS = a\n[two]\nCLASS = b\n[one]\nMD5 = 2\nCLASS = c\n");
+  EXPECT_THAT(ids(), ElementsAre(L"one", L"two"));
+  EXPECT_EQ(all().at(0).to_str(), node_of(L"one", L"2", {L"c"}).to_str());
+}
+
+TEST_F(LocalIndex, a_line_of_nothing_but_separators_takes_the_memory_of_its_classes) {
+  std::size_t const count = std::size_t{4} << 20U;
+  boxes.put_index("[one]\nCLASS = " + std::string(count, '|') + "\n");
+  constexpr std::size_t room = std::size_t{400} << 20U;
+  test::MemoryLimit const limit(room);
+  EXPECT_EQ(all().at(0).vt_class_id.size(), count + 1);
+}
+
+TEST_F(LocalIndex, an_id_that_is_a_path_is_listed_as_it_stands) {
+  boxes.put_index("[../../etc/passwd]\nMD5 = 1\n");
+  EXPECT_EQ(ids().front(), HString(L"../../etc/passwd"));
 }
 
 class OddId : public LocalIndex, public testing::WithParamInterface<std::wstring> {

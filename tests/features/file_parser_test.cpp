@@ -48,6 +48,17 @@ TEST_F(FileParser, the_text_is_readable_by_its_owner_only) {
   EXPECT_EQ(status.st_mode & 0777U, 0600U);
 }
 
+TEST_F(FileParser, nobody_else_can_write_to_the_working_directories_whatever_the_umask) {
+  mode_t const old = umask(0);
+  HString const made = HClusterFileParser::parse_to_txt(document, texts);
+  umask(old);
+  for (HString const& each : {made, directory / "run/Tessarine", directory / "run"}) {
+    struct stat status {};
+    ASSERT_EQ(stat(std::filesystem::path(each.get_ws()).c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 0777U, 0775U);
+  }
+}
+
 TEST_F(FileParser, two_parses_share_a_directory_and_differ_in_their_files) {
   HString const first = HClusterFileParser::parse_to_txt(document, texts);
   HString const second = HClusterFileParser::parse_to_txt(document, texts);
