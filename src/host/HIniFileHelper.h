@@ -26,6 +26,10 @@ struct HIniSection {
 /// Names are case-sensitive. Comments, other sections and other keys survive every rewrite. A name
 /// or value that INI syntax cannot hold (a line break, a bracket in a section name, blanks at an
 /// end) is stored percent-encoded and read back as it was. Files are replaced atomically.
+///
+/// A file of more than 8 MiB, with more than 100,000 sections and keys, or with a section name of
+/// more than 4 KiB counts as one that cannot be read, and none is written: looking into a hostile
+/// one takes neither minutes nor gigabytes.
 class MORVA_EXPORT HIniFileHelper {
  public:
   /// The file is UTF-8, the only encoding there is; kept for callers that set it.
