@@ -43,6 +43,9 @@ class ContextSink final : public PdfSink {
   void count_pages(std::int64_t number) override { context_.count_pages(number); }
   void count_images(std::int64_t number) override { context_.count_images(number); }
   bool keep_going() override { return context_.keep_going(); }
+  bool charge_expansion(std::int64_t packed, std::int64_t unpacked, std::int64_t added) override {
+    return context_.charge_expansion(packed, unpacked, added);
+  }
   void end(Orlec::ParseOutcome outcome, std::string_view reason) override {
     context_.end(outcome, reason);
   }

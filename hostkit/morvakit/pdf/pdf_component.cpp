@@ -65,7 +65,7 @@ class ReaderStream final : public BaseSeekInputStream {
   /// other, and does not make room for as many pages and hints as it claims to have.
   Goffset getLength() override {
     constexpr Goffset beyond = Goffset{1} << 33;
-    return length == 0 ? 0 : std::max(length, beyond);
+    return limited || length == 0 ? length : std::max(length, beyond);
   }
 
  private:

@@ -29,6 +29,7 @@ class PdfSink {
   virtual void count_pages(std::int64_t number) = 0;
   virtual void count_images(std::int64_t number) = 0;
   virtual bool keep_going() = 0;
+  virtual bool charge_expansion(std::int64_t packed, std::int64_t unpacked, std::int64_t added) = 0;
   virtual void end(Orlec::ParseOutcome outcome, std::string_view reason) = 0;
   virtual void note(Orlec::ParseOutcome outcome, std::string_view reason) = 0;
 

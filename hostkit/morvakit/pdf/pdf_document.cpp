@@ -176,7 +176,7 @@ void PdfDocumentText::read_page(int number) {
     check_fields(form_check_.are_sound(annotations));
   }
   if (!resources_.take(*page->getResourceDictObject()) ||
-      !resources_.take_annotations(annotations)) {
+      !resources_.take_content(page->getContents()) || !resources_.take_annotations(annotations)) {
     going_ = false;
     return;
   }

@@ -8,25 +8,43 @@
 
 namespace morvakit {
 
+namespace {
+
+Object value_of(Object const& dictionary, char const* key) {
+  return dictionary.isDict() ? dictionary.dictLookup(key) : Object(objNull);
+}
+
+}  // namespace
+
 bool PdfResources::take_form() {
-  auto const catalog = document_.getXRef()->getCatalog();
-  auto const form = catalog.isDict() ? catalog.dictLookup("AcroForm") : Object(objNull);
+  auto const form = value_of(document_.getXRef()->getCatalog(), "AcroForm");
   return !form.isDict() || take(form.dictLookup("DR"));
 }
 
 bool PdfResources::take(Object const& resources) {
-  open_.push_back(resources.copy());
+  open_.push_back({resources.copy(), true});
   return take_open();
+}
+
+bool PdfResources::take_content(Object const& content) {
+  for (int i = 0; content.isArray() && i < content.arrayGetLength(); ++i) {
+    if (!bounds_.is_bounded(content.arrayGet(i))) {
+      return false;
+    }
+  }
+  return bounds_.is_bounded(content);
 }
 
 bool PdfResources::take_annotations(Object const& annotations) {
   for (int i = 0; annotations.isArray() && i < annotations.arrayGetLength(); ++i) {
-    auto const annotation = annotations.arrayGet(i);
-    auto const looks = annotation.isDict() ? annotation.dictLookup("AP") : Object(objNull);
-    auto const look = looks.isDict() ? looks.dictLookup("N") : Object(objNull);
-    open_form(look);
+    auto const look = value_of(value_of(annotations.arrayGet(i), "AP"), "N");
+    if (!open_form(look)) {
+      return false;
+    }
     for (int state = 0; look.isDict() && state < look.dictGetLength(); ++state) {
-      open_form(look.dictGetVal(state));
+      if (!open_form(look.dictGetVal(state))) {
+        return false;
+      }
     }
     if (!take_open()) {
       return false;
@@ -37,42 +55,50 @@ bool PdfResources::take_annotations(Object const& annotations) {
 
 bool PdfResources::take_open() {
   while (!open_.empty() && sink_.keep_going()) {
-    auto const resources = std::move(open_.back());
+    auto const next = std::move(open_.back());
     open_.pop_back();
-    if (!resources.isDict()) {
-      continue;
-    }
-    take_pictures(resources.dictLookup("XObject"));
-    if (!take_fonts(resources.dictLookup("Font")) ||
-        !take_states(resources.dictLookup("ExtGState"))) {
+    if (next.resources.isDict() && !take_next(next)) {
       return false;
     }
   }
   return sink_.keep_going();
 }
 
-void PdfResources::open_form(Object const& form) {
+bool PdfResources::take_next(Open const& open) {
+  auto const& resources = open.resources;
+  return take_pictures(resources.dictLookup("XObject"), open.has_pictures_to_count) &&
+         take_fonts(resources.dictLookup("Font")) &&
+         take_states(resources.dictLookup("ExtGState")) &&
+         take_patterns(resources.dictLookup("Pattern")) &&
+         take_patterns(resources.dictLookup("Shading")) &&
+         take_colors(resources.dictLookup("ColorSpace"));
+}
+
+bool PdfResources::open_form(Object const& form, bool has_pictures_to_count) {
   if (form.isStream()) {
-    open_.push_back(form.streamGetDict()->lookup("Resources"));
+    open_.push_back({form.streamGetDict()->lookup("Resources"), has_pictures_to_count});
   }
+  return bounds_.is_bounded(form);
 }
 
 /// A picture or form is gone through once in the document, by its reference.
-void PdfResources::take_pictures(Object const& pictures) {
+bool PdfResources::take_pictures(Object const& pictures, bool is_counted) {
+  auto& met = is_counted ? met_ : met_uncounted_;
   for (int i = 0; pictures.isDict() && i < pictures.dictGetLength() && sink_.keep_going(); ++i) {
     auto const& reference = pictures.dictGetValNF(i);
-    if (!reference.isRef() || !met_.is_new(reference)) {
+    if (!reference.isRef() || !met.is_new(reference)) {
       continue;
     }
     auto const picture = pictures.dictGetVal(i);
     auto const subtype =
         picture.isStream() ? picture.streamGetDict()->lookup("Subtype") : Object(objNull);
     if (subtype.isName("Image")) {
-      sink_.count_images(1);
-    } else if (subtype.isName("Form")) {
-      open_form(picture);
+      sink_.count_images(is_counted ? 1 : 0);
+    } else if (subtype.isName("Form") && !open_form(picture, is_counted)) {
+      return false;
     }
   }
+  return true;
 }
 
 bool PdfResources::take_fonts(Object const& fonts) {
@@ -85,16 +111,49 @@ bool PdfResources::take_fonts(Object const& fonts) {
 }
 
 bool PdfResources::take_font(Object const& font) {
+  auto const descendants = value_of(font, "DescendantFonts");
+  bool const has_descendant = descendants.isArray() && descendants.arrayGetLength() > 0;
+  return take_maps(font) && take_font_program(font) && take_drawn_characters(font) &&
+         (!has_descendant || take_font_program(descendants.arrayGet(0)));
+}
+
+bool PdfResources::take_maps(Object const& font) {
   constexpr int deepest = 100;
-  auto map = font.isDict() ? font.dictLookup("Encoding") : Object(objNull);
+  auto map = value_of(font, "Encoding");
   for (int depth = 0; map.isStream(); ++depth) {
     if (depth > deepest) {
       sink_.end(Orlec::ParseOutcome::limit_reached,
                 "maps of characters based on each other over 100 deep");
       return false;
     }
+    if (!bounds_.is_sound_map(map)) {
+      return false;
+    }
     auto base = map.streamGetDict()->lookup("UseCMap");
     map = std::move(base);
+  }
+  return bounds_.is_sound_map(value_of(font, "ToUnicode"));
+}
+
+bool PdfResources::take_font_program(Object const& font) {
+  auto const descriptor = value_of(font, "FontDescriptor");
+  return bounds_.is_bounded(value_of(font, "CIDToGIDMap")) &&
+         bounds_.is_bounded(value_of(descriptor, "FontFile")) &&
+         bounds_.is_bounded(value_of(descriptor, "FontFile2")) &&
+         bounds_.is_bounded(value_of(descriptor, "FontFile3"));
+}
+
+/// The characters of a font may be drawn as a page is.
+bool PdfResources::take_drawn_characters(Object const& font) {
+  auto const characters = value_of(font, "CharProcs");
+  for (int i = 0; characters.isDict() && i < characters.dictGetLength() && sink_.keep_going();
+       ++i) {
+    if (!bounds_.is_bounded(characters.dictGetVal(i))) {
+      return false;
+    }
+  }
+  if (characters.isDict()) {
+    open_.push_back({font.dictLookup("Resources"), false});
   }
   return true;
 }
@@ -106,13 +165,45 @@ bool PdfResources::take_states(Object const& states) {
       continue;
     }
     auto const state = states.dictGetVal(i);
-    auto const font = state.isDict() ? state.dictLookup("Font") : Object(objNull);
-    auto const mask = state.isDict() ? state.dictLookup("SMask") : Object(objNull);
+    auto const font = value_of(state, "Font");
+    auto const mask = value_of(state, "SMask");
     if (font.isArray() && font.arrayGetLength() > 0 && !take_font(font.arrayGet(0))) {
       return false;
     }
-    if (mask.isDict() && met_.is_new(mask.getDict()->lookupNF("G"))) {
-      open_form(mask.dictLookup("G"));
+    if (mask.isDict() && met_.is_new(mask.getDict()->lookupNF("G")) &&
+        !open_form(mask.dictLookup("G"))) {
+      return false;
+    }
+  }
+  return true;
+}
+
+/// Patterns are drawn as a page is, or by a shading; shadings stand for themselves too.
+bool PdfResources::take_patterns(Object const& patterns) {
+  for (int i = 0; patterns.isDict() && i < patterns.dictGetLength() && sink_.keep_going(); ++i) {
+    auto const& reference = patterns.dictGetValNF(i);
+    if (!met_.is_new(reference)) {
+      continue;
+    }
+    auto const pattern = patterns.dictGetVal(i);
+    bool const is_shading = pattern.isStream() && pattern.streamGetDict()->hasKey("ShadingType");
+    if (is_shading ? !bounds_.is_sound_shading(pattern)
+                   : !open_form(pattern, false) ||
+                         !bounds_.is_sound_shading(value_of(pattern, "Shading"))) {
+      return false;
+    }
+  }
+  return true;
+}
+
+/// A color space is an array, of which some hold a stream.
+bool PdfResources::take_colors(Object const& spaces) {
+  for (int i = 0; spaces.isDict() && i < spaces.dictGetLength() && sink_.keep_going(); ++i) {
+    auto const space = met_.is_new(spaces.dictGetValNF(i)) ? spaces.dictGetVal(i) : Object(objNull);
+    for (int part = 1; space.isArray() && part < space.arrayGetLength(); ++part) {
+      if (!bounds_.is_bounded(space.arrayGet(part))) {
+        return false;
+      }
     }
   }
   return true;

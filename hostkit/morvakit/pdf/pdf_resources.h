@@ -5,37 +5,56 @@
 #include <Object.h>
 #include <PDFDoc.h>
 
+#include "morvakit/pdf/pdf_bounds.h"
 #include "morvakit/pdf/pdf_component.h"
 #include "morvakit/pdf/pdf_objects.h"
 
 namespace morvakit {
 
 /// Goes through what pages are drawn with before they are: counts pictures, and finds what the
-/// library could not take. It follows the maps that a font's map of characters is based on by
-/// calling itself, so that a chain of them as long as a file can make it would exhaust the stack.
+/// library could not take: streams that unpack to too much, maps of too many characters. It follows
+/// the maps that a font's map of characters is based on by calling itself, so that a chain of them
+/// as long as a file can make it would exhaust the stack.
 class PdfResources {
  public:
-  PdfResources(PDFDoc& document, PdfSink& sink) : document_(document), sink_(sink) {}
+  PdfResources(PDFDoc& document, PdfSink& sink) : document_(document), sink_(sink), bounds_(sink) {}
 
   /// What the fields of the form are drawn with, a page, or the annotations of one. False, with the
   /// reading ended, where there is what the library cannot take, or reading is to stop.
   bool take_form();
   bool take(Object const& resources);
   bool take_annotations(Object const& annotations);
+  /// What draws a page: a stream, or several.
+  bool take_content(Object const& content);
 
  private:
+  struct Open {
+    Object resources;
+    /// Those of a page or a form, but not of a pattern or a character.
+    bool has_pictures_to_count;
+  };
+
   bool take_open();
-  void take_pictures(Object const& pictures);
+  bool take_next(Open const& open);
+  bool take_pictures(Object const& pictures, bool is_counted);
   bool take_fonts(Object const& fonts);
   bool take_font(Object const& font);
+  bool take_font_program(Object const& font);
+  bool take_maps(Object const& font);
+  bool take_drawn_characters(Object const& font);
   bool take_states(Object const& states);
-  void open_form(Object const& form);
+  bool take_patterns(Object const& patterns);
+  bool take_colors(Object const& spaces);
+  bool open_form(Object const& form, bool has_pictures_to_count = true);
 
   PDFDoc& document_;
   PdfSink& sink_;
+  PdfBounds bounds_;
   PdfObjectsMet met_;
+  /// Pictures and forms that are drawn by patterns and characters.
+  PdfObjectsMet met_uncounted_;
   /// Resources that are still to be gone through.
-  std::vector<Object> open_;
+  std::vector<Open> open_;
 };
 
 }  // namespace morvakit

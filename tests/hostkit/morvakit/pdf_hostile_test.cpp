@@ -5,6 +5,7 @@
 
 #include "hostkit/morvakit/parse_bytes.h"
 #include "hostkit/morvakit/pdf_builder.h"
+#include "hostkit/morvakit/scoped_limits.h"
 
 namespace {
 
@@ -72,6 +73,89 @@ TEST(PdfHostile, the_size_of_an_attached_file_is_no_number_of_objects) {
       "9 0 obj\n<</Type/EmbeddedFile/Params<</Size 30000000>>/Length 0>>stream\n\nendstream\n"
       "endobj"));
   EXPECT_EQ(parsed.main(), "text");
+}
+
+/// A page whose font has that map of characters.
+std::string with_map(std::string const& map) {
+  auto pdf = one_page(show("text"),
+                      "<</Type/Font/Subtype/Type0/BaseFont/X/Encoding 7 0 R/DescendantFonts[6 0 "
+                      "R]/ToUnicode 8 0 R>>");
+  pdf.add(
+      "<</Type/Font/Subtype/CIDFontType2/CIDSystemInfo<</Registry(Adobe)/Ordering(Identity)"
+      "/Supplement 0>>>>");
+  pdf.add_stream(map, "/Type/CMap");
+  pdf.add_stream(map);
+  return pdf.bytes();
+}
+
+class PdfCharacterMap : public testing::TestWithParam<Claim> {};
+
+// The library would write down each code, or not come to an end.
+TEST_P(PdfCharacterMap, without_end_is_a_bound) {
+  auto const parsed = parse_bytes(with_map(GetParam().bytes));
+  EXPECT_EQ(parsed.outcome, ParseOutcome::limit_reached);
+  EXPECT_EQ(parsed.reason, "a map of too many characters");
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    , PdfCharacterMap,
+    testing::Values(
+        Claim{"of_all_codes", "1 begincidrange <00000000> <fffffeff> 0 endcidrange"},
+        Claim{"up_to_the_last_code", "1 begincidrange <ffffff00> <ffffffff> 0 endcidrange"},
+        Claim{"with_a_sign", "1 begincidrange <00> <-1> 0 endcidrange"},
+        Claim{"behind_a_comment", "begincidrange %endcidrange\n<00000000> < ff fff eff> 0"},
+        Claim{"behind_a_string", "(\\) begincidrange) begincidrange <00000000> <fffffeff> 0"},
+        Claim{"of_the_last_code", "1 begincidchar <ffffffff> 0 endcidchar"},
+        Claim{"to_unicode", "1 beginbfrange <00000000> <00ffffff> <0041> endbfrange"},
+        Claim{"to_unicode_behind_a_list",
+              "beginbfrange <00> <01> [<0041> <0042>] <00000000> <00ffffff> <0041>"}),
+    [](auto const& tested) { return std::string(tested.param.name); });
+
+TEST(PdfHostile, a_map_may_have_codes_of_any_length) {
+  auto const parsed =
+      parse_bytes(with_map("1 begincodespacerange <00000000> <ffffffff> endcodespacerange "
+                           "1 begincidrange <81308130> <8130813f> 1 endcidrange "
+                           "1 beginbfrange <0020> <007e> <4e00> endbfrange"));
+  EXPECT_EQ(parsed.outcome, ParseOutcome::text);
+}
+
+/// A stream that unpacks to four thousand times its size.
+std::string swollen() {
+  return std::string(1024, '\x81');
+}
+constexpr auto packed_twice = "/Filter[/RunLengthDecode/RunLengthDecode]";
+
+Orlec::ParseLimits limits_of_a_megabyte() {
+  Orlec::ParseLimits limits;
+  limits.i_expanded_bytes = 1 << 20;
+  return limits;
+}
+
+TEST(PdfHostile, what_draws_a_page_keeps_to_the_bound_on_unpacked_bytes) {
+  test::ScopedLimits const limits(limits_of_a_megabyte());
+  auto pdf = one_page(show("text"), test::helvetica, "", "/Contents 6 0 R");
+  pdf.add_stream(swollen(), packed_twice);
+  EXPECT_EQ(parse_bytes(exchanged(pdf.bytes(), "/Contents 4 0 R", "")).outcome,
+            ParseOutcome::limit_reached);
+}
+
+TEST(PdfHostile, the_program_of_a_font_keeps_to_the_bound_on_unpacked_bytes) {
+  test::ScopedLimits const limits(limits_of_a_megabyte());
+  auto pdf = one_page(show("text"),
+                      "<</Type/Font/Subtype/Type1/BaseFont/X/FontDescriptor<</FontFile 6 0 R>>>>");
+  pdf.add_stream(swollen(), packed_twice);
+  EXPECT_EQ(parse_bytes(pdf.bytes()).outcome, ParseOutcome::limit_reached);
+}
+
+TEST(PdfHostile, a_shading_of_too_many_pieces_is_a_bound) {
+  auto pdf =
+      one_page(show("text") + "/S sh", test::helvetica, "", "/Resources<</Shading<</S 6 0 R>>>>");
+  pdf.add_stream(swollen(),
+                 std::string(packed_twice) +
+                     "/ShadingType 6/ColorSpace/DeviceGray/BitsPerCoordinate 1/BitsPerComponent "
+                     "1/BitsPerFlag 2/Decode[0 1 0 1 0 1]");
+  auto const bytes = exchanged(pdf.bytes(), "/Resources<</Font<</F1 5 0 R>>>>", "");
+  EXPECT_EQ(parse_bytes(bytes).reason, "a shading of too many pieces");
 }
 
 }  // namespace
