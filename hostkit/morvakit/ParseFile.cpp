@@ -133,7 +133,8 @@ class DocumentParser final : public ParseFile {
 bool DocumentParser::InitFile() {
   auto* const callback = state_->callback;
   bool const wants_text = (state_->mask & 1) != 0;
-  morvakit::ReadContext context(wants_text ? callback : nullptr, Global::pins()->limits);
+  morvakit::ReadContext context(wants_text ? callback : nullptr, Global::pins()->limits,
+                                state_->reader);
   if (callback != nullptr) {
     callback->OnBegin();
   }

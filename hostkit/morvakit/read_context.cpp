@@ -31,10 +31,12 @@ int separation(char character) {
 
 }  // namespace
 
-ReadContext::ReadContext(Orlec::TextCallback* callback, Orlec::ParseLimits const& limits)
+ReadContext::ReadContext(Orlec::TextCallback* callback, Orlec::ParseLimits const& limits,
+                         Orlec::Reader const* file)
     : own_whole_(std::make_unique<Whole>()), whole_(*own_whole_) {
   whole_.callback = callback;
   whole_.limits = limits;
+  whole_.file = file;
   whole_.deadline = Clock::now() + std::chrono::milliseconds(std::clamp<std::int64_t>(
                                        limits.i_milliseconds, 0, longest_milliseconds));
 }
@@ -134,6 +136,12 @@ bool ReadContext::end(Orlec::ParseOutcome outcome, std::string_view reason) {
     reason_ = reason;
   }
   return false;
+}
+
+bool ReadContext::end_unreadable(Orlec::Reader const& bytes) {
+  bool const is_in_container = whole_.file != nullptr && whole_.file != &bytes;
+  return end(is_in_container ? Orlec::ParseOutcome::damaged : Orlec::ParseOutcome::failed,
+             "the file cannot be read");
 }
 
 /// A bound on the whole is used up: no file of those that are open can be read any further.

@@ -20,7 +20,9 @@ namespace morvakit {
 /// the time and the bounds, and ends by itself.
 class ReadContext final : public ParseWatch {
  public:
-  ReadContext(Orlec::TextCallback* callback, Orlec::ParseLimits const& limits);
+  /// `file`: what the host asked for; null where it is not known.
+  ReadContext(Orlec::TextCallback* callback, Orlec::ParseLimits const& limits,
+              Orlec::Reader const* file = nullptr);
   ReadContext(ReadContext const&) = delete;
   ReadContext& operator=(ReadContext const&) = delete;
   /// A context for a file that is embedded in this one's, which has to outlive it. Its text begins
@@ -59,6 +61,10 @@ class ReadContext final : public ParseWatch {
   /// Ends the parse of this file with an outcome and a reason; the first call counts. Always
   /// returns false.
   bool end(Orlec::ParseOutcome outcome, std::string_view reason) override;
+  /// Ends the parse because bytes cannot be read: `failed` where they are those of the host's file,
+  /// `damaged` where they lie in a container, whose directory tells of bytes that are not there.
+  /// Always returns false.
+  bool end_unreadable(Orlec::Reader const& bytes);
   /// Remembers a fault that does not stop the reading: the outcome, unless the parse ends with
   /// another. Of several the first counts, but a bound counts above `incomplete`.
   void note(Orlec::ParseOutcome outcome, std::string_view reason);
@@ -76,6 +82,7 @@ class ReadContext final : public ParseWatch {
   struct Whole {
     Orlec::TextCallback* callback = nullptr;
     Orlec::ParseLimits limits;
+    Orlec::Reader const* file = nullptr;
     Clock::time_point deadline;
     std::uint32_t calls = 0;
     std::int64_t expanded = 0;

@@ -16,13 +16,13 @@ tessarine::ZipBounds bounds_of(Orlec::ParseLimits const& limits) {
 }
 
 /// Ends the context where the directory could not be read; whether it could.
-bool check_state(ZipState state, ReadContext& context) {
+bool check_state(ZipState state, Orlec::Reader const& reader, ReadContext& context) {
   auto const bounds = bounds_of(context.limits());
   switch (state) {
     case ZipState::open:
       return true;
     case ZipState::unreadable:
-      return context.end(ParseOutcome::failed, "the file cannot be read");
+      return context.end_unreadable(reader);
     case ZipState::too_many_entries:
       return context.end(ParseOutcome::limit_reached,
                          "a container of over " + std::to_string(bounds.entries) + " entries");
@@ -47,7 +47,7 @@ ZipContainer::ZipContainer(Orlec::Reader const& reader, ReadContext& context, Di
   if (is_broken && directory == Directory::may_be_broken) {
     return;
   }
-  if (check_state(state, context)) {
+  if (check_state(state, reader, context)) {
     list();
   }
 }

@@ -56,7 +56,7 @@ bool LineReader::fill() {
       window_.find('\r') != std::string::npos) {
     line_end_ = '\r';
   }
-  return got >= 0 || context_.end(Orlec::ParseOutcome::failed, "the file cannot be read");
+  return got >= 0 || context_.end_unreadable(reader_);
 }
 
 }  // namespace morvakit

@@ -550,7 +550,7 @@ void RtfReader::end_date(std::string_view label) {
 
 void RtfReader::end_file() {
   if (tokens_.has_failed()) {
-    context_.end(ParseOutcome::failed, "the file cannot be read");
+    context_.end_unreadable(tokens_.reader());
   } else if (tokens_.is_binary_cut()) {
     context_.note(ParseOutcome::damaged, "binary data reach beyond the end of the file");
   } else if (groups_.size() > 1) {

@@ -44,6 +44,7 @@ class RtfTokens {
   /// Whether the end came within binary data, which were to be longer than the file.
   bool is_binary_cut() const { return binary_left_ > 0; }
   bool has_failed() const { return has_failed_; }
+  Orlec::Reader const& reader() const { return reader_; }
 
  private:
   static constexpr int no_byte = -1;

@@ -15,7 +15,7 @@ bool read_piece(Orlec::Reader const& reader, ReadContext& context, std::int64_t 
   piece.resize(static_cast<std::size_t>(size));
   auto const got = reader.ReadAt(offset, piece.data(), size);
   piece.resize(static_cast<std::size_t>(std::max<std::int64_t>(got, 0)));
-  return got >= 0 || context.end(Orlec::ParseOutcome::failed, "the file cannot be read");
+  return got >= 0 || context.end_unreadable(reader);
 }
 
 bool is_plain_ascii(std::string_view bytes) {

@@ -65,7 +65,7 @@ void parse_file(Orlec::Reader const& reader, ReadContext& context, XmlHandler& h
     piece.resize(static_cast<std::size_t>(piece_size));
     auto const got = reader.ReadAt(offset, piece.data(), piece_size);
     if (got < 0) {
-      context.end(Orlec::ParseOutcome::failed, "the file cannot be read");
+      context.end_unreadable(reader);
       return;
     }
     piece.resize(static_cast<std::size_t>(got));

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include "hostkit/morvakit/parse_bytes.h"
+#include "hostkit/tessarine/compound_image.h"
 #include "hostkit/tessarine/memory_reader.h"
 #include "hostkit/tessarine/ole_builder.h"
 
@@ -227,6 +228,18 @@ TEST(Msg, a_property_that_is_too_long_is_noted) {
       parse_bytes(message("", {{variable("0037001E"), std::string((1U << 20) + 1, 'x')}}));
   EXPECT_EQ(parsed.outcome, ParseOutcome::limit_reached);
   EXPECT_EQ(parsed.reason, "a property of a message over 1048576 bytes");
+}
+
+// The file itself can be read: what fails is what its directory says of it.
+TEST(Msg, a_body_whose_sectors_are_lost_is_damage) {
+  test::CompoundImage image;
+  image.add_stream(properties, std::string(4096, '\0'));
+  auto const first = image.next.size();
+  image.add_stream(variable("1000001F"), wide(std::string(4096, 'x')));
+  image.next[first + 1] = test::CompoundImage::none;
+  auto const parsed = parse_bytes(image.bytes());
+  EXPECT_EQ(parsed.outcome, ParseOutcome::damaged);
+  EXPECT_EQ(parsed.reason, "the file cannot be read");
 }
 
 TEST(Msg, flipped_bytes_do_no_harm) {
