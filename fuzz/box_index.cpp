@@ -1,6 +1,8 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <cstdlib>
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -77,6 +79,10 @@ void check_deleted(HString const& id) {
 
 extern "C" int LLVMFuzzerInitialize(int* /*count*/, char*** /*arguments*/) {
   HFileLog::ins()->mi_level = 0;
+  // Each step waits until the index is on disk.
+  if (std::filesystem::is_directory("/dev/shm")) {
+    setenv("TMPDIR", "/dev/shm", 1);
+  }
   HFileClusterBoxIni::mstr_box_ini = directory() / "box.ini";
   return 0;
 }

@@ -170,7 +170,7 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
   int const method = random.integer(0, 3);
   Points const points(points_for(random));
   // The plain forms take long for more.
-  constexpr std::size_t most_values = 20000;
+  constexpr std::size_t most_values = 4000;
   if (points.rows.size() * points.rows.front().size() > most_values) {
     return 0;
   }

@@ -5,7 +5,6 @@
 #include <string_view>
 
 #include "morvabs/ini_text.h"
-#include "morvabs/text_decoder.h"
 
 #include "fuzz/require.h"
 
@@ -46,10 +45,10 @@ void check_names(IniDocument const& document) {
 
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size) {
   std::string_view const bytes(reinterpret_cast<char const*>(data), size);
-  IniDocument const document = morvabs::parse_ini(morvabs::decode_text(bytes));
+  IniDocument const document = morvabs::parse_ini(morvabs::decode_ini(bytes));
   check_names(document);
   std::string const written = morvabs::format_ini(document);
-  IniDocument const again = morvabs::parse_ini(morvabs::decode_text(written));
+  IniDocument const again = morvabs::parse_ini(morvabs::decode_ini(written));
   require(text_of(again) == text_of(document), "what is written is read as it was");
   require(morvabs::format_ini(again) == written, "a file that is rewritten stays as it is");
   return 0;

@@ -9,6 +9,7 @@
 
 #include "cluster/HClusterMgr.h"
 #include "host/HFileLog.h"
+#include "host/utf8.h"
 #include "numeric/HClusterCenter.h"
 #include "numeric/HClusterDistance.h"
 #include "numeric/HPointN.h"

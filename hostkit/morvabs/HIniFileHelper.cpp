@@ -11,7 +11,6 @@
 #include "host/native_path.h"
 #include "morvabs/atomic_file.h"
 #include "morvabs/ini_text.h"
-#include "morvabs/text_decoder.h"
 
 namespace {
 
@@ -34,7 +33,7 @@ std::optional<morvabs::IniDocument> load(HString const& path) {
   if (!morvabs::read_file(file_path(path), content, morvabs::largest_ini_file)) {
     return std::nullopt;
   }
-  std::string const text = morvabs::decode_text(content);
+  std::string const text = morvabs::decode_ini(content);
   if (!is_within_limits(text)) {
     return std::nullopt;
   }

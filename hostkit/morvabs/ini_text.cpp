@@ -5,11 +5,13 @@
 #include <charconv>
 #include <cstdint>
 #include <map>
+#include <new>
 #include <utility>
 
 #include <SimpleIni.h>
 
 #include "host/utf8.h"
+#include "morvabs/text_decoder.h"
 
 namespace morvabs {
 
@@ -242,6 +244,12 @@ void append_section(std::string& out, HIniSection const& section) {
 
 }  // namespace
 
+std::string decode_ini(std::string_view bytes) {
+  constexpr std::string_view mark = "\xEF\xBB\xBF";
+  std::size_t const start = bytes.starts_with(mark) ? mark.size() : 0;
+  return is_utf8(bytes) ? std::string(bytes.substr(start)) : decode_text(bytes);
+}
+
 bool is_within_ini_limits(std::string_view utf8) {
   std::size_t entries = 0;
   while (!utf8.empty()) {
@@ -263,7 +271,12 @@ IniDocument parse_ini(std::string_view utf8) {
   blank_broken_sections(text);
   text.append("\n[").append(end_section).append("]\n");
   Parser parser(true, false, false);
-  if (parser.LoadData(text) < 0) {
+  SI_Error const result = parser.LoadData(text);
+  if (result == SI_NOMEM) {
+    // Taken for an empty file, it would be one after the next change.
+    throw std::bad_alloc();
+  }
+  if (result < 0) {
     return {};
   }
   Parser::TNamesDepend sections;

@@ -24,6 +24,9 @@ constexpr std::int64_t largest_ini_file = std::int64_t{8} << 20;
 constexpr std::size_t most_ini_entries = 100'000;  ///< sections and keys
 constexpr std::size_t longest_ini_section = 4096;  ///< bytes of the line that names it
 
+/// The text of an INI file, which is UTF-8 where it can be that, and else what it looks like.
+MORVA_EXPORT std::string decode_ini(std::string_view bytes);
+
 /// Whether a text of at most `largest_ini_file` bytes keeps within the other limits.
 MORVA_EXPORT bool is_within_ini_limits(std::string_view utf8);
 

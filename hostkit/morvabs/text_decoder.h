@@ -48,7 +48,8 @@ class MORVA_EXPORT TextDecoder {
 };
 
 /// A whole text of unknown encoding as UTF-8, without its byte-order mark. A text that is valid
-/// UTF-8 from beginning to end is taken as that; control characters do not matter.
+/// UTF-8 from beginning to end is taken as that; only where a quarter of it are control characters
+/// it may turn out to be UTF-16 or UTF-32 instead.
 MORVA_EXPORT std::string decode_text(std::string_view bytes);
 
 /// The same as wide text, with no copy in between where the text is UTF-8.

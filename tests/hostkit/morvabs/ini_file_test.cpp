@@ -183,6 +183,17 @@ TEST_F(IniFile, reads_what_others_write) {
   EXPECT_EQ(read(L"box", L"CLASS"), HString());
 }
 
+TEST_F(IniFile, what_is_utf8_is_never_taken_for_another_encoding) {
+  put("#\x01k\n");  // two characters in UTF-16
+  write(L"box", L"MD5", L"1");
+  EXPECT_EQ(content(), "[box]\nMD5 = 1\n\n#\x01k\n");
+}
+
+TEST_F(IniFile, text_in_another_encoding_is_read_as_that) {
+  put("[\xC0\xE0]\nMD5 = 1\n[\xB7\xD6\xC0\xE0]\nMD5 = 2\n");  // GB18030
+  EXPECT_THAT(sections(), ElementsAre(L"类", L"分类"));
+}
+
 TEST_F(IniFile, a_section_without_its_bracket_is_passed_over) {
   put("[box]\nMD5 = 1\n[broken\nCLASS = 2\n");
   EXPECT_THAT(sections(), ElementsAre(L"box"));
