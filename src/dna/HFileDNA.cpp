@@ -7,8 +7,8 @@
 
 #include "dna/HFileSimHash.h"
 #include "dna/internal/fingerprint.h"
-#include "features/HClusterFileParser.h"
 #include "features/HFileWordNode.h"
+#include "features/internal/text_files.h"
 #include "host/Orlec/IFile.h"
 #include "host/Orlec/TextCallback.h"
 #include "host/internal/log_line.h"
@@ -31,6 +31,19 @@ void get_word_node_dna(std::vector<WordNode> const& words, HString& str_dna) {
     list.push_back({&node.word, node.weight});
   }
   str_dna = morva::fingerprint(list);
+}
+
+// The words of the files, or with `parse_first` of the documents; false without a dictionary.
+bool get_all_words(std::vector<HString> const& files, bool parse_first,
+                   std::vector<WordNode>& words) {
+  if (!parse_first) {
+    return HFileWordNode::get_file_word_node(files, words, all_words);
+  }
+  morva::TextFiles texts;
+  for (HString const& file : files) {
+    texts.add(file);
+  }
+  return HFileWordNode::get_file_word_node(texts.files(), words, all_words);
 }
 
 int covered_characters(std::vector<WordNode> const& words) {
@@ -142,19 +155,8 @@ bool HFileDNA::get_file_dna(HString const& path, HString& str_dna, int* count, i
 bool HFileDNA::get_file_dna(HString const& path, HString& str_dna, HTessarineResult& result,
                             bool parse_first) {
   str_dna.clear();
-  std::vector<HString> texts;
-  HString directory;
-  if (parse_first) {
-    directory = HClusterFileParser::parse_to_txt(path, result, texts);
-  } else {
-    texts.push_back(path);
-  }
   std::vector<WordNode> words;
-  bool const has_dictionary = HFileWordNode::get_file_word_node(texts, words, all_words);
-  if (parse_first) {
-    HClusterFileParser::del_parse_out_file(texts, directory);
-  }
-  if (has_dictionary) {
+  if (get_all_words({path}, parse_first, words)) {
     get_word_node_dna(words, str_dna);
   }
   result.i_word += covered_characters(words);
@@ -166,21 +168,8 @@ bool HFileDNA::get_file_dna(std::vector<HString> const& files, HString& str_dna,
   if (count != nullptr) {
     *count = 0;
   }
-  std::vector<HString> texts;
-  std::vector<HString> directories;
-  if (parse_first) {
-    for (HString const& file : files) {
-      directories.push_back(HClusterFileParser::parse_to_txt(file, texts));
-    }
-  } else {
-    texts = files;
-  }
   std::vector<WordNode> words;
-  bool const has_dictionary = HFileWordNode::get_file_word_node(texts, words, all_words);
-  if (parse_first) {
-    HClusterFileParser::del_parse_out_file(texts, directories);
-  }
-  if (has_dictionary) {
+  if (get_all_words(files, parse_first, words)) {
     get_word_node_dna(words, str_dna);
   }
   if (str_dna.empty()) {

@@ -60,11 +60,25 @@ void remove_leftovers(HString const& directory, HString const& path) {
   }
 }
 
-void parse(Orlec::ParseFile& parser, Orlec::TextLineCallback& callback) {
-  parser.SetMask(1);
-  parser.SetCallBack(&callback, false);
-  parser.InitFile();
-  parser.GetTextCallback();
+// Parses into a new text file in the directory, which ends in "/". Where memory runs out, neither
+// the file nor its place in the list stays.
+void parse_into(HString const& directory, Orlec::ParseFile& parser,
+                std::vector<HString>& text_files) {
+  text_files.push_back(directory + HString::generateUUID2());
+  try {
+    Orlec::TextLineCallback callback;
+    callback.mb_in_memory = false;
+    callback.SetOutputFile(text_files.back());
+    parser.SetMask(1);
+    parser.SetCallBack(&callback, false);
+    parser.InitFile();
+    parser.GetTextCallback();
+  } catch (...) {
+    HFile::delete_file(text_files.back());
+    HFile::del_empty_dir(directory);
+    text_files.pop_back();
+    throw;
+  }
 }
 
 }  // namespace
@@ -83,12 +97,7 @@ HString HClusterFileParser::parse_to_txt(Orlec::ParseFile* parser,
     return {};
   }
   morva::log_line(3, tag, __LINE__, L"parse file : ", parser->GetFileFullPath());
-  Orlec::TextLineCallback callback;
-  callback.mb_in_memory = false;
-  HString const output = directory.dir_fit(true) + HString::generateUUID2();
-  callback.SetOutputFile(output);
-  parse(*parser, callback);
-  text_files.push_back(output);
+  parse_into(directory.dir_fit(true), *parser, text_files);
   return directory;
 }
 
@@ -105,15 +114,10 @@ HString HClusterFileParser::parse_to_txt(HString const& path, std::vector<HStrin
     morva::log_assertion(tag, L"parse_to_txt", __LINE__, L"ASSERT_NULL");
     return {};
   }
-  Orlec::TextLineCallback callback;
-  callback.mb_in_memory = false;
-  HString const output = directory.dir_fit(true) + HString::generateUUID2();
-  callback.SetOutputFile(output);
   parser->SetFilePath(path.get_path(true));
   parser->SetFileName(path.get_short_name());
   parser->SetFileSize(file.GetLength());
-  parse(*parser, callback);
-  text_files.push_back(output);
+  parse_into(directory.dir_fit(true), *parser, text_files);
   return directory;
 }
 

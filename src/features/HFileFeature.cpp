@@ -3,8 +3,8 @@
 #include <memory>
 #include <optional>
 
-#include "features/HClusterFileParser.h"
 #include "features/HFileWordNode.h"
+#include "features/internal/text_files.h"
 #include "host/Orlec/IFile.h"
 #include "host/Orlec/TextCallback.h"
 #include "host/internal/log_line.h"
@@ -22,6 +22,17 @@ void fill(HFeatureNode& node, std::vector<WordNode> const& words) {
     node.vt_weight.push_back(word.weight);
     node.map_word_weight[word.word] = word.weight;
   }
+}
+
+// Objects that may never be released are made in these two, so that leak checkers can tell them
+// from all others by the name.
+std::unique_ptr<Orlec::ParseFile> make_leavable_parser(Orlec::IFile& file) {
+  return std::unique_ptr<Orlec::ParseFile>(Orlec::GetParser(&file, false));
+}
+
+std::unique_ptr<Orlec::TextLineCallback> make_leavable_callback() {
+  // NOLINTNEXTLINE(clang-analyzer-cplusplus.NewDeleteLeaks)
+  return std::make_unique<Orlec::TextLineCallback>();
 }
 
 }  // namespace
@@ -48,15 +59,11 @@ bool HFileFeature::get_file_feature(std::vector<HString> const& files, HFeatureN
   if (!parse_first) {
     return get_vt_file_feature(files, node);
   }
-  std::vector<HString> texts;
-  std::vector<HString> directories;
-  directories.reserve(files.size());
+  morva::TextFiles texts;
   for (HString const& file : files) {
-    directories.push_back(HClusterFileParser::parse_to_txt(file, texts));
+    texts.add(file);
   }
-  bool const done = get_vt_file_feature(texts, node);
-  HClusterFileParser::del_parse_out_file(texts, directories);
-  return done;
+  return get_vt_file_feature(texts.files(), node);
 }
 
 bool HFileFeature::get_file_centent_feature(HString const& text, HString const& name,
@@ -86,16 +93,15 @@ bool HFileFeature::get_file_feature(Orlec::ParseFile* parser, HFeatureNode& node
 
 bool HFileFeature::get_file_feature(HString const& path, HFeatureNode& node, bool /*reserved*/) {
   Orlec::IFile file(path, false);
-  std::unique_ptr<Orlec::ParseFile> parser(Orlec::GetParser(&file, false));
+  auto parser = make_leavable_parser(file);
   if (parser == nullptr) {
     morva::log_assertion(tag, L"get_file_feature", __LINE__, L"ASSERT_NULL");
     return false;
   }
   parser->SetFileAlias(node.str_file_name);
   // The first of two callbacks is never used nor released; what this operation leaves is fixed.
-  static_cast<void>(std::make_unique<Orlec::TextLineCallback>().release());
-  // NOLINTNEXTLINE(clang-analyzer-cplusplus.NewDeleteLeaks)
-  auto callback = std::make_unique<Orlec::TextLineCallback>();
+  static_cast<void>(make_leavable_callback().release());
+  auto callback = make_leavable_callback();
   parser->SetCallBack(callback.get(), false);
   parser->SetMask(1);
   if (!parser->InitFile()) {
