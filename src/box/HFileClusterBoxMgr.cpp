@@ -139,7 +139,7 @@ bool HFileClusterBoxMgr::get_box(HString const& box_id, QXPPolicyMorvaClustBox& 
     return false;
   }
   box.from_file(path);
-  morva::count_load(box_id);
+  morva::count_load(box_id, map_box);
   map_box[box_id] = box;
   return true;
 }
@@ -155,7 +155,7 @@ QXPPolicyMorvaClustBox const* HFileClusterBoxMgr::find_box(HString const& box_id
   }
   QXPPolicyMorvaClustBox loaded;
   loaded.from_file(path);
-  morva::count_load(box_id);
+  morva::count_load(box_id, map_box);
   return &map_box.emplace(box_id, std::move(loaded)).first->second;
 }
 

@@ -10,6 +10,8 @@
 #include "classify/HFileMatchClassifyMgr.h"
 #include "cluster/cluster_type.h"
 
+#include "support/process_usage.h"
+
 namespace {
 
 constexpr std::size_t words = 3000;
@@ -148,6 +150,27 @@ TEST_F(CachedBox, that_grows_by_a_class_is_another) {
   EXPECT_TRUE(matches());
   boxes().map_box[id].vt_kmeans_node.erase(boxes().map_box[id].vt_kmeans_node.begin());
   EXPECT_FALSE(matches());
+}
+
+TEST_F(CachedBox, that_the_host_erases_leaves_nothing_behind) {
+#ifdef MORVA_SANITIZED
+  GTEST_SKIP() << "the sanitizer's allocator does not tell what is in use";
+#endif
+  auto const match_another = [this](int number) {
+    HString const name = HString(L"box") + HString(number, false);
+    boxes().vt_local_box[0].str_box_id = name;
+    boxes().map_box[name] = box;
+    HString out;
+    EXPECT_TRUE(HFileMatchClassifyMgr::pins()->match(node, std::vector<HString>{L"1"}, name, out));
+    boxes().map_box.clear();
+  };
+  match_another(0);
+  long long const before = test::ProcessUsage::now().heap;
+  for (int number = 1; number <= 20; ++number) {
+    match_another(number);
+  }
+  constexpr long long one_box = words * sizeof(double);
+  EXPECT_LT(test::ProcessUsage::now().heap, before + one_box);
 }
 
 }  // namespace

@@ -1,7 +1,5 @@
 #include "box/internal/load_count.h"
 
-#include <map>
-
 namespace morva {
 
 namespace {
@@ -18,8 +16,10 @@ std::uint64_t load_count(HString const& box_id) {
   return found == counts().end() ? 0 : found->second;
 }
 
-void count_load(HString const& box_id) {
-  ++counts()[box_id];
+void count_load(HString const& box_id, std::map<HString, QXPPolicyMorvaClustBox> const& cache) {
+  static std::uint64_t loads = 0;
+  std::erase_if(counts(), [&cache](auto const& entry) { return !cache.contains(entry.first); });
+  counts()[box_id] = ++loads;
 }
 
 }  // namespace morva

@@ -4,6 +4,7 @@
 #include <map>
 #include <utility>
 
+#include "box/HFileClusterBoxMgr.h"
 #include "box/internal/load_count.h"
 
 namespace morva {
@@ -14,6 +15,12 @@ struct Prepared {
   std::uint64_t load;
   WeightLists lists;
 };
+
+// What was made of boxes that a host has erased since goes as well.
+void forget_erased(std::map<HString, Prepared>& boxes) {
+  auto const& cache = HFileClusterBoxMgr::pins()->map_box;
+  std::erase_if(boxes, [&cache](auto const& entry) { return !cache.contains(entry.first); });
+}
 
 }  // namespace
 
@@ -26,6 +33,7 @@ WeightLists const& prepared_box(HString const& box_id, QXPPolicyMorvaClustBox co
       known->second.lists.is_of(box.vt_words, lists)) {
     return known->second.lists;
   }
+  forget_erased(boxes);
   Prepared prepared{load_count(box_id), WeightLists(box.vt_words, lists)};
   return boxes.insert_or_assign(box_id, std::move(prepared)).first->second.lists;
 }
