@@ -52,6 +52,8 @@ bool Engine::load(std::string const& directory) {
   Stamps const stamps = stamps_of(directory);
   if (directory == directory_ && stamps == stamps_ && lexicon_) return true;
   lexicon_.reset();
+  // Where this one cannot be loaded to its end, none is.
+  directory_.clear();
   // An empty path would mean the root directory.
   if (directory.empty() || !dictionary_.open(join(directory, dictionary_name))) return false;
   lexicon_.emplace(dictionary_);

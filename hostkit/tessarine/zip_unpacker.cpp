@@ -56,6 +56,9 @@ class DeflateUnpacker : public ZipUnpacker {
   Step unpack(std::span<char const>& input, std::span<char>& room) override {
     auto const result =
         work_on(stream_, input, room, [](z_stream* stream) { return inflate(stream, Z_NO_FLUSH); });
+    if (result == Z_MEM_ERROR) {
+      throw std::bad_alloc();
+    }
     if (result == Z_STREAM_END) {
       return Step::end;
     }
@@ -77,6 +80,9 @@ class Bzip2Unpacker : public ZipUnpacker {
 
   Step unpack(std::span<char const>& input, std::span<char>& room) override {
     auto const result = work_on(stream_, input, room, BZ2_bzDecompress);
+    if (result == BZ_MEM_ERROR) {
+      throw std::bad_alloc();
+    }
     if (result == BZ_STREAM_END) {
       return Step::end;
     }

@@ -1,10 +1,13 @@
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <exception>
 #include <new>
 #include <optional>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include <archive.h>
@@ -97,7 +100,14 @@ struct Input {
   Input(Orlec::Reader const& whole, ParseWatch& parse) : reader(whole), watch(parse) {}
 
   static la_ssize_t read(archive* /*library*/, void* self, void const** buffer) {
-    return static_cast<Input*>(self)->next(buffer);
+    auto& input = *static_cast<Input*>(self);
+    try {
+      return input.next(buffer);
+    } catch (...) {
+      // Not through the library.
+      input.thrown = std::current_exception();
+      return -1;
+    }
   }
   static la_int64_t skip(archive* /*library*/, void* self, la_int64_t request) {
     return static_cast<Input*>(self)->skip_bytes(request);
@@ -105,6 +115,10 @@ struct Input {
   static la_int64_t seek(archive* /*library*/, void* self, la_int64_t offset, int whence) {
     return static_cast<Input*>(self)->seek_to(offset, whence);
   }
+
+  /// Throws what was thrown while the library read, and ends the parse where the library itself got
+  /// no memory: a file may ask it for more than any machine has.
+  void check(archive* library);
 
   la_ssize_t next(void const** buffer);
   la_int64_t skip_bytes(la_int64_t request);
@@ -115,7 +129,17 @@ struct Input {
   std::optional<LzmaStream> xz;
   std::vector<char> piece = std::vector<char>(std::size_t{64} << 10);
   std::int64_t position = 0;
+  std::exception_ptr thrown;
 };
+
+void Input::check(archive* library) {
+  if (thrown) {
+    std::rethrow_exception(std::exchange(thrown, nullptr));
+  }
+  if (archive_errno(library) == ENOMEM) {
+    watch.end(Orlec::ParseOutcome::failed, "there is no memory to unpack it");
+  }
+}
 
 la_ssize_t Input::next(void const** buffer) {
   if (!watch.keep_going()) {
@@ -156,6 +180,11 @@ struct Library {
   };
 
   std::unique_ptr<archive, Free> handle{archive_read_new()};
+  /// The member at hand. The library's own is made too late, and then taken to be there.
+  struct FreeEntry {
+    void operator()(archive_entry* made) const { archive_entry_free(made); }
+  };
+  std::unique_ptr<archive_entry, FreeEntry> entry{archive_entry_new2(handle.get())};
   bool is_open = false;
   /// What cannot be unpacked at all looks like nothing to the library.
   bool may_be_broken = false;
@@ -203,12 +232,14 @@ LibraryStream::LibraryStream(Orlec::Reader const& reader, ParseWatch& watch, Arc
     : input_(reader, watch) {
   Utf8Names const names;
   auto* const library = library_.handle.get();
-  if (library == nullptr) {
+  if (library == nullptr || library_.entry == nullptr) {
     throw std::bad_alloc();
   }
   support_layout(library, layout);
   archive_read_set_read_callback(library, Input::read);
-  archive_read_set_callback_data(library, &input_);
+  if (archive_read_set_callback_data(library, &input_) != ARCHIVE_OK) {
+    throw std::bad_alloc();
+  }
   if (packing == ArchivePacking::xz) {
     input_.xz.emplace(reader, watch);
   } else if (packing == ArchivePacking::none) {
@@ -218,23 +249,25 @@ LibraryStream::LibraryStream(Orlec::Reader const& reader, ParseWatch& watch, Arc
     return;
   }
   library_.is_open = archive_read_open1(library) == ARCHIVE_OK;
+  input_.check(library);
   library_.may_be_broken = archive_errno(library) != 0;
 }
 
 ArchiveStream::Step LibraryStream::next(ArchiveEntry& entry) {
   Utf8Names const names;
   auto* const library = library_.handle.get();
-  archive_entry* found = nullptr;
+  archive_entry* const found = library_.entry.get();
   library_.piece = {};
   library_.hole = 0;
   library_.position = 0;
-  auto const result = library_.is_open ? archive_read_next_header(library, &found) : ARCHIVE_FATAL;
+  auto const result = library_.is_open ? archive_read_next_header2(library, found) : ARCHIVE_FATAL;
+  input_.check(library);
   if (result == ARCHIVE_EOF) {
     bool const is_broken =
         library_.may_be_broken && archive_format(library) == ARCHIVE_FORMAT_EMPTY;
     return is_broken ? Step::damaged : Step::end;
   }
-  if (result < ARCHIVE_WARN || found == nullptr) {
+  if (result < ARCHIVE_WARN) {
     bool const is_locked = library_.is_open && archive_read_has_encrypted_entries(library) == 1;
     return is_locked ? Step::encrypted : Step::damaged;
   }
@@ -254,6 +287,7 @@ std::int64_t LibraryStream::read(char* buffer, std::size_t size) {
   auto& library = library_;
   while (library.hole == 0 && library.piece.empty()) {
     if (!library.next_piece()) {
+      input_.check(library.handle.get());
       return library.is_at_end ? 0 : -1;
     }
   }

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstdlib>
+#include <new>
 #include <string>
 
 #include <lzma.h>
@@ -38,6 +39,14 @@ lzma_vli filter_of(LzmaStep::Method method) {
   return LZMA_VLI_UNKNOWN;
 }
 
+/// Whether the library did what it was asked for.
+bool is_good(lzma_ret result) {
+  if (result == LZMA_MEM_ERROR) {
+    throw std::bad_alloc();
+  }
+  return result == LZMA_OK;
+}
+
 /// The library's form of steps of unpacking.
 class FilterChain {
  public:
@@ -63,7 +72,7 @@ class FilterChain {
       auto& filter = filters_[i];
       filter.id = filter_of(step.method);
       auto const* const properties = reinterpret_cast<std::uint8_t const*>(step.properties.data());
-      if (lzma_properties_decode(&filter, nullptr, properties, step.properties.size()) != LZMA_OK) {
+      if (!is_good(lzma_properties_decode(&filter, nullptr, properties, step.properties.size()))) {
         return false;
       }
       if (step.method == LzmaStep::Method::lzma) {
@@ -124,7 +133,7 @@ void LzmaStream::State::refuse_dictionary() {
 
 LzmaStream::LzmaStream(Orlec::Reader const& file, ParseWatch& watch)
     : state_(std::make_unique<State>(file, watch)) {
-  state_->has_failed = lzma_auto_decoder(&state_->lzma, memory_limit, LZMA_CONCATENATED) != LZMA_OK;
+  state_->has_failed = !is_good(lzma_auto_decoder(&state_->lzma, memory_limit, LZMA_CONCATENATED));
 }
 
 LzmaStream::LzmaStream(Orlec::Reader const& data, ParseWatch& watch,
@@ -138,7 +147,7 @@ LzmaStream::LzmaStream(Orlec::Reader const& data, ParseWatch& watch,
   } else if (memory > memory_limit) {
     state_->refuse_dictionary();
   } else {
-    state_->has_failed = lzma_raw_decoder(&state_->lzma, chain.data()) != LZMA_OK;
+    state_->has_failed = !is_good(lzma_raw_decoder(&state_->lzma, chain.data()));
   }
 }
 
@@ -160,7 +169,7 @@ std::string_view LzmaStream::next() {
       state.refuse_dictionary();
     }
     state.has_failed = state.has_failed || !state.watch.keep_going() ||
-                       (result != LZMA_OK && result != LZMA_STREAM_END);
+                       (!is_good(result) && result != LZMA_STREAM_END);
   }
   return {reinterpret_cast<char const*>(state.unpacked.data()), piece_size - state.lzma.avail_out};
 }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <new>
 #include <string>
 #include <vector>
 
@@ -17,12 +18,12 @@ namespace {
 /// Takes the packing off bytes that come in pieces.
 class Unpacker {
  public:
-  Unpacker() : is_ready_(inflateInit(&stream_) == Z_OK) {}
-  ~Unpacker() {
-    if (is_ready_) {
-      inflateEnd(&stream_);
+  Unpacker() {
+    if (inflateInit(&stream_) != Z_OK) {
+      throw std::bad_alloc();
     }
   }
+  ~Unpacker() { inflateEnd(&stream_); }
   Unpacker(Unpacker const&) = delete;
   Unpacker& operator=(Unpacker const&) = delete;
 
@@ -36,7 +37,10 @@ class Unpacker {
   std::string_view take() {
     stream_.next_out = reinterpret_cast<Bytef*>(buffer_.data());
     stream_.avail_out = static_cast<uInt>(buffer_.size());
-    status_ = is_ready_ ? inflate(&stream_, Z_NO_FLUSH) : Z_MEM_ERROR;
+    status_ = inflate(&stream_, Z_NO_FLUSH);
+    if (status_ == Z_MEM_ERROR) {
+      throw std::bad_alloc();
+    }
     return {buffer_.data(), buffer_.size() - stream_.avail_out};
   }
   bool is_done() const { return status_ == Z_STREAM_END; }
@@ -48,7 +52,6 @@ class Unpacker {
   z_stream stream_{};
   int status_ = Z_OK;
   std::vector<char> buffer_ = std::vector<char>(64 << 10);
-  bool is_ready_;
 };
 
 /// Unpacks an object as far as it goes. False when a bound is passed, which is noted.

@@ -1,5 +1,7 @@
 #include "morvakit/text/html_component.h"
 
+#include <new>
+
 #include <libxml/HTMLparser.h>
 
 #include "host/export.h"
@@ -43,18 +45,20 @@ class LibraryParser : public HtmlParser {
   explicit LibraryParser(HtmlEvents& events)
       : parser_(htmlCreatePushParserCtxt(&handler_, &events, nullptr, 0, nullptr,
                                          XML_CHAR_ENCODING_UTF8)) {
-    if (parser_ != nullptr) {
-      // The text is in UTF-8 by now, whatever the page says of itself.
-      htmlCtxtUseOptions(parser_.get(), HTML_PARSE_RECOVER | HTML_PARSE_NOERROR |
-                                            HTML_PARSE_NOWARNING | HTML_PARSE_NONET |
-                                            HTML_PARSE_IGNORE_ENC);
+    if (parser_ == nullptr) {
+      throw std::bad_alloc();
     }
+    // The text is in UTF-8 by now, whatever the page says of itself.
+    htmlCtxtUseOptions(parser_.get(), HTML_PARSE_RECOVER | HTML_PARSE_NOERROR |
+                                          HTML_PARSE_NOWARNING | HTML_PARSE_NONET |
+                                          HTML_PARSE_IGNORE_ENC);
   }
-
-  bool is_made() const { return parser_ != nullptr; }
 
   void feed(std::string_view utf8, bool last) override {
     htmlParseChunk(parser_.get(), utf8.data(), static_cast<int>(utf8.size()), last ? 1 : 0);
+    if (parser_->errNo == XML_ERR_NO_MEMORY) {
+      throw std::bad_alloc();
+    }
   }
 
  private:
@@ -72,8 +76,5 @@ class LibraryParser : public HtmlParser {
 
 extern "C" MORVA_EXPORT void morvakit_make_html_parser(std::unique_ptr<morvakit::HtmlParser>& made,
                                                        morvakit::HtmlEvents& events) {
-  auto parser = std::make_unique<morvakit::LibraryParser>(events);
-  if (parser->is_made()) {
-    made = std::move(parser);
-  }
+  made = std::make_unique<morvakit::LibraryParser>(events);
 }

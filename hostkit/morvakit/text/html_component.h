@@ -54,7 +54,7 @@ class HtmlParser {
 inline constexpr char const* html_component_file = "libmorvakit-html.so";
 
 /// Offered by the component under `make_html_parser_symbol`: makes a parser, which the events have
-/// to outlive. Null when there is no memory for one.
+/// to outlive.
 using MakeHtmlParserFunction = void (*)(std::unique_ptr<HtmlParser>& made, HtmlEvents& events);
 
 inline constexpr char const* make_html_parser_symbol = "morvakit_make_html_parser";

@@ -284,6 +284,9 @@ void XmlStream::Parser::report() {
   if (context.ended() || code == XML_ERROR_ABORTED) {
     return;
   }
+  if (code == XML_ERROR_NO_MEMORY) {
+    throw std::bad_alloc();
+  }
   if (code == XML_ERROR_AMPLIFICATION_LIMIT_BREACH) {
     context.end(Orlec::ParseOutcome::limit_reached,
                 "the expansion of entities is over " +
