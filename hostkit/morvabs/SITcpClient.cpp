@@ -14,8 +14,10 @@
 #include <asio/ip/address.hpp>
 #include <asio/ip/tcp.hpp>
 #include <netdb.h>
+#include <sys/socket.h>
 
 #include "host/utf8.h"
+#include "morvabs/file_access.h"
 
 namespace {
 
@@ -113,12 +115,33 @@ struct SITcpClient::Connection {
   asio::ip::tcp::socket socket{context};
 
   int connect(Endpoint const& endpoint, Clock::time_point deadline);
+
+ private:
+  asio::error_code open(Endpoint const& endpoint);
 };
 
+/// Opened here, as a socket that Asio opens would be inherited by programs that the host starts.
+asio::error_code SITcpClient::Connection::open(Endpoint const& endpoint) {
+  asio::error_code error;
+  socket.close(error);
+  morvabs::FileDescriptor opened(
+      ::socket(endpoint.protocol().family(), SOCK_STREAM | SOCK_CLOEXEC, IPPROTO_TCP));
+  if (!opened.is_open()) {
+    return {errno, asio::system_category()};
+  }
+  socket.assign(endpoint.protocol(), opened.get(), error);
+  if (!error) {
+    opened.release();
+  }
+  return error;
+}
+
 int SITcpClient::Connection::connect(Endpoint const& endpoint, Clock::time_point deadline) {
+  if (asio::error_code const error = open(endpoint)) {
+    return error.value();
+  }
   asio::error_code result = asio::error::would_block;
   asio::error_code ignored;
-  socket.close(ignored);
   context.restart();
   socket.async_connect(endpoint, [&result](asio::error_code const& error) { result = error; });
   context.run_until(deadline);

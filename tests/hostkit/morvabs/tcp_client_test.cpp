@@ -1,8 +1,11 @@
 #include <array>
 #include <cerrno>
+#include <filesystem>
 #include <memory>
+#include <set>
 #include <string>
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <sys/socket.h>
@@ -32,6 +35,19 @@ class NoDescriptors {
  private:
   rlimit old_{};
 };
+
+/// The descriptors of this process that a program started by it would have as well.
+std::set<int> inherited_descriptors() {
+  std::set<int> inherited;
+  for (auto const& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
+    int const descriptor = std::stoi(entry.path().filename().string());
+    int const flags = fcntl(descriptor, F_GETFD);
+    if (flags >= 0 && (flags & FD_CLOEXEC) == 0) {
+      inherited.insert(descriptor);
+    }
+  }
+  return inherited;
+}
 
 int connect_to(HString const& server, int port) {
   SITcpClient client;
@@ -129,6 +145,16 @@ TEST(SITcpClient, connecting_again_closes_the_old_connection) {
   std::array<char, 1> byte{};
   EXPECT_EQ(recv(first, byte.data(), 1, 0), 0);
   close(first);
+}
+
+TEST(SITcpClient, a_program_that_the_host_starts_does_not_inherit_the_connection) {
+  Server const server;
+  auto const before = inherited_descriptors();
+  SITcpClient client;
+  client.mstr_server = L"127.0.0.1";
+  client.mi_port = server.port();
+  ASSERT_EQ(client.connect(false), 0);
+  EXPECT_EQ(inherited_descriptors(), before);
 }
 
 }  // namespace
