@@ -63,7 +63,12 @@ void settle_in(fs::path const& directory) {
   fs::current_path(directory / "run");
   setenv("MORVA_RUN_PATH", (directory / "run").c_str(), 1);
   setenv("MORVA_BOX_PATH", (directory / "boxes").c_str(), 1);
-  HFileClusterBoxIni::mstr_box_ini = Orlec::LocateMgr::pins()->get_box_path(true) + L"box.ini";
+  HString const boxes = Orlec::LocateMgr::pins()->get_box_path(true);
+  HFileClusterBoxIni::mstr_box_ini = boxes + L"box.ini";
+  HFileClusterBoxMgr* const manager = HFileClusterBoxMgr::pins();
+  manager->str_box_path = boxes;
+  manager->vt_local_box.clear();
+  manager->map_box.clear();
 }
 
 Round::Round(Samples const& samples, std::uint64_t number)
