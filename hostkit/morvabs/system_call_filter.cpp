@@ -116,50 +116,6 @@ void add_work(Verdicts& verdicts) {
   add(verdicts, Verdict::allow, {SYS_ppoll});
 }
 
-/// What libraries try and do without.
-void add_refusals(Verdicts& verdicts) {
-  add(verdicts, Verdict::refuse,
-      {SYS_memfd_create,
-       SYS_ioctl,
-       SYS_socket,
-       SYS_socketpair,
-       SYS_clone,
-       SYS_dup,
-       SYS_dup3,
-       SYS_pipe2,
-       SYS_prctl,
-       SYS_rt_sigaction,
-       SYS_setrlimit,
-       SYS_fchmod,
-       SYS_fchmodat,
-       SYS_fchown,
-       SYS_fchownat,
-       SYS_utimensat,
-       SYS_linkat,
-       SYS_symlinkat,
-       SYS_mknodat,
-       SYS_mkdirat,
-       SYS_unlinkat,
-       SYS_renameat2,
-       SYS_fsync,
-       SYS_fdatasync,
-       SYS_ftruncate,
-       SYS_truncate,
-       SYS_fallocate,
-       SYS_chdir,
-       SYS_fchdir,
-       SYS_mlock,
-       SYS_setpriority,
-       SYS_sched_setaffinity,
-       SYS_sched_setscheduler});
-#if defined(__x86_64__)
-  add(verdicts, Verdict::refuse,
-      {SYS_open, SYS_creat, SYS_fork, SYS_vfork, SYS_dup2, SYS_pipe, SYS_chmod, SYS_chown,
-       SYS_lchown, SYS_link, SYS_symlink, SYS_mknod, SYS_mkdir, SYS_rmdir, SYS_unlink, SYS_rename,
-       SYS_renameat});
-#endif
-}
-
 /// What a working folder takes beside opening files.
 void add_writing(Verdicts& verdicts) {
   add(verdicts, Verdict::allow,
@@ -184,14 +140,11 @@ void add_traps(Verdicts& verdicts) {
        SYS_tkill,
        SYS_rt_sigqueueinfo,
        SYS_rt_tgsigqueueinfo,
-       SYS_pidfd_open,
-       SYS_pidfd_getfd,
        SYS_pidfd_send_signal,
        SYS_connect,
        SYS_bind,
        SYS_listen,
        SYS_accept,
-       SYS_accept4,
        SYS_bpf,
        SYS_perf_event_open,
        SYS_userfaultfd,
@@ -203,30 +156,18 @@ void add_traps(Verdicts& verdicts) {
        SYS_request_key,
        SYS_mount,
        SYS_umount2,
-       SYS_pivot_root,
        SYS_chroot,
        SYS_unshare,
        SYS_setns,
        SYS_init_module,
        SYS_finit_module,
-       SYS_delete_module,
-       SYS_kexec_load,
-       SYS_reboot,
-       SYS_swapon,
-       SYS_swapoff,
        SYS_setuid,
        SYS_setgid,
        SYS_setresuid,
        SYS_setresgid,
        SYS_setgroups,
        SYS_open_by_handle_at,
-       SYS_name_to_handle_at,
-       SYS_shmget,
-       SYS_semget,
-       SYS_msgget,
-       SYS_mq_open,
-       SYS_seccomp,
-       SYS_personality});
+       SYS_seccomp});
 }
 
 std::uint32_t error_of(int error) {
@@ -239,8 +180,12 @@ struct Range {
   Verdict verdict;
 };
 
-std::vector<Range> ranges_of(Verdicts const& verdicts) {
-  std::vector<Range> ranges{{0, Verdict::unknown}};
+/// A library that is new enough to make a call from here on knows what to do in older kernels.
+constexpr std::uint32_t first_recent_call = 424;
+
+std::vector<Range> ranges_of(Verdicts verdicts) {
+  verdicts.try_emplace(first_recent_call, Verdict::unknown);
+  std::vector<Range> ranges{{0, Verdict::refuse}};
   std::uint32_t next = 0;
   auto const append = [&ranges](std::uint32_t first, Verdict verdict) {
     if (ranges.back().first == first) {
@@ -249,10 +194,13 @@ std::vector<Range> ranges_of(Verdicts const& verdicts) {
       ranges.push_back({first, verdict});
     }
   };
-  for (auto const& [call, verdict] : verdicts) {
+  auto const fill = [&](std::uint32_t call) {
     if (call != next) {
-      append(next, Verdict::unknown);
+      append(next, next < first_recent_call ? Verdict::refuse : Verdict::unknown);
     }
+  };
+  for (auto const& [call, verdict] : verdicts) {
+    fill(call);
     append(call, verdict);
     next = call + 1;
   }
@@ -313,12 +261,25 @@ class Writer {
       return;
     }
     std::size_t const half = ranges.size() / 2;
-    put(BPF_JMP | BPF_JGE | BPF_K, ranges[half].first, 0, 1);
-    std::size_t const jump = program_.size();
-    put(BPF_JMP | BPF_JA, 0);
+    std::size_t const fork = program_.size();
+    put(BPF_JMP | BPF_JGE | BPF_K, ranges[half].first);
     choose(ranges.first(half));
-    program_[jump].k = static_cast<std::uint32_t>(program_.size() - jump - 1);
+    jump_from(fork);
     choose(ranges.subspan(half));
+  }
+
+  /// Has the comparison there go on here where it is true.
+  void jump_from(std::size_t comparison) {
+    constexpr std::size_t farthest = 255;
+    std::size_t const distance = program_.size() - comparison - 1;
+    if (distance <= farthest) {
+      program_[comparison].jt = static_cast<std::uint8_t>(distance);
+      return;
+    }
+    sock_filter const jump{BPF_JMP | BPF_JA, 0, 0, static_cast<std::uint32_t>(distance)};
+    program_.insert(program_.begin() + static_cast<std::ptrdiff_t>(comparison) + 1, jump);
+    program_[comparison].jf = 1;
+    own_process_ += own_process_ > comparison ? 1 : 0;
   }
 
   void give(Verdict verdict) {
@@ -416,7 +377,6 @@ long set_filter(unsigned flags, sock_fprog const& program) {
 SystemCallFilter::SystemCallFilter(bool may_write) {
   Verdicts verdicts;
   add_work(verdicts);
-  add_refusals(verdicts);
   add_traps(verdicts);
   if (may_write) {
     add_writing(verdicts);

@@ -12,12 +12,11 @@ namespace morvabs {
 /// any number of processes.
 ///
 /// Allowed: memory without new code, files that are open already, opening files for reading, what
-/// files are called and how large they are, time, and signals to itself. With
-/// `may_write` files may also be made, written, renamed and removed. Refused with an error, so that
-/// libraries do without: other ways to open files, changes to them, sockets, new processes, new
-/// limits. What nothing does in good faith, as to run a program, to trace or to signal another
-/// process, raises SIGSYS. A call that is not known fails as in an older kernel; one of a foreign
-/// architecture kills the process.
+/// files are called and how large they are, time, and signals to itself. With `may_write` files may
+/// also be made, written, renamed and removed. What nothing does in good faith, as to run a program,
+/// to trace or to signal another process, raises SIGSYS. All else is refused with an error, so that
+/// libraries do without it; recent calls fail as in an older kernel. A call of a foreign architecture
+/// kills the process.
 class SystemCallFilter {
  public:
   explicit SystemCallFilter(bool may_write);

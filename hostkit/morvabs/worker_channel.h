@@ -9,7 +9,7 @@ namespace morvabs {
 
 /// What a worker is sent; a descriptor may travel beside it.
 struct Message {
-  enum class Kind : std::uint32_t {
+  enum class Kind : std::uint64_t {
     /// To do a task. Beside it is its file.
     task = 1,
     /// The file without a name that the worker asked for is beside it, if there is one.
