@@ -4,7 +4,11 @@
 #include "host/export.h"
 
 /// Files and directories by path, as static operations. None of them throws; a failure is a false
-/// result, a length of 0 or an empty text.
+/// result, a length of 0 or an empty text. Where something could not be made, written or removed,
+/// `errno` tells why.
+///
+/// What is made can be read and written as the umask has it, but never written by everyone: a
+/// umask of 0 gives 0664 and 0775.
 class MORVA_EXPORT HFile {
  public:
   /// True when anything exists at the path (symbolic links are followed).
