@@ -6,6 +6,7 @@
 #include <sys/stat.h>
 
 #include "tools/boxes_program.h"
+#include "work_directory.h"
 
 namespace {
 
@@ -70,6 +71,12 @@ TEST_P(Permissions, of_the_log) {
   test::EnvironmentVariable const log("MORVA_LOG_FILE", path("log"));
   run({"features", sample("missing.docx")});
   EXPECT_EQ(mode(path("log")), expected_of_file());
+}
+
+TEST_P(Permissions, of_the_working_directory) {
+  test::EnvironmentVariable const inside("MORVA_RUN_PATH", path("new/run"));
+  tool::WorkDirectory const directory;
+  EXPECT_EQ(mode(directory.path()), 0700U);
 }
 
 INSTANTIATE_TEST_SUITE_P(Umasks, Permissions, testing::Values(0, 077), [](auto const& umask) {
