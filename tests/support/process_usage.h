@@ -20,6 +20,8 @@ struct ProcessUsage {
   long long threads = 0;
 
   static ProcessUsage now();
+  /// What is cheap to tell.
+  static long long open_descriptors();
 };
 
 namespace usage {
@@ -42,6 +44,11 @@ inline long long summed(std::string const& label) {
 
 }  // namespace usage
 
+inline long long ProcessUsage::open_descriptors() {
+  // One of them is the look itself.
+  return usage::entries("/proc/self/fd") - 1;
+}
+
 inline ProcessUsage ProcessUsage::now() {
   ProcessUsage usage;
   struct mallinfo2 const heap = mallinfo2();
@@ -52,8 +59,7 @@ inline ProcessUsage ProcessUsage::now() {
   for (std::string line; std::getline(maps, line);) {
     ++usage.mappings;
   }
-  // One of them is the look itself.
-  usage.descriptors = usage::entries("/proc/self/fd") - 1;
+  usage.descriptors = open_descriptors();
   usage.threads = usage::entries("/proc/self/task");
   return usage;
 }
