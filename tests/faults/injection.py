@@ -21,6 +21,7 @@ import hashlib
 import mmap
 import os
 import pathlib
+import random
 import shutil
 import signal
 import subprocess
@@ -471,6 +472,34 @@ def check_held_lock(program, place):
     print(f"a lock that another run keeps: told after {seconds:.0f} s, nothing changed")
 
 
+def check_side_by_side(program, place, seconds=15):
+    """Of runs side by side most are killed at any moment; none loses what another has entered."""
+    boxes = pathlib.Path(place) / "crowd"
+    boxes.mkdir()
+    environment = {**os.environ, "MORVA_BOX_PATH": str(boxes)}
+    command = [program.program, "box", "add", str(pathlib.Path(place) / "AddFirst" / "elsewhere.box"), "--force"]
+    chance, runs, killed, entered = random.Random(7), 0, 0, set()
+    end = time.monotonic() + seconds
+    while time.monotonic() < end:
+        ids = [f"box{(runs + number) % 40}" for number in range(3)]
+        crowd = [subprocess.Popen([*command, "--id", id], env=environment, stdout=subprocess.DEVNULL) for id in ids]
+        time.sleep(chance.random() * 0.05)
+        for process in crowd[1:]:
+            process.kill()
+        for id, process in zip(ids, crowd):
+            status = process.wait(PATIENCE)
+            expect(status in (0, -signal.SIGKILL), f"a run side by side with others ends with status {status}")
+            runs, killed = runs + 1, killed + (status != 0)
+            if status == 0:
+                entered.add(id)
+    listed = program.run(["box", "list"], {"MORVA_BOX_PATH": str(boxes)})
+    found = {line.split(":")[0] for line in listed.output.decode().splitlines()}
+    expect(listed.status == 0 and entered <= found, f"entries are lost: {sorted(entered - found)} {listed.errors}")
+    last = program.run([*command[1:], "--id", "last"], {"MORVA_BOX_PATH": str(boxes)})
+    expect(last.status == 0 and not leftovers(boxes), "the last run leaves what killed ones left")
+    print(f"side by side: {runs} runs, {killed} of them killed, {len(entered)} boxes entered, none lost")
+
+
 def main():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("program", type=pathlib.Path)
@@ -493,6 +522,7 @@ def main():
             operations += figures.operations
             broken += figures.broken
         if not options.only:
+            check_side_by_side(program, place)
             check_held_lock(program, place)
     print(f"{'all':<34} {'':>5} {sum(total.values()):>6} " + " ".join(f"{total[name]:>13}" for name in names) +
           f"  {len(broken)}")
