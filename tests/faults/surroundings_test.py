@@ -266,7 +266,8 @@ class Leftovers(Case):
         self.assertFalse(left.exists())
 
     def test_one_of_a_run_that_was_killed_with_its_keeper_is_removed(self):
-        (self.samples / "one" / "long.txt").write_text(" ".join(f"word{i % 5003} stone{i % 4001}" for i in range(90000)))
+        text = " ".join(f"word{i % 5003} stone{i % 4001}" for i in range(90000))
+        (self.samples / "one" / "long.txt").write_text(text)
         process = subprocess.Popen([PROGRAM, "collect", self.samples, "-j", "1"], env=self.environment,
                                    stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL)
         while not list(self.work.rglob("Tessarine")):

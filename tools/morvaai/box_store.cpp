@@ -127,11 +127,17 @@ BoxStore::Problem put(HString const& id,
   if (BoxStore::Problem unwritten = write(target)) {
     return unwritten;
   }
-  BoxStore::Problem unlisted = enter(id, target);
-  if (unlisted) {
+  try {
+    BoxStore::Problem unlisted = enter(id, target);
+    if (unlisted) {
+      former.restore();
+    }
+    return unlisted;
+  } catch (...) {
+    // Memory may run out: the box is loaded once more.
     former.restore();
+    throw;
   }
-  return unlisted;
 }
 
 }  // namespace
