@@ -9,6 +9,8 @@
 #include <string>
 #include <string_view>
 
+#include <gtest/gtest.h>
+
 #include "host/Orlec/ParseFile.h"
 #include "host/Orlec/TextCallback.h"
 #include "host/utf8.h"
@@ -32,12 +34,15 @@ struct Parsed {
   }
 };
 
-/// Writes a document to the folder that MORVA_KEEP_INPUTS names, where it does: the fuzzer begins
-/// with what the tests read.
+/// Writes the first documents of each test to the folder that MORVA_KEEP_INPUTS names, where it
+/// does: the fuzzer begins with them.
 inline void keep_input(std::string const& bytes, char const* name) {
   constexpr std::size_t largest = 64 << 10;
+  constexpr int most = 3;
+  static std::map<void const*, int> kept;
   auto const* const folder = std::getenv("MORVA_KEEP_INPUTS");
-  if (folder != nullptr && bytes.size() <= largest) {
+  auto const* const running = testing::UnitTest::GetInstance()->current_test_info();
+  if (folder != nullptr && bytes.size() <= largest && kept[running]++ < most) {
     auto const file = std::to_string(std::hash<std::string>()(bytes)) +
                       std::filesystem::path(name).extension().string();
     std::ofstream(std::filesystem::path(folder) / file, std::ios::binary) << bytes;
