@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <new>
 #include <utility>
 
 #include <unicode/ucnv.h>
@@ -75,6 +76,9 @@ ConverterHandle open_converter(std::string const& name) {
   }
   UErrorCode error = U_ZERO_ERROR;
   ConverterHandle converter(ucnv_open(name.c_str(), &error));
+  if (error == U_MEMORY_ALLOCATION_ERROR) {
+    throw std::bad_alloc();
+  }
   if (U_FAILURE(error) || !converter) {
     return nullptr;
   }

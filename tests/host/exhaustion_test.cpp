@@ -34,20 +34,26 @@ long long files_below(fs::path const& directory) {
   return count;
 }
 
-/// How far apart the allocations are that fail. All of them, one after the other, are for
-/// MORVA_EXHAUSTIVE: the tests of all days take samples.
-long long step_from(long long n) {
+/// Which allocations fail. With MORVA_EXHAUSTIVE all of them everywhere: what writes files takes
+/// long, and the tests of all days take samples of it.
+enum class Places { all, samples };
+
+long long step_from(long long n, Places places) {
   constexpr long long first = 24;
-  return n < first || std::getenv("MORVA_EXHAUSTIVE") != nullptr ? 1 : n / 6;
+  bool const is_next =
+      places == Places::all || n < first || std::getenv("MORVA_EXHAUSTIVE") != nullptr;
+  return is_next ? 1 : n / 6;
 }
 
 class Exhaustion : public testing::Test {
  protected:
   Exhaustion() { endurance::settle_in(directory_.path()); }
+  ~Exhaustion() override { RecordProperty("faults", std::to_string(count_)); }
 
   /// Has the operation run out of memory at one place after the other, and looks after each time
   /// whether it said so and left nothing behind.
-  void run_out(std::string const& name, Operation const& operation) {
+  void run_out(std::string const& name, Operation const& operation,
+               Places places = Places::samples) {
     std::string const expected = operation();
     files_ = files_below(directory_.path());
     descriptors_ = test::ProcessUsage::open_descriptors();
@@ -55,7 +61,8 @@ class Exhaustion : public testing::Test {
          {FailingAllocator::Which::one, FailingAllocator::Which::all_from_it_on}) {
       long long n = 1;
       while (run_out_at(n, which, name, operation, expected)) {
-        n += step_from(n);
+        n += step_from(n, places);
+        ++count_;
       }
       EXPECT_EQ(operation(), expected) << name << " afterwards";
     }
@@ -87,6 +94,7 @@ class Exhaustion : public testing::Test {
     return has_failed;
   }
 
+  long long count_ = 0;
   long long files_ = 0;
   long long descriptors_ = 0;
 };
@@ -134,7 +142,8 @@ TEST_F(Exhaustion, of_a_parse_is_told) {
     if (is_read_by_others(path)) {
       continue;
     }
-    run_out(in_words(path.get_short_name()), [&] { return main_text_of(path); });
+    run_out(
+        in_words(path.get_short_name()), [&] { return main_text_of(path); }, Places::all);
   }
 }
 

@@ -1,6 +1,8 @@
 #include "morvakit/xml/xml_stream.h"
 
 #include <algorithm>
+#include <cstddef>
+#include <cstdlib>
 #include <exception>
 #include <new>
 #include <optional>
@@ -17,6 +19,21 @@ namespace {
 /// Stands between namespace and local name in what the parser passes. White space cannot be part of
 /// a name, and the parser refuses a namespace that holds it.
 constexpr char name_separator = '\n';
+
+/// Whether the parser was refused memory since it was last asked to go on: it takes that for faults
+/// of the document at times.
+thread_local bool is_refused = false;
+
+void* noted(void* memory) {
+  is_refused = is_refused || memory == nullptr;
+  return memory;
+}
+
+XML_Memory_Handling_Suite const noting_memory = {
+    [](std::size_t size) { return noted(std::malloc(size)); },
+    [](void* memory, std::size_t size) { return noted(std::realloc(memory, size)); },
+    [](void* memory) { std::free(memory); },
+};
 
 XmlName split(char const* text) {
   std::string_view const whole = text;
@@ -223,7 +240,8 @@ bool XmlStream::Parser::begin(bool last) {
       decoder.reset();
     }
   }
-  expat.reset(XML_ParserCreateNS(encoding.parser, name_separator));
+  constexpr XML_Char separator[] = {name_separator, '\0'};
+  expat.reset(XML_ParserCreate_MM(encoding.parser, &noting_memory, separator));
   if (!expat) {
     throw std::bad_alloc();
   }
@@ -254,6 +272,7 @@ bool XmlStream::Parser::parse_piece(std::string_view bytes, bool last) {
     bytes.remove_prefix(piece.size());
     bool const is_final = last && bytes.empty();
     auto const events_before = events;
+    is_refused = false;
     auto const status =
         XML_Parse(expat.get(), piece.data(), static_cast<int>(piece.size()), is_final ? 1 : 0);
     if (thrown) {
@@ -284,7 +303,7 @@ void XmlStream::Parser::report() {
   if (context.ended() || code == XML_ERROR_ABORTED) {
     return;
   }
-  if (code == XML_ERROR_NO_MEMORY) {
+  if (code == XML_ERROR_NO_MEMORY || is_refused) {
     throw std::bad_alloc();
   }
   if (code == XML_ERROR_AMPLIFICATION_LIMIT_BREACH) {
