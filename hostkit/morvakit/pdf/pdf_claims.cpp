@@ -159,7 +159,7 @@ std::int64_t highest_object_number(Orlec::Reader const& reader, BaseStream& stre
   constexpr std::int64_t piece_size = 256 << 10;
   // Number, generation and keyword stand on three lines at the most, of which the library reads so
   // many bytes.
-  constexpr std::int64_t three_lines = 3 * 256;
+  constexpr std::int64_t three_lines = 768;
   constexpr std::string_view object = "obj";
   constexpr std::string_view trailer = "trailer";
   std::int64_t highest = 0;
