@@ -9,8 +9,8 @@ namespace morvabs {
 /// text is UTF-8 without control characters.
 void write_log_line(int level, std::string_view tag, int line, std::string_view text);
 
-/// Chooses the place now, and again: for a process that was forked, has lost its descriptors and
-/// will not be able to open files.
+/// Chooses the place now, and again; a file is made if missing. For a process that was forked, has
+/// lost its descriptors and will not be able to open files.
 void reopen_log();
 
 }  // namespace morvabs

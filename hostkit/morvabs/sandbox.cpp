@@ -38,7 +38,8 @@ constexpr rlim_t most_stack = rlim_t{64} << 20;
 
 bool is_switched_off() {
   char const* const set = std::getenv("MORVA_ISOLATION");
-  return is_sanitized || (set != nullptr && std::string_view(set) == "off");
+  bool const is_off = set != nullptr && std::string_view(set) == "off";
+  return is_off || is_sanitized;
 }
 
 bool is_fault(int signal) {
@@ -166,6 +167,12 @@ Sandbox::Sandbox(WorkerPool const& pool)
   add_folder(pool.working_folder, OpenFolder::Use::work);
   if (layers_.system_calls) {
     filter_.emplace(pool.working_folder.not_empty());
+  }
+  if (is_logging()) {
+    // A document that is begun again for want of a component would log its beginning twice.
+    for (std::size_t i = 0; i < component_files.size(); ++i) {
+      load_component(i);
+    }
   }
   // The rules of local time stand in a file that the workers cannot read.
   ::tzset();

@@ -274,13 +274,17 @@ TEST(WorkerPool, a_worker_that_closes_its_socket_is_ended) {
 /// A process that kills, every few milliseconds, the one whose number stands there.
 pid_t start_killer(std::atomic<pid_t> const* victim) {
   pid_t const killer = fork();
-  while (killer == 0) {
+  if (killer != 0) {
+    return killer;
+  }
+  for (int kills = 0; kills < 50;) {
     std::this_thread::sleep_for(std::chrono::milliseconds(3));
     if (pid_t const process = *victim; process > 0) {
       kill(process, SIGKILL);
+      ++kills;
     }
   }
-  return killer;
+  _exit(0);
 }
 
 TEST(WorkerPool, workers_killed_at_random_cost_their_own_tasks) {
