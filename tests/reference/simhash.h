@@ -20,7 +20,7 @@ inline std::wstring simhash(std::map<HString, double> const& words, bool wide) {
     std::wstring const hash = word.get_md5_std_format(HString()).get_ws();
     std::vector<double> bits;
     for (wchar_t const digit : hash) {
-      int const value = digit >= L'A' ? digit - L'A' + 10 : digit - L'0';
+      int const value = static_cast<int>(digit >= L'A' ? digit - L'A' + 10 : digit - L'0');
       for (int i = 0; i < 4; ++i) {
         bits.push_back((8 >> i) & value);
       }
