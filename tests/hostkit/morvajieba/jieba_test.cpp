@@ -198,7 +198,7 @@ TEST_F(HJiebaTest, finds_the_same_in_a_long_file_as_in_memory) {
   std::wstring text;
   for (int i = 0; i < 20'000; ++i) {
     text += L"第" + std::to_wstring(i * 7919 % 10007) + L"行的系统数据指纹文档安全问题，" +
-            std::wstring(1, static_cast<wchar_t>(L'一' + i % 5000)) + L"Müller\r\n";
+            std::wstring(1, static_cast<wchar_t>(0x4E00 + i % 5000)) + L"Müller\r\n";
   }
   std::string const path = directory_.write("text", morvabs::to_utf8(text));
   EXPECT_EQ(texts(rank_file(path, 100'000)),
