@@ -107,7 +107,7 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
   RandomMatrix random(std::span(data, size));
   Matrix const rows = random.points(random.integer(0, RandomMatrix::kinds - 1), random.size());
   // The plain forms take long for more.
-  constexpr std::size_t most_values = 4000;
+  constexpr std::size_t most_values = 800;
   if (rows.size() * rows.front().size() > most_values) {
     return 0;
   }
