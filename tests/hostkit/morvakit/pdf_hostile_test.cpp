@@ -75,6 +75,19 @@ TEST(PdfHostile, the_size_of_an_attached_file_is_no_number_of_objects) {
   EXPECT_EQ(parsed.main(), "text");
 }
 
+// The library would make room for the pages and for hints about them, and be asked for each page.
+TEST(PdfHostile, pages_and_hints_of_a_file_laid_out_for_the_network_are_not_believed) {
+  test::PdfBuilder pdf;
+  pdf.add("<</Linearized 1/L 000000/H[100 4000000000]/N 2000000000/O 3/E 100/T 200>>");
+  pdf.add("<</Type/Catalog/Pages 3 0 R>>");
+  pdf.add("<</Type/Pages/Kids[]/Count 1>>");
+  auto const bytes = exchanged(pdf.bytes(), "/Root 1 0 R", "/Root 2 0 R");
+  auto const length = "/L 000" + std::to_string(bytes.size());
+  auto const parsed = parse_bytes(exchanged(bytes, "/L 000000", length));
+  EXPECT_EQ(parsed.outcome, ParseOutcome::damaged);
+  EXPECT_EQ(parsed.reason, "no page can be read");
+}
+
 /// A page whose font has that map of characters.
 std::string with_map(std::string const& map) {
   auto pdf = one_page(show("text"),
