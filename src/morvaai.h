@@ -80,6 +80,7 @@
 #include "host/process_memory.h"
 #include "host/utf8.h"
 #include "host/version.h"
+#include "host/worker_pool.h"
 #include "numeric/HClusterCenter.h"
 #include "numeric/HClusterDistance.h"
 #include "numeric/HPointN.h"
