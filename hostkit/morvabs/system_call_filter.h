@@ -13,10 +13,10 @@ namespace morvabs {
 ///
 /// Allowed: memory without new code, files that are open already, opening files for reading, what
 /// files are called and how large they are, time, and signals to itself. With `may_write` files may
-/// also be made, written, renamed and removed. What nothing does in good faith, as to run a program,
-/// to trace or to signal another process, raises SIGSYS. All else is refused with an error, so that
-/// libraries do without it; recent calls fail as in an older kernel. A call of a foreign architecture
-/// kills the process.
+/// also be made, written, renamed and removed. What nothing does in good faith, as to run a
+/// program, to trace or to signal another process, raises SIGSYS. All else is refused with an
+/// error, so that libraries do without it; recent calls fail as in an older kernel. A call of a
+/// foreign architecture kills the process.
 class SystemCallFilter {
  public:
   explicit SystemCallFilter(bool may_write);
