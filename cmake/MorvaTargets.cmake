@@ -103,7 +103,8 @@ function(morva_add_test name)
     morva_share_test_headers(${name})
   endif()
   if(MORVA_SANITIZE OR CMAKE_CROSSCOMPILING)
-    add_test(NAME ${name} COMMAND ${name})
+    morva_command_of(${name} command)
+    add_test(NAME ${name} COMMAND "${command}")
     set_tests_properties(${name} PROPERTIES TIMEOUT 600)
   else()
     gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60
@@ -112,7 +113,8 @@ function(morva_add_test name)
 endfunction()
 
 # morva_command_of(TARGET VARIABLE): what a test has to start to run a program of the project: the program,
-# or a script that has it emulated where it is built for another machine.
+# or a script that has it emulated where it is built for another machine. The program takes the script for
+# itself, so that it can start itself again.
 function(morva_command_of target variable)
   if(NOT CMAKE_CROSSCOMPILING)
     set(${variable} $<TARGET_FILE:${target}> PARENT_SCOPE)
@@ -120,7 +122,8 @@ function(morva_command_of target variable)
   endif()
   set(script "${PROJECT_BINARY_DIR}/emulated/${target}")
   list(JOIN CMAKE_CROSSCOMPILING_EMULATOR " " emulator)
-  file(GENERATE OUTPUT "${script}" CONTENT "#!/bin/sh\nexec ${emulator} '$<TARGET_FILE:${target}>' \"$@\"\n"
+  file(GENERATE OUTPUT "${script}" CONTENT
+    "#!/bin/sh\nexec ${emulator} -0 \"$0\" '$<TARGET_FILE:${target}>' \"$@\"\n"
     FILE_PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE)
   set(${variable} "${script}" PARENT_SCOPE)
 endfunction()
