@@ -48,7 +48,8 @@ TEST_F(Program, a_document_that_eats_memory_costs_itself) {
 TEST_F(Program, a_document_that_takes_too_long_costs_itself) {
   test::EnvironmentVariable const limit("MORVA_WORKER_SECONDS", "1");
   std::string const large = write("large.txt", long_text(3'000'000));
-  Finished const finished = run({"dna", "-j", "1", large, sample("budget.xlsx")});
+  // Reads each document three times.
+  Finished const finished = run({"collect", "-j", "1", large, sample("budget.xlsx")});
   EXPECT_EQ(finished.status, 1);
   EXPECT_EQ(finished.errors, "morvaai: " + large + ": took more than 1 seconds of CPU time\n");
   EXPECT_THAT(finished.output, HasSubstr("budget.xlsx"));
