@@ -47,6 +47,13 @@ bool is_fault(int signal) {
          signal == SIGABRT || signal == SIGTRAP;
 }
 
+/// Those that a terminal sends to all of its processes: it is for the parent to decide whether it
+/// ends, and its workers with it. And over the limit for a file, writing is to fail.
+bool is_ignored(int signal) {
+  return signal == SIGHUP || signal == SIGINT || signal == SIGQUIT || signal == SIGPIPE ||
+         signal == SIGXFSZ;
+}
+
 /// Handlers of the process that forked have no business here, but those of a sanitizer.
 void reset_signals(void (*on_refused_call)(int, siginfo_t*, void*)) {
   struct sigaction action {};
@@ -54,8 +61,7 @@ void reset_signals(void (*on_refused_call)(int, siginfo_t*, void*)) {
     if (is_sanitized && is_fault(signal)) {
       continue;
     }
-    // Over the limit for a file, writing is to fail.
-    action.sa_handler = signal == SIGPIPE || signal == SIGXFSZ ? SIG_IGN : SIG_DFL;
+    action.sa_handler = is_ignored(signal) ? SIG_IGN : SIG_DFL;
     ::sigaction(signal, &action, nullptr);
   }
   action.sa_sigaction = on_refused_call;
@@ -106,18 +112,20 @@ bool is_logging() {
   return log->mb_enable && log->mi_level > 0;
 }
 
-/// Bytes of private memory that the process has; 0 where that is not known.
-std::uint64_t own_memory() {
+/// Bytes of private memory that the process has, where that is known.
+std::optional<std::uint64_t> own_memory() {
   FileDescriptor const file(::open("/proc/self/statm", O_RDONLY | O_CLOEXEC));
   std::array<char, 256> text{};
   if (!file.is_open() ||
       read_bytes(file.get(), text.data(), static_cast<std::int64_t>(text.size() - 1)) <= 0) {
-    return 0;
+    return std::nullopt;
   }
   // The sixth of the numbers is that of data and stack together.
   unsigned long pages = 0;
-  bool const is_read = std::sscanf(text.data(), "%*u %*u %*u %*u %*u %lu", &pages) == 1;
-  return is_read ? pages * static_cast<std::uint64_t>(::sysconf(_SC_PAGESIZE)) : 0;
+  if (std::sscanf(text.data(), "%*u %*u %*u %*u %*u %lu", &pages) != 1) {
+    return std::nullopt;
+  }
+  return pages * static_cast<std::uint64_t>(::sysconf(_SC_PAGESIZE));
 }
 
 /// Lowers the limit; what is lower already stays.
@@ -131,12 +139,17 @@ bool limit(decltype(RLIMIT_CORE) resource, rlim_t most) {
   return ::setrlimit(resource, &value) == 0;
 }
 
-bool set_limits(WorkerLimits const& limits, bool with_memory) {
+/// What is read only, as the dictionary, and what is shared do not count.
+bool limit_memory(std::uint64_t more) {
+  std::optional<std::uint64_t> const own = own_memory();
+  return own && limit(RLIMIT_DATA, more < RLIM_INFINITY - *own ? *own + more : RLIM_INFINITY);
+}
+
+bool set_limits(WorkerLimits const& limits, IsolationLayers const& layers) {
   return limit(RLIMIT_CORE, 0) && limit(RLIMIT_FSIZE, limits.file_size) &&
          limit(RLIMIT_NOFILE, most_descriptors) &&
-         // What is read only, as the dictionary, and what is shared do not count.
-         (!with_memory || (limit(RLIMIT_DATA, own_memory() + limits.memory) &&
-                           limit(RLIMIT_STACK, most_stack) && limit(RLIMIT_NPROC, 0)));
+         (!layers.memory || limit_memory(limits.memory)) &&
+         (!layers.system_calls || (limit(RLIMIT_STACK, most_stack) && limit(RLIMIT_NPROC, 0)));
 }
 
 }  // namespace
@@ -150,7 +163,7 @@ IsolationLayers isolation_layers() {
   layers.landlock = landlock_version();
   // Kernels that count private memory are older than those that take the filter; an emulator of
   // another processor has neither.
-  layers.memory = layers.system_calls;
+  layers.memory = layers.system_calls && own_memory().has_value();
   return layers;
 }
 
@@ -195,7 +208,7 @@ bool Sandbox::close(int socket, void (*on_refused_call)(int, siginfo_t*, void*))
   if (is_logging()) {
     reopen_log();
   }
-  if (!set_limits(limits_, layers_.memory) || ::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) != 0) {
+  if (!set_limits(limits_, layers_) || ::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) != 0) {
     return false;
   }
   ::prctl(PR_SET_DUMPABLE, 0, 0, 0, 0);

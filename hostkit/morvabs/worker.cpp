@@ -55,6 +55,21 @@ std::string processor_time_reason(WorkerLimits const& limits) {
   return "took more than " + std::to_string(limits.cpu_seconds) + " seconds of CPU time";
 }
 
+/// With all signals blocked in the new process: handlers of this one are not to run there.
+pid_t fork_quietly() {
+  sigset_t all;
+  sigset_t before;
+  sigfillset(&all);
+  ::pthread_sigmask(SIG_SETMASK, &all, &before);
+  pid_t const process = ::fork();
+  int const error = errno;
+  if (process != 0) {
+    ::pthread_sigmask(SIG_SETMASK, &before, nullptr);
+  }
+  errno = error;
+  return process;
+}
+
 }  // namespace
 
 Worker& Worker::operator=(Worker&& other) noexcept {
@@ -69,23 +84,20 @@ Worker& Worker::operator=(Worker&& other) noexcept {
 }
 
 bool Worker::start(Tasks const& tasks, Sandbox const& sandbox) {
-  int pair[2];
-  if (::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, pair) != 0) {
+  FileDescriptor own;
+  FileDescriptor its;
+  if (!open_channel(own, its)) {
     return false;
   }
   pid_t const parent = ::getpid();
-  process_ = ::fork();
+  process_ = fork_quietly();
   if (process_ == 0) {
-    serve(pair[1], parent, tasks, sandbox);
+    serve(its.get(), parent, tasks, sandbox);
   }
-  int const error = errno;
-  ::close(pair[1]);
   if (process_ < 0) {
-    ::close(pair[0]);
-    errno = error;
     return false;
   }
-  socket_ = pair[0];
+  socket_ = own.release();
   for (std::size_t i = 0; i < settled_.size(); ++i) {
     settled_[i] = is_component_settled(i);
   }
@@ -117,9 +129,15 @@ void Worker::give(std::size_t task, Tasks const& tasks) {
   send(message, file);
 }
 
-/// A worker that died shows when its socket is read; one that takes nothing is made to.
-void Worker::send(Message const& message, FileDescriptor const& file) {
-  if (!send_message(socket_, message, file) && errno == EAGAIN) {
+/// A worker that died shows when its socket is read; one that cannot be told is made to.
+void Worker::send(Message message, FileDescriptor const& file) {
+  bool is_sent = send_message(socket_, message, file);
+  if (!is_sent && file.is_open()) {
+    // Only so many descriptors of a user may be under way at a time.
+    message.error = errno;
+    is_sent = send_message(socket_, message, {});
+  }
+  if (!is_sent && errno != EPIPE && errno != ECONNRESET) {
     ::kill(process_, SIGKILL);
   }
 }
@@ -154,7 +172,7 @@ bool Worker::take_answer(WorkerLimits const& limits, std::vector<FinishedTask>& 
     return false;
   }
   std::memcpy(&answer, incoming_.data(), sizeof answer);
-  bool const is_expected = !tasks_.empty();
+  bool const is_expected = !tasks_.empty() && answer.task == tasks_.front();
   if (is_expected && answer.kind == AnswerKind::result && answer.value <= limits.result_size) {
     return take_result(answer, limits, finished);
   }
@@ -187,10 +205,16 @@ void Worker::take_failure(Answer const& answer, WorkerLimits const& limits,
   end();
   switch (answer.kind) {
     case AnswerKind::result:
+      if (answer.value <= limits.result_size) {
+        break;
+      }
+      [[fallthrough]];
     case AnswerKind::too_large:
       return fail("its result is over " + std::to_string(limits.result_size) + " bytes", finished);
     case AnswerKind::out_of_memory:
       return fail("out of memory", finished);
+    case AnswerKind::exception:
+      return fail("the task ended with an exception", finished);
     case AnswerKind::refused_call:
       return fail("was stopped by the sandbox: system call " + std::to_string(answer.value),
                   finished);

@@ -43,6 +43,8 @@ class Worker {
   int socket() const { return socket_; }
   /// When the task at work is to be over.
   Clock::time_point deadline() const { return deadline_; }
+  /// For time in which nobody took in what it answered.
+  void postpone_deadline(Clock::duration time) { deadline_ += time; }
 
   /// Takes in what has arrived: the tasks that are over, one way or the other.
   std::vector<FinishedTask> collect(WorkerLimits const& limits);
@@ -53,7 +55,7 @@ class Worker {
 
  private:
   void begin_task(WorkerLimits const& limits);
-  void send(Message const& message, FileDescriptor const& file);
+  void send(Message message, FileDescriptor const& file);
   void send_unnamed_file();
   bool take_answer(WorkerLimits const& limits, std::vector<FinishedTask>& finished);
   bool take_result(Answer const& answer, WorkerLimits const& limits,

@@ -3,7 +3,9 @@
 #include <array>
 #include <cerrno>
 #include <cstring>
+#include <utility>
 
+#include <fcntl.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -50,7 +52,26 @@ class Envelope {
   msghdr header_{};
 };
 
+FileDescriptor beyond_standard_streams(FileDescriptor descriptor) {
+  if (descriptor.get() > STDERR_FILENO) {
+    return descriptor;
+  }
+  return FileDescriptor(::fcntl(descriptor.get(), F_DUPFD_CLOEXEC, STDERR_FILENO + 1));
+}
+
 }  // namespace
+
+bool open_channel(FileDescriptor& one, FileDescriptor& other) {
+  int pair[2];
+  if (::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, pair) != 0) {
+    return false;
+  }
+  FileDescriptor first(pair[0]);
+  FileDescriptor second(pair[1]);
+  one = beyond_standard_streams(std::move(first));
+  other = beyond_standard_streams(std::move(second));
+  return one.is_open() && other.is_open();
+}
 
 bool send_all(int socket, void const* data, std::size_t size) {
   auto const* bytes = static_cast<char const*>(data);

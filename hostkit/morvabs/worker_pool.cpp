@@ -1,8 +1,11 @@
 #include "host/worker_pool.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <chrono>
+#include <cstdint>
 #include <deque>
+#include <limits>
 #include <map>
 #include <utility>
 #include <vector>
@@ -33,20 +36,22 @@ class Run {
         tasks_(tasks),
         done_(done),
         sandbox_(pool),
-        workers_(std::min(pool.jobs, count)) {}
+        workers_(std::min(std::max<std::size_t>(pool.jobs, 1), count)) {}
 
-  bool go() {
+  // The error that keeps any worker from being started; 0 where all is done.
+  int go() {
     while (delivered_ < count_) {
       if (!give_out()) {
-        return false;
+        return errno;
       }
       wait_for_workers();
       deliver();
     }
-    return true;
+    return 0;
   }
 
  private:
+  // False, with errno set, when there is neither a worker nor a new one to be had.
   bool give_out() {
     for (std::size_t round = 1; round <= tasks_at_once; ++round) {
       for (Worker& worker : workers_) {
@@ -55,13 +60,13 @@ class Run {
         if (worker.tasks().size() >= round || !is_early || !has_task()) {
           continue;
         }
-        if (worker.has_ended() && !worker.start(tasks_, sandbox_)) {
-          return false;
+        if (!worker.has_ended() || worker.start(tasks_, sandbox_)) {
+          worker.give(take_task(), tasks_);
         }
-        worker.give(take_task(), tasks_);
       }
     }
-    return true;
+    return std::any_of(workers_.begin(), workers_.end(),
+                       [](Worker const& worker) { return !worker.tasks().empty(); });
   }
 
   bool has_task() const {
@@ -89,9 +94,11 @@ class Run {
         deadline = std::min(deadline, worker.deadline());
       }
     }
-    auto const left =
+    std::int64_t const left =
         std::chrono::ceil<std::chrono::milliseconds>(deadline - Worker::Clock::now()).count();
-    ::poll(sockets.data(), sockets.size(), static_cast<int>(std::max<decltype(left)>(left, 0)));
+    constexpr std::int64_t longest = std::numeric_limits<int>::max();
+    ::poll(sockets.data(), sockets.size(),
+           static_cast<int>(std::clamp<std::int64_t>(left, 0, longest)));
     auto const now = Worker::Clock::now();
     for (std::size_t i = 0; i < workers_.size(); ++i) {
       if (!workers_[i].tasks().empty()) {
@@ -122,12 +129,17 @@ class Run {
   }
 
   void deliver() {
+    auto const begin = Worker::Clock::now();
     for (auto first = waiting_.begin(); first != waiting_.end() && first->first == delivered_;
          first = waiting_.begin()) {
       WorkerPool::Outcome outcome = std::move(first->second);
       waiting_.erase(first);
       waiting_bytes_ -= size_of(outcome);
       done_(delivered_++, std::move(outcome));
+    }
+    auto const spent = Worker::Clock::now() - begin;
+    for (Worker& worker : workers_) {
+      worker.postpone_deadline(spent);
     }
   }
 
@@ -147,10 +159,19 @@ class Run {
   std::size_t waiting_bytes_ = 0;
 };
 
+// Once all workers are gone, which may fail in ways of its own.
+bool is_success(int error) {
+  if (error != 0) {
+    errno = error;
+  }
+  return error == 0;
+}
+
 }  // namespace
 
 bool WorkerPool::run(std::size_t count, Work const& work, Done const& done) const {
-  return Run(*this, count, {work, {}, limits}, done).go();
+  int const error = Run(*this, count, {work, {}, limits}, done).go();
+  return is_success(error);
 }
 
 bool WorkerPool::run(std::vector<HString> const& files, Work const& work, Done const& done) const {
@@ -159,7 +180,8 @@ bool WorkerPool::run(std::vector<HString> const& files, Work const& work, Done c
   for (HString const& file : files) {
     tasks.paths.push_back(to_path(file));
   }
-  return Run(*this, files.size(), tasks, done).go();
+  int const error = Run(*this, files.size(), tasks, done).go();
+  return is_success(error);
 }
 
 }  // namespace morvabs

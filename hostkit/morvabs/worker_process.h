@@ -20,7 +20,8 @@ struct Tasks {
 };
 
 /// The life of a worker process, just forked by `parent`: shuts itself in, and does the tasks that
-/// come over the socket until there are no more.
-[[noreturn]] void serve(int socket, pid_t parent, Tasks const& tasks, Sandbox const& sandbox);
+/// come over the socket until there are no more. Nothing of the parent's stack is ever unwound.
+[[noreturn]] void serve(int socket, pid_t parent, Tasks const& tasks,
+                        Sandbox const& sandbox) noexcept;
 
 }  // namespace morvabs

@@ -19,9 +19,9 @@ inline int worker_socket() {
   return -1;
 }
 
-/// In a task: begins an answer of that kind and value.
-inline void write_answer(std::uint64_t kind, std::uint64_t value) {
-  std::uint64_t const answer[2] = {kind, value};
+/// In a task: begins an answer of that kind and value, as if from the task of that number.
+inline void write_answer(std::uint64_t kind, std::uint64_t value, std::uint64_t task = 0) {
+  std::uint64_t const answer[3] = {kind, task, value};
   static_cast<void>(!write(worker_socket(), answer, sizeof answer));
 }
 

@@ -76,11 +76,19 @@ void set_from_environment(char const* variable, Number unit, Number& value) {
   }
 }
 
+/// Time by the clock for so much of the processor: a fifth more, for what is waited for.
+int with_waiting(int cpu_seconds) {
+  int const more = cpu_seconds / 5;
+  constexpr int most = std::numeric_limits<int>::max();
+  return cpu_seconds < most - more ? cpu_seconds + more : most;
+}
+
 morvabs::WorkerPool make_pool(std::size_t jobs, WorkerNeeds const& needs) {
   morvabs::WorkerPool pool;
   pool.jobs = jobs;
   set_from_environment("MORVA_WORKER_MEMORY", std::uint64_t{1} << 20, pool.limits.memory);
   set_from_environment("MORVA_WORKER_SECONDS", 1, pool.limits.cpu_seconds);
+  pool.limits.seconds = std::max(pool.limits.seconds, with_waiting(pool.limits.cpu_seconds));
   if (needs.words) {
     HString const dictionary = Orlec::LocateMgr::pins()->get_dict_path(false);
     // Mapped before the workers are forked, so that all share it; each looks whether it is there.
@@ -156,9 +164,10 @@ int run_on_files(std::vector<HString> const& files, std::size_t jobs,
   bool const ran = make_pool(jobs, needs)
                        .run(
                            files, [&](std::size_t i) { return pack(work(files[i])); }, done);
+  int const error = errno;
   progress.clear();
   if (!ran) {
-    std::fprintf(stderr, "morvaai: no worker process can be started: %s\n", std::strerror(errno));
+    std::fprintf(stderr, "morvaai: no worker process can be started: %s\n", std::strerror(error));
     return some_failed;
   }
   return status;

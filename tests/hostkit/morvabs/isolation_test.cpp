@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <filesystem>
@@ -23,6 +24,7 @@
 #include "host/worker_pool.h"
 #include "morvabs/file_access.h"
 
+#include "support/other_process.h"
 #include "support/temporary_directory.h"
 
 namespace {
@@ -157,6 +159,84 @@ TEST_F(Isolation, handlers_of_the_parent_are_reset) {
   EXPECT_EQ(called([] { return raise(SIGUSR1); }),
             "the worker process ended with signal: User defined signal 1");
   signal(SIGUSR1, before);
+}
+
+TEST_F(Isolation, signals_to_all_of_a_terminal_are_left_to_the_parent) {
+  for (int const signal : {SIGHUP, SIGINT, SIGQUIT}) {
+    EXPECT_EQ(called([signal] { return raise(signal); }), "done") << signal;
+  }
+}
+
+TEST_F(Isolation, what_a_task_prints_goes_nowhere_in_a_parent_without_standard_streams) {
+  EXPECT_EQ(test::in_other_process([] {
+              for (int const stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+                close(stream);
+              }
+              std::string left;
+              WorkerPool const pool;
+              pool.run(
+                  1,
+                  [](std::size_t) {
+                    return std::to_string(write(STDIN_FILENO, "harbour", 7) +
+                                          write(STDOUT_FILENO, "harbour", 7) +
+                                          write(STDERR_FILENO, "harbour", 7));
+                  },
+                  [&left](std::size_t, WorkerPool::Outcome const& outcome) {
+                    left = outcome.result.value_or(outcome.failure);
+                  });
+              return left;
+            }),
+            "21");
+}
+
+/// Sends more descriptors, which nobody takes out, than a user without privileges may have under
+/// way. False where there is no such bound.
+bool use_up_descriptors_under_way() {
+  rlimit const few{64, 64};
+  int pair[2];
+  if (setrlimit(RLIMIT_NOFILE, &few) != 0 || socketpair(AF_UNIX, SOCK_STREAM, 0, pair) != 0) {
+    return false;
+  }
+  char byte = 0;
+  iovec part{&byte, 1};
+  constexpr std::size_t count = 100;
+  alignas(cmsghdr) std::array<char, CMSG_SPACE(count * sizeof(int))> control{};
+  msghdr header{};
+  header.msg_iov = &part;
+  header.msg_iovlen = 1;
+  header.msg_control = control.data();
+  header.msg_controllen = control.size();
+  cmsghdr* const first = CMSG_FIRSTHDR(&header);
+  first->cmsg_level = SOL_SOCKET;
+  first->cmsg_type = SCM_RIGHTS;
+  first->cmsg_len = CMSG_LEN(count * sizeof(int));
+  auto* const descriptors = reinterpret_cast<int*>(CMSG_DATA(first));
+  std::fill_n(descriptors, count, pair[0]);
+  return sendmsg(pair[0], &header, 0) == 1 && sendmsg(pair[0], &header, 0) < 0 &&
+         errno == ETOOMANYREFS;
+}
+
+TEST_F(Isolation, a_file_that_cannot_be_sent_is_one_that_cannot_be_opened) {
+  std::string const left = test::in_other_process([] {
+    std::string all;
+    if (!test::become_lone_user() || !use_up_descriptors_under_way()) {
+      return all;
+    }
+    std::vector<HString> const files(3, HString(L"/etc/passwd"));
+    WorkerPool pool;
+    pool.limits.seconds = 5;
+    pool.run(
+        files, [&files](std::size_t i) { return content(files[i]).substr(0, 9) + ";"; },
+        [&all](std::size_t, WorkerPool::Outcome const& outcome) {
+          all += outcome.result.value_or(outcome.failure);
+        });
+    return all;
+  });
+  if (left.empty()) {
+    GTEST_SKIP() << "descriptors under way have no bound here";
+  }
+  std::string const refusal = "error " + std::to_string(ETOOMANYREFS) + ";";
+  EXPECT_EQ(left, refusal + refusal + refusal);
 }
 
 TEST_F(Isolation, a_file_grows_no_further_than_its_limit) {

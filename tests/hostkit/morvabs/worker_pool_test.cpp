@@ -1,10 +1,14 @@
 #include "host/worker_pool.h"
 
 #include <atomic>
+#include <cerrno>
 #include <chrono>
 #include <cstdlib>
 #include <functional>
+#include <limits>
 #include <new>
+#include <set>
+#include <stdexcept>
 #include <string>
 #include <thread>
 #include <utility>
@@ -14,9 +18,12 @@
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <sys/mman.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "support/other_process.h"
+#include "support/temporary_directory.h"
 #include "support/worker_socket.h"
 
 namespace {
@@ -94,6 +101,12 @@ TEST(WorkerPool, results_may_be_large_or_empty) {
   EXPECT_EQ(delivered.at(1).outcome.result->size(), 10'000'000U);
 }
 
+TEST(WorkerPool, without_jobs_there_is_one) {
+  WorkerPool pool;
+  pool.jobs = 0;
+  EXPECT_EQ(run(pool, 1, [](std::size_t) { return std::string("x"); }).at(0).outcome.result, "x");
+}
+
 TEST(WorkerPool, no_tasks_are_no_work) {
   EXPECT_TRUE(run(WorkerPool(), 0, [](std::size_t) { return std::string(); }).empty());
 }
@@ -149,6 +162,23 @@ TEST(WorkerPool, a_task_without_memory_is_told) {
   EXPECT_EQ(reason_of([] { throw std::bad_alloc(); }), "out of memory");
 }
 
+TEST(WorkerPool, a_task_that_throws_is_told) {
+  EXPECT_EQ(reason_of([] { throw std::runtime_error("x"); }), "the task ended with an exception");
+}
+
+TEST(WorkerPool, an_exception_goes_no_further_where_isolation_is_switched_off) {
+  test::EnvironmentVariable const off("MORVA_ISOLATION", "off");
+  EXPECT_EQ(reason_of([] { throw 1; }), "the task ended with an exception");
+}
+
+TEST(WorkerPool, memory_without_bound_is_no_bound) {
+  WorkerPool pool;
+  pool.limits.memory = std::numeric_limits<std::uint64_t>::max();
+  auto const delivered =
+      run(pool, 1, [](std::size_t) { return std::string(std::size_t{16} << 20, 'x'); });
+  EXPECT_EQ(delivered.at(0).outcome.failure, "");
+}
+
 TEST(WorkerPool, a_task_that_eats_memory_is_stopped) {
   if (!morvabs::isolation_layers().memory) {
     GTEST_SKIP() << "memory is not limited here";
@@ -186,6 +216,21 @@ TEST(WorkerPool, a_task_that_stops_itself_is_ended) {
   EXPECT_EQ(reason_of([] { raise(SIGSTOP); }, pool), "no result within 1 seconds");
 }
 
+TEST(WorkerPool, time_that_results_take_to_be_used_costs_no_task) {
+  WorkerPool pool;
+  pool.jobs = 2;
+  pool.limits.seconds = 1;
+  std::string failures;
+  // The second of the workers is through at once, but waits for its result to be taken in.
+  pool.run(
+      2, [](std::size_t i) { return std::string(i * 4'000'000, 'x'); },
+      [&failures](std::size_t i, WorkerPool::Outcome const& outcome) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(i == 0 ? 1200 : 0));
+        failures += outcome.failure;
+      });
+  EXPECT_EQ(failures, "");
+}
+
 TEST(WorkerPool, a_task_that_computes_for_ever_is_ended) {
   WorkerPool pool;
   pool.limits.cpu_seconds = 1;
@@ -207,18 +252,18 @@ TEST(WorkerPool, a_result_over_the_bound_is_refused) {
 }
 
 TEST(WorkerPool, a_claim_of_a_huge_result_is_refused) {
-  EXPECT_EQ(reason_of([] { test::write_answer(1, std::uint64_t{10} << 30); }),
+  EXPECT_EQ(reason_of([] { test::write_answer(1, std::uint64_t{10} << 30, 1); }),
             "its result is over 268435456 bytes");
 }
 
 TEST(WorkerPool, an_answer_of_no_kind_is_refused) {
-  EXPECT_EQ(reason_of([] { test::write_answer(0x6C6C6C6C6C6C6C6C, 1); }),
+  EXPECT_EQ(reason_of([] { test::write_answer(0x6C6C6C6C6C6C6C6C, 1, 1); }),
             "its answer makes no sense");
 }
 
 TEST(WorkerPool, a_component_that_there_is_not_is_refused) {
   auto const ask = [] {
-    test::write_answer(5, 99);
+    test::write_answer(5, 99, 1);
     _exit(1);
   };
   EXPECT_EQ(reason_of(ask), "its answer makes no sense");
@@ -226,7 +271,7 @@ TEST(WorkerPool, a_component_that_there_is_not_is_refused) {
 
 TEST(WorkerPool, a_component_is_asked_for_once) {
   auto const ask = [] {
-    test::write_answer(5, 0);
+    test::write_answer(5, 0, 1);
     _exit(1);
   };
   EXPECT_EQ(reason_of(ask), "its answer makes no sense");
@@ -235,7 +280,7 @@ TEST(WorkerPool, a_component_is_asked_for_once) {
 TEST(WorkerPool, files_without_a_name_are_not_given_without_end) {
   auto const ask = [] {
     for (int i = 0; i < 100'000; ++i) {
-      test::write_answer(7, 0);
+      test::write_answer(7, 0, 1);
     }
   };
   EXPECT_THAT(reason_of(ask), testing::AnyOf("its answer makes no sense",
@@ -243,24 +288,33 @@ TEST(WorkerPool, files_without_a_name_are_not_given_without_end) {
 }
 
 TEST(WorkerPool, a_worker_that_answers_without_listening_is_ended) {
-  WorkerPool const pool;
-  auto const delivered = run(pool, 2000, [](std::size_t) {
-    for (;;) {
-      test::write_answer(1, 0);
+  // It guesses what it is asked, and when.
+  auto const delivered = run(WorkerPool(), 1000, [](std::size_t first) {
+    std::string const name = std::to_string(getpid());
+    for (std::size_t i = first;; ++i) {
+      test::write_answer(1, name.size(), i);
+      static_cast<void>(!write(test::worker_socket(), name.data(), name.size()));
+      std::this_thread::sleep_for(std::chrono::microseconds(100));
     }
     return std::string();
   });
-  EXPECT_EQ(delivered.size(), 2000U);
+  std::set<std::string> workers;
+  for (Delivered const& one : delivered) {
+    workers.insert(one.outcome.result.value_or(std::string()));
+  }
+  EXPECT_GT(workers.size(), 2U);
 }
 
-TEST(WorkerPool, more_answers_than_tasks_do_no_harm) {
-  auto const delivered = run(WorkerPool(), 3, [](std::size_t) {
-    for (int i = 0; i < 10; ++i) {
-      test::write_answer(1, 0);
-    }
-    return std::string();
+TEST(WorkerPool, an_answer_more_is_not_taken_for_that_of_another_task) {
+  auto const delivered = run(WorkerPool(), 20, [](std::size_t i) {
+    test::write_answer(1, 1, i);
+    static_cast<void>(!write(test::worker_socket(), "x", 1));
+    return std::string("x");
   });
-  EXPECT_EQ(delivered.size(), 3U);
+  for (Delivered const& one : delivered) {
+    EXPECT_EQ(one.outcome.result.value_or(one.outcome.failure),
+              one.index % 2 == 0 ? "x" : "its answer makes no sense");
+  }
 }
 
 TEST(WorkerPool, a_worker_that_closes_its_socket_is_ended) {
@@ -269,6 +323,39 @@ TEST(WorkerPool, a_worker_that_closes_its_socket_is_ended) {
     std::this_thread::sleep_for(std::chrono::hours(1));
   };
   EXPECT_EQ(reason_of(close_it), "its answer makes no sense");
+}
+
+/// How many of two tasks are done where their user may have so many processes, and the error.
+std::string done_among(rlim_t processes) {
+  return test::in_other_process([processes] {
+    rlimit const most{processes, processes};
+    if (!test::become_lone_user() || setrlimit(RLIMIT_NPROC, &most) != 0) {
+      return std::string();
+    }
+    WorkerPool pool;
+    pool.jobs = 2;
+    int done = 0;
+    bool const ran = pool.run(
+        2, [](std::size_t) { return std::string(); },
+        [&done](std::size_t, WorkerPool::Outcome const&) { ++done; });
+    return std::to_string(done) + (ran ? " done" : " error " + std::to_string(errno));
+  });
+}
+
+TEST(WorkerPool, one_worker_that_can_be_started_does_all_the_work) {
+  std::string const done = done_among(2);
+  if (done.empty()) {
+    GTEST_SKIP() << "this user cannot be left";
+  }
+  EXPECT_EQ(done, "2 done");
+}
+
+TEST(WorkerPool, where_no_worker_can_be_started_the_error_says_why) {
+  std::string const done = done_among(1);
+  if (done.empty()) {
+    GTEST_SKIP() << "this user cannot be left";
+  }
+  EXPECT_EQ(done, "0 error " + std::to_string(EAGAIN));
 }
 
 /// A process that kills, every few milliseconds, the one whose number stands there.
