@@ -43,7 +43,7 @@ bool Spool::refuse(std::string const& why, Orlec::ParseOutcome outcome) {
 }
 
 bool Spool::is_in_file(std::int64_t size) {
-  if (!file_.is_open() && size > memory_limit) {
+  if (size > memory_limit && !std::exchange(has_outgrown_memory_, true)) {
     file_ = morvabs::open_unnamed_file();
   }
   return file_.is_open();

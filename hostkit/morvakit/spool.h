@@ -28,7 +28,7 @@ class Spool final : public Orlec::Reader {
   HString const& GetPath() const override { return name_; }
 
  private:
-  /// Whether that many bytes are, or belong, in a file.
+  /// Whether that many bytes are, or belong, in a file. There is asked for one once.
   bool is_in_file(std::int64_t size);
   bool write_to_file(std::string_view bytes);
   bool refuse(std::string const& why, Orlec::ParseOutcome outcome);
@@ -37,6 +37,7 @@ class Spool final : public Orlec::Reader {
   HString name_;
   std::string memory_;
   morvabs::FileDescriptor file_;
+  bool has_outgrown_memory_ = false;
   std::int64_t size_ = 0;
 };
 

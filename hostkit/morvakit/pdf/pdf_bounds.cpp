@@ -19,13 +19,40 @@ std::int64_t bytes_in_file(Object const& stream) {
   return std::max<std::int64_t>(stream.getStream()->getBaseStream()->getLength(), 1);
 }
 
-/// Whether it cannot unpack to more than what is harmless. One packing makes no more than this of
-/// a byte.
+/// What one byte unpacks to at the most; 0 for what is no packing.
+std::int64_t most_of_one_byte(StreamKind kind) {
+  switch (kind) {
+    case strFlate:
+      return 1100;
+    case strLZW:
+      return 2600;
+    case strRunLength:
+      return 64;
+    case strASCII85:
+      return 4;
+    case strASCIIHex:
+      return 1;
+    default:
+      return 0;
+  }
+}
+
+/// Whether it cannot unpack to more than what is harmless.
 bool is_small(Object const& stream, std::int64_t harmless) {
-  constexpr std::int64_t most_of_one_byte = 1100;
-  auto const filters = stream.streamGetDict()->lookup("Filter");
-  bool const is_packed_once = !filters.isArray() || filters.arrayGetLength() <= 1;
-  return is_packed_once && bytes_in_file(stream) <= harmless / most_of_one_byte;
+  // A row of a table that ends early is filled up, however long it is said to be.
+  auto const& dictionary = *stream.streamGetDict();
+  if (dictionary.hasKey("DecodeParms") || dictionary.hasKey("DP")) {
+    return false;
+  }
+  int packings = 0;
+  std::int64_t most = 1;
+  for (auto const* layer = stream.getStream(); layer != nullptr; layer = layer->getNextStream()) {
+    if (auto const of_layer = most_of_one_byte(layer->getKind()); of_layer > 0) {
+      ++packings;
+      most = of_layer;
+    }
+  }
+  return packings <= 1 && bytes_in_file(stream) <= harmless / most;
 }
 
 std::int64_t positive(Object const& dictionary, char const* key) {
@@ -35,9 +62,23 @@ std::int64_t positive(Object const& dictionary, char const* key) {
 
 }  // namespace
 
+bool PdfBounds::is_no_picture(Object const& stream) {
+  if (!is_packed_as_picture(stream)) {
+    return true;
+  }
+  sink_.end(Orlec::ParseOutcome::damaged, "what pages are drawn with is packed as a picture");
+  return false;
+}
+
 bool PdfBounds::is_bounded(Object const& stream) {
   constexpr std::int64_t harmless = std::int64_t{64} << 20;
-  if (!stream.isStream() || is_small(stream, harmless)) {
+  if (!stream.isStream()) {
+    return true;
+  }
+  if (!is_no_picture(stream)) {
+    return false;
+  }
+  if (is_small(stream, harmless)) {
     return true;
   }
   auto const packed = bytes_in_file(stream);
@@ -57,6 +98,9 @@ bool PdfBounds::is_sound_map(Object const& stream) {
   if (!stream.isStream()) {
     return true;
   }
+  if (!is_no_picture(stream)) {
+    return false;
+  }
   std::string map;
   read_pdf_stream(stream, [&](std::string_view bytes) {
     map += bytes;
@@ -73,6 +117,9 @@ bool PdfBounds::is_sound_shading(Object const& shading) {
   constexpr std::int64_t most_memory = std::int64_t{256} << 20;
   if (!shading.isStream()) {
     return true;
+  }
+  if (!is_no_picture(shading)) {
+    return false;
   }
   auto const type = positive(shading, "ShadingType");
   auto const place = 2 * positive(shading, "BitsPerCoordinate");

@@ -8,7 +8,8 @@ namespace morvakit {
 
 /// Whether the library can take a stream. It unpacks some of them whole, keeps many times their
 /// size, and ends the process where there is no memory for it. Each answer ends the reading in the
-/// sink where it is no; an object that is no stream is harmless.
+/// sink where it is no; an object that is no stream is harmless. A stream that is packed as a
+/// picture is damage, as nothing but a picture is to be: it is never opened.
 class PdfBounds {
  public:
   explicit PdfBounds(PdfSink& sink) : sink_(sink) {}
@@ -21,6 +22,8 @@ class PdfBounds {
   bool is_sound_shading(Object const& shading);
 
  private:
+  bool is_no_picture(Object const& stream);
+
   PdfSink& sink_;
 };
 

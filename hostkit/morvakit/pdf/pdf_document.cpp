@@ -43,6 +43,12 @@ bool is_part_of_page(Annot* annotation, void* /*unused*/) {
   }
 }
 
+/// What draws a page, as it stands there; the library gives it looked up only.
+Object reference_of_content(Page& page, PDFDoc& document) {
+  auto const entries = Object(page.getRef()).fetch(document.getXRef());
+  return entries.isDict() ? entries.dictLookupNF("Contents").copy() : Object(objNull);
+}
+
 /// The library's time for a tree of pages grows with the square of its depth. False for one that is
 /// deeper than any is, in a document that has enough objects for it to matter.
 bool is_page_tree_sound(PDFDoc& document, PdfSink& sink) {
@@ -176,7 +182,8 @@ void PdfDocumentText::read_page(int number) {
     check_fields(form_check_.are_sound(annotations));
   }
   if (!resources_.take(*page->getResourceDictObject()) ||
-      !resources_.take_content(page->getContents()) || !resources_.take_annotations(annotations)) {
+      !resources_.take_content(reference_of_content(*page, document_)) ||
+      !resources_.take_annotations(annotations)) {
     going_ = false;
     return;
   }

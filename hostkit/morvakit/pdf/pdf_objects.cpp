@@ -63,7 +63,21 @@ std::string to_text(Object const& object, PdfSink& sink) {
   return decode_text_string(bytes);
 }
 
+bool is_packed_as_picture(Object const& stream) {
+  constexpr std::array pictures{strCCITTFax, strDCT, strJBIG2, strJPX};
+  for (auto const* packing = stream.getStream(); packing != nullptr;
+       packing = packing->getNextStream()) {
+    if (std::find(pictures.begin(), pictures.end(), packing->getKind()) != pictures.end()) {
+      return true;
+    }
+  }
+  return false;
+}
+
 void read_pdf_stream(Object const& stream, std::function<bool(std::string_view)> const& take) {
+  if (is_packed_as_picture(stream)) {
+    return;
+  }
   std::array<unsigned char, 16 << 10> piece{};
   auto* const source = stream.getStream();
   source->reset();

@@ -20,7 +20,11 @@ std::string to_text(GooString const* string);
 /// only the beginning, which is noted in the sink. Empty for other objects.
 std::string to_text(Object const& object, PdfSink& sink);
 
-/// Unpacks a stream in pieces until `take` gives false.
+/// Whether a stream is packed as pictures are, among other ways or alone. The library makes room
+/// for a whole picture, as large as its header or the entries of the stream say, before it gives a
+/// byte.
+bool is_packed_as_picture(Object const& stream);
+/// Unpacks a stream in pieces until `take` gives false; one that is packed as a picture has none.
 void read_pdf_stream(Object const& stream, std::function<bool(std::string_view)> const& take);
 /// The bytes that the stream takes in the file, as it states.
 std::int64_t packed_size(Object const& stream);

@@ -14,6 +14,10 @@ Object value_of(Object const& dictionary, char const* key) {
   return dictionary.isDict() ? dictionary.dictLookup(key) : Object(objNull);
 }
 
+Object reference_of(Object const& dictionary, char const* key) {
+  return dictionary.isDict() ? dictionary.dictLookupNF(key).copy() : Object(objNull);
+}
+
 }  // namespace
 
 bool PdfResources::take_form() {
@@ -26,23 +30,29 @@ bool PdfResources::take(Object const& resources) {
   return take_open();
 }
 
-bool PdfResources::take_content(Object const& content) {
+bool PdfResources::take_content(Object const& reference) {
+  auto const content = fetch(reference);
   for (int i = 0; content.isArray() && i < content.arrayGetLength(); ++i) {
-    if (!bounds_.is_bounded(content.arrayGet(i))) {
+    if (!take_stream(content.arrayGetNF(i))) {
       return false;
     }
   }
-  return bounds_.is_bounded(content);
+  return content.isArray() || take_stream(reference);
+}
+
+bool PdfResources::take_stream(Object const& reference) {
+  return !streams_.is_new(reference) || bounds_.is_bounded(fetch(reference));
 }
 
 bool PdfResources::take_annotations(Object const& annotations) {
   for (int i = 0; annotations.isArray() && i < annotations.arrayGetLength(); ++i) {
-    auto const look = value_of(value_of(annotations.arrayGet(i), "AP"), "N");
-    if (!open_form(look)) {
+    auto const looks = value_of(annotations.arrayGet(i), "AP");
+    if (!open_form(reference_of(looks, "N"))) {
       return false;
     }
+    auto const look = value_of(looks, "N");
     for (int state = 0; look.isDict() && state < look.dictGetLength(); ++state) {
-      if (!open_form(look.dictGetVal(state))) {
+      if (!open_form(look.dictGetValNF(state))) {
         return false;
       }
     }
@@ -55,8 +65,9 @@ bool PdfResources::take_annotations(Object const& annotations) {
 
 bool PdfResources::take_open() {
   while (!open_.empty() && sink_.keep_going()) {
-    auto const next = std::move(open_.back());
+    auto const [reference, has_pictures_to_count] = std::move(open_.back());
     open_.pop_back();
+    Open const next{fetch(reference), has_pictures_to_count};
     if (next.resources.isDict() && !take_next(next)) {
       return false;
     }
@@ -74,19 +85,30 @@ bool PdfResources::take_next(Open const& open) {
          take_colors(resources.dictLookup("ColorSpace"));
 }
 
-bool PdfResources::open_form(Object const& form, bool has_pictures_to_count) {
+void PdfResources::open_resources(Object const& reference, bool has_pictures_to_count) {
+  auto& met = has_pictures_to_count ? counted_ : uncounted_;
+  if (met.resources.is_new(reference)) {
+    open_.push_back({reference.copy(), has_pictures_to_count});
+  }
+}
+
+bool PdfResources::open_form(Object const& reference, bool has_pictures_to_count) {
+  auto& met = has_pictures_to_count ? counted_ : uncounted_;
+  if (!met.forms.is_new(reference)) {
+    return true;
+  }
+  auto const form = fetch(reference);
   if (form.isStream()) {
-    open_.push_back({form.streamGetDict()->lookup("Resources"), has_pictures_to_count});
+    open_resources(form.streamGetDict()->lookupNF("Resources"), has_pictures_to_count);
   }
   return bounds_.is_bounded(form);
 }
 
-/// A picture or form is gone through once in the document, by its reference.
 bool PdfResources::take_pictures(Object const& pictures, bool is_counted) {
-  auto& met = is_counted ? met_ : met_uncounted_;
+  auto& met = is_counted ? counted_ : uncounted_;
   for (int i = 0; pictures.isDict() && i < pictures.dictGetLength() && sink_.keep_going(); ++i) {
     auto const& reference = pictures.dictGetValNF(i);
-    if (!reference.isRef() || !met.is_new(reference)) {
+    if (!reference.isRef() || !met.pictures.is_new(reference)) {
       continue;
     }
     auto const picture = pictures.dictGetVal(i);
@@ -94,7 +116,7 @@ bool PdfResources::take_pictures(Object const& pictures, bool is_counted) {
         picture.isStream() ? picture.streamGetDict()->lookup("Subtype") : Object(objNull);
     if (subtype.isName("Image")) {
       sink_.count_images(is_counted ? 1 : 0);
-    } else if (subtype.isName("Form") && !open_form(picture, is_counted)) {
+    } else if (subtype.isName("Form") && !open_form(reference, is_counted)) {
       return false;
     }
   }
@@ -103,7 +125,7 @@ bool PdfResources::take_pictures(Object const& pictures, bool is_counted) {
 
 bool PdfResources::take_fonts(Object const& fonts) {
   for (int i = 0; fonts.isDict() && i < fonts.dictGetLength() && sink_.keep_going(); ++i) {
-    if (met_.is_new(fonts.dictGetValNF(i)) && !take_font(fonts.dictGetVal(i))) {
+    if (fonts_.is_new(fonts.dictGetValNF(i)) && !take_font(fonts.dictGetVal(i))) {
       return false;
     }
   }
@@ -137,10 +159,10 @@ bool PdfResources::take_maps(Object const& font) {
 
 bool PdfResources::take_font_program(Object const& font) {
   auto const descriptor = value_of(font, "FontDescriptor");
-  return bounds_.is_bounded(value_of(font, "CIDToGIDMap")) &&
-         bounds_.is_bounded(value_of(descriptor, "FontFile")) &&
-         bounds_.is_bounded(value_of(descriptor, "FontFile2")) &&
-         bounds_.is_bounded(value_of(descriptor, "FontFile3"));
+  return take_stream(reference_of(font, "CIDToGIDMap")) &&
+         take_stream(reference_of(descriptor, "FontFile")) &&
+         take_stream(reference_of(descriptor, "FontFile2")) &&
+         take_stream(reference_of(descriptor, "FontFile3"));
 }
 
 /// The characters of a font may be drawn as a page is.
@@ -148,30 +170,28 @@ bool PdfResources::take_drawn_characters(Object const& font) {
   auto const characters = value_of(font, "CharProcs");
   for (int i = 0; characters.isDict() && i < characters.dictGetLength() && sink_.keep_going();
        ++i) {
-    if (!bounds_.is_bounded(characters.dictGetVal(i))) {
+    if (!take_stream(characters.dictGetValNF(i))) {
       return false;
     }
   }
   if (characters.isDict()) {
-    open_.push_back({font.dictLookup("Resources"), false});
+    open_resources(font.dictLookupNF("Resources"), false);
   }
   return true;
 }
 
 bool PdfResources::take_states(Object const& states) {
   for (int i = 0; states.isDict() && i < states.dictGetLength() && sink_.keep_going(); ++i) {
-    auto const& reference = states.dictGetValNF(i);
-    if (!met_.is_new(reference)) {
+    if (!states_.is_new(states.dictGetValNF(i))) {
       continue;
     }
     auto const state = states.dictGetVal(i);
     auto const font = value_of(state, "Font");
-    auto const mask = value_of(state, "SMask");
-    if (font.isArray() && font.arrayGetLength() > 0 && !take_font(font.arrayGet(0))) {
+    bool const has_font = font.isArray() && font.arrayGetLength() > 0;
+    if (has_font && fonts_.is_new(font.arrayGetNF(0)) && !take_font(font.arrayGet(0))) {
       return false;
     }
-    if (mask.isDict() && met_.is_new(mask.getDict()->lookupNF("G")) &&
-        !open_form(mask.dictLookup("G"))) {
+    if (!open_form(reference_of(value_of(state, "SMask"), "G"))) {
       return false;
     }
   }
@@ -182,13 +202,13 @@ bool PdfResources::take_states(Object const& states) {
 bool PdfResources::take_patterns(Object const& patterns) {
   for (int i = 0; patterns.isDict() && i < patterns.dictGetLength() && sink_.keep_going(); ++i) {
     auto const& reference = patterns.dictGetValNF(i);
-    if (!met_.is_new(reference)) {
+    if (!patterns_.is_new(reference)) {
       continue;
     }
     auto const pattern = patterns.dictGetVal(i);
     bool const is_shading = pattern.isStream() && pattern.streamGetDict()->hasKey("ShadingType");
     if (is_shading ? !bounds_.is_sound_shading(pattern)
-                   : !open_form(pattern, false) ||
+                   : !open_form(reference, false) ||
                          !bounds_.is_sound_shading(value_of(pattern, "Shading"))) {
       return false;
     }
@@ -199,9 +219,10 @@ bool PdfResources::take_patterns(Object const& patterns) {
 /// A color space is an array, of which some hold a stream.
 bool PdfResources::take_colors(Object const& spaces) {
   for (int i = 0; spaces.isDict() && i < spaces.dictGetLength() && sink_.keep_going(); ++i) {
-    auto const space = met_.is_new(spaces.dictGetValNF(i)) ? spaces.dictGetVal(i) : Object(objNull);
+    auto const space =
+        colors_.is_new(spaces.dictGetValNF(i)) ? spaces.dictGetVal(i) : Object(objNull);
     for (int part = 1; space.isArray() && part < space.arrayGetLength(); ++part) {
-      if (!bounds_.is_bounded(space.arrayGet(part))) {
+      if (!take_stream(space.arrayGetNF(part))) {
         return false;
       }
     }

@@ -171,4 +171,140 @@ TEST(PdfHostile, a_shading_of_too_many_pieces_is_a_bound) {
   EXPECT_EQ(parse_bytes(bytes).reason, "a shading of too many pieces");
 }
 
+// The library takes the filter of a file that stands elsewhere for the stream's own.
+TEST(PdfHostile, filters_under_their_other_name_keep_to_the_bound_on_unpacked_bytes) {
+  test::ScopedLimits const limits(limits_of_a_megabyte());
+  auto pdf = one_page(show("text"), test::helvetica, "", "/Contents 6 0 R");
+  pdf.add_stream(swollen(), "/F[/RunLengthDecode/RunLengthDecode]");
+  EXPECT_EQ(parse_bytes(exchanged(pdf.bytes(), "/Contents 4 0 R", "")).outcome,
+            ParseOutcome::limit_reached);
+}
+
+// A row of which there is one byte is as long as it is said to be.
+TEST(PdfHostile, rows_that_are_filled_up_keep_to_the_bound_on_unpacked_bytes) {
+  test::ScopedLimits const limits(limits_of_a_megabyte());
+  auto pdf = one_page(show("text"), test::helvetica, "", "/Contents 6 0 R");
+  pdf.add_stream("\x80\x18\x4C\x50\x10",
+                 "/Filter/LZWDecode/DecodeParms<</Predictor 12/Columns 4000000>>");
+  EXPECT_EQ(parse_bytes(exchanged(pdf.bytes(), "/Contents 4 0 R", "")).outcome,
+            ParseOutcome::limit_reached);
+}
+
+/// A document that needs its object 6, a stream with those entries, to draw its page.
+std::string drawn_with(std::string const& font, std::string const& resources,
+                       std::string const& entries) {
+  auto pdf = one_page(show("text"), font, "",
+                      "/Contents 4 0 R/Resources<</Font<</F1 5 0 R>>" + resources + ">>");
+  pdf.add_stream("nothing", entries);
+  return exchanged(pdf.bytes(), "/Contents 4 0 R/Resources<</Font<</F1 5 0 R>>>>", "");
+}
+
+std::string content_packed(std::string const& entries) {
+  auto pdf = one_page(show("text"), test::helvetica, "", "/Contents[6 0 R]");
+  pdf.add_stream("nothing", entries);
+  return exchanged(pdf.bytes(), "/Contents 4 0 R", "");
+}
+
+class PdfPackedAsPicture : public testing::TestWithParam<Claim> {};
+
+// A few bytes of a picture make any amount of memory, before the first of them is given.
+TEST_P(PdfPackedAsPicture, is_damage_and_not_opened) {
+  auto const parsed = parse_bytes(GetParam().bytes);
+  EXPECT_EQ(parsed.outcome, ParseOutcome::damaged);
+  EXPECT_EQ(parsed.reason, "what pages are drawn with is packed as a picture");
+}
+
+constexpr auto as_fax = "/Filter/CCITTFaxDecode/DecodeParms<</K -1/Columns 80000>>";
+
+INSTANTIATE_TEST_SUITE_P(
+    , PdfPackedAsPicture,
+    testing::Values(
+        Claim{"content_as_a_fax", content_packed(as_fax)},
+        Claim{"content_as_a_fax_by_its_short_name", content_packed("/F/CCF")},
+        Claim{"content_as_a_photograph", content_packed("/Filter/DCTDecode")},
+        Claim{"content_as_a_photograph_by_its_short_name", content_packed("/Filter/DCT")},
+        Claim{"content_as_a_scan", content_packed("/Filter/JBIG2Decode")},
+        Claim{"content_as_wavelets", content_packed("/Filter/JPXDecode")},
+        Claim{"content_among_other_ways", content_packed("/Filter[/AHx/JPXDecode]")},
+        Claim{"program_of_a_font",
+              drawn_with("<</Type/Font/Subtype/Type1/BaseFont/X/FontDescriptor<</FontFile 6 0 "
+                         "R>>>>",
+                         "", as_fax)},
+        Claim{"glyphs_of_a_font",
+              drawn_with("<</Type/Font/Subtype/Type0/BaseFont/X/Encoding/Identity-H"
+                         "/DescendantFonts[<</Type/Font/Subtype/CIDFontType2/CIDToGIDMap 6 0 R>>]"
+                         ">>",
+                         "", as_fax)},
+        Claim{"codes_of_a_font",
+              drawn_with("<</Type/Font/Subtype/Type1/BaseFont/X/ToUnicode 6 0 R>>", "", as_fax)},
+        Claim{"character_of_a_font",
+              drawn_with("<</Type/Font/Subtype/Type3/CharProcs<</a 6 0 R>>>>", "", as_fax)},
+        Claim{"form", drawn_with(test::helvetica, "/XObject<</X 6 0 R>>",
+                                 std::string("/Subtype/Form") + as_fax)},
+        Claim{"shading", drawn_with(test::helvetica, "/Shading<</S 6 0 R>>",
+                                    std::string("/ShadingType 6") + as_fax)}),
+    [](auto const& tested) { return std::string(tested.param.name); });
+
+TEST(PdfHostile, a_font_that_a_state_of_its_own_names_is_gone_through_once) {
+  auto const font =
+      "<</Type/Font/Subtype/Type3/FontBBox[0 0 1 1]/FontMatrix[1 0 0 1 0 0]/CharProcs<<>>"
+      "/Encoding<</Differences[0/a]>>/FirstChar 0/LastChar 0/Widths[1]"
+      "/Resources<</ExtGState<</G<</Font[5 0 R 1]>>>>>>>>";
+  EXPECT_NE(parse_bytes(one_page(show("text"), font).bytes()).outcome, ParseOutcome::timed_out);
+}
+
+TEST(PdfHostile, resources_of_a_font_that_stands_in_them_are_gone_through_once) {
+  auto pdf = one_page(show("text"), test::helvetica, "", "/Resources 6 0 R");
+  pdf.add("<</Font<</F1 5 0 R/F2<</Type/Font/Subtype/Type3/CharProcs<<>>/Resources 6 0 R>>>>>>");
+  auto const bytes = exchanged(pdf.bytes(), "/Resources<</Font<</F1 5 0 R>>>>", "");
+  EXPECT_NE(parse_bytes(bytes).outcome, ParseOutcome::timed_out);
+}
+
+TEST(PdfHostile, what_was_named_as_a_font_is_looked_into_as_a_form) {
+  test::ScopedLimits const limits(limits_of_a_megabyte());
+  auto pdf = one_page(show("text"), test::helvetica, "/AcroForm<</DR<</Font<</F 6 0 R>>>>>>",
+                      "/Resources<</XObject<</X 6 0 R>>>>");
+  pdf.add_stream(swollen(), std::string("/Subtype/Form") + packed_twice);
+  auto const bytes = exchanged(pdf.bytes(), "/Resources<</Font<</F1 5 0 R>>>>", "");
+  EXPECT_EQ(parse_bytes(bytes).outcome, ParseOutcome::limit_reached);
+}
+
+/// Forty pages with that content, which is object 4, is packed twice and unpacks to 50,000 bytes.
+std::string pages_of_one_content(std::string const& content) {
+  constexpr int pages = 40;
+  std::string kids;
+  test::PdfBuilder pdf;
+  for (int page = 0; page < pages; ++page) {
+    kids += std::to_string(page + 6) + " 0 R ";
+  }
+  pdf.add("<</Type/Catalog/Pages 2 0 R>>");
+  pdf.add("<</Type/Pages/MediaBox[0 0 600 800]/Resources<</Font<</F1 5 0 R>>>>/Count " +
+          std::to_string(pages) + "/Kids[" + kids + "]>>");
+  pdf.add("null");
+  std::string hexadecimal;
+  for (char const byte : show("text")) {
+    constexpr auto digits = "0123456789abcdef";
+    auto const value = static_cast<unsigned char>(byte);
+    hexadecimal += std::string("00") + digits[value / 16] + digits[value % 16];
+  }
+  for (int i = 0; i < 400; ++i) {
+    hexadecimal += "8120";
+  }
+  pdf.add_stream(hexadecimal + "80>", "/Filter[/ASCIIHexDecode/RunLengthDecode]");
+  pdf.add(test::helvetica);
+  for (int page = 0; page < pages; ++page) {
+    pdf.add("<</Type/Page/Parent 2 0 R/Contents " + content + ">>");
+  }
+  return pdf.bytes();
+}
+
+class PdfSharedContent : public testing::TestWithParam<char const*> {};
+
+TEST_P(PdfSharedContent, is_counted_once_as_unpacked) {
+  test::ScopedLimits const limits(limits_of_a_megabyte());
+  EXPECT_EQ(parse_bytes(pages_of_one_content(GetParam())).outcome, ParseOutcome::text);
+}
+
+INSTANTIATE_TEST_SUITE_P(, PdfSharedContent, testing::Values("4 0 R", "[4 0 R]"));
+
 }  // namespace

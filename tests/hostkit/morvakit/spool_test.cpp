@@ -1,8 +1,11 @@
 #include "morvakit/spool.h"
 
+#include <filesystem>
+#include <iterator>
 #include <string>
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
 #include "hostkit/tessarine/memory_reader.h"
 
@@ -37,6 +40,26 @@ TEST(Spool, gives_back_the_same_when_it_outgrows_the_memory) {
     expected += piece;
   }
   EXPECT_TRUE(all_of(spool) == expected);
+}
+
+auto open_files() {
+  std::filesystem::directory_iterator const files("/proc/self/fd");
+  return std::distance(begin(files), end(files));
+}
+
+TEST(Spool, stays_in_the_memory_where_no_file_could_be_made_once) {
+  ReadContext context(nullptr, {});
+  Spool spool("a.txt", context);
+  auto const before = open_files();
+  rlimit former{};
+  ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &former), 0);
+  rlimit none = former;
+  none.rlim_cur = 0;
+  ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &none), 0);
+  spool.append(std::string(17 << 20, 'a'));
+  ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &former), 0);
+  spool.append("b");
+  EXPECT_EQ(open_files(), before);
 }
 
 TEST(Spool, reads_a_piece_at_its_place) {
