@@ -7,6 +7,7 @@ import fcntl
 import os
 import pathlib
 import shlex
+import shutil
 import signal
 import stat
 import subprocess
@@ -27,6 +28,12 @@ def mounting_is_possible():
         return subprocess.run(command, capture_output=True).returncode == 0
     except OSError:
         return False
+
+
+def children_of(process):
+    """The workers of a run, and what keeps its working directory."""
+    return [int(number) for number in
+            pathlib.Path(f"/proc/{process.pid}/task/{process.pid}/children").read_text().split()]
 
 
 MOUNTING = mounting_is_possible()
@@ -209,20 +216,42 @@ class Output(Case):
 
 class Interrupted(Case):
     SIGNALS = (signal.SIGINT, signal.SIGTERM, signal.SIGHUP)
+    # Minutes of work for one worker: no run has ended before the signal comes.
+    DOCUMENTS = 5000
 
     def setUp(self):
         super().setUp()
-        # Long enough to be met at work.
-        text = " ".join(f"word{i % 5003} stone{i % 4001} river{i % 3001}" for i in range(60000))
-        for number in range(3):
-            (self.samples / "one" / f"long{number}.txt").write_text(text + f" number{number}")
+        # The runs inherit what a shell that has put the tests in the background ignores.
+        for number in self.SIGNALS:
+            self.addCleanup(signal.signal, number, signal.signal(number, signal.SIG_DFL))
+        self.lists = self.place / "lists"
+        document = self.place / "long.txt"
+        document.write_text(" ".join(f"word{i % 5003} stone{i % 4001} river{i % 3001}" for i in range(60000)))
+        for number in range(self.DOCUMENTS):
+            (self.samples / "one" / f"long{number}.txt").hardlink_to(document)
 
-    def interrupted(self, number, *arguments):
-        process = subprocess.Popen([PROGRAM, *map(str, arguments)], env=self.environment, stdin=subprocess.DEVNULL,
-                                   stdout=subprocess.PIPE, stderr=subprocess.PIPE)
-        time.sleep(0.15)
-        process.send_signal(number)
-        output, _ = process.communicate(timeout=PATIENCE)
+    def start_anew(self):
+        for folder in (self.boxes, self.work, self.lists):
+            shutil.rmtree(folder, ignore_errors=True)
+        self.boxes.mkdir()
+        self.work.mkdir()
+
+    def wait_for_work(self, process, is_at_work):
+        end = time.monotonic() + PATIENCE
+        while not is_at_work(process):
+            self.assertIsNone(process.poll(), "the run has ended")
+            self.assertLess(time.monotonic(), end, "the run has not begun to work")
+            time.sleep(0.005)
+
+    def interrupted(self, number, arguments, is_at_work):
+        with subprocess.Popen([PROGRAM, *map(str, arguments), "-j", "1"], env=self.environment,
+                              stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.PIPE) as process:
+            try:
+                self.wait_for_work(process, is_at_work)
+                process.send_signal(number)
+                output, _ = process.communicate(timeout=PATIENCE)
+            finally:
+                process.kill()
         return process.returncode, output
 
     def assert_no_work(self):
@@ -232,18 +261,20 @@ class Interrupted(Case):
         self.assertEqual(list(self.work.iterdir()), [])
 
     def test_the_status_is_that_of_the_signal_and_nothing_is_left(self):
-        lists = self.place / "lists"
-        commands = [self.learn(), ("cluster", self.samples, "-m", "kmeans", "-k", "2", "-o", lists),
-                    ("features", self.samples), ("collect", self.samples, "-j", "1")]
-        for arguments in commands:
+        commands = [(self.learn(), children_of),
+                    (("cluster", self.samples, "-m", "kmeans", "-k", "2", "-o", self.lists), children_of),
+                    (("features", self.samples), children_of),
+                    (("collect", self.samples), lambda _: list(self.work.rglob("Tessarine")))]
+        for arguments, is_at_work in commands:
             for number in self.SIGNALS:
                 with self.subTest(f"{arguments[0]} {number.name}"):
-                    status, output = self.interrupted(number, *arguments)
+                    self.start_anew()
+                    status, output = self.interrupted(number, arguments, is_at_work)
                     self.assertEqual(status, -number)
                     self.assertTrue(output == b"" or output.endswith(b"\n"))
                     self.assert_no_work()
                     self.assertEqual(self.content(), {})
-                    self.assertFalse(lists.exists())
+                    self.assertFalse(self.lists.exists())
 
 
 class Leftovers(Case):
@@ -272,11 +303,14 @@ class Leftovers(Case):
                                    stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL)
         while not list(self.work.rglob("Tessarine")):
             self.assertIsNone(process.poll())
-        children = pathlib.Path(f"/proc/{process.pid}/task/{process.pid}/children").read_text().split()
-        for number in [process.pid, *map(int, children)]:
+        for number in [process.pid, *children_of(process)]:
             os.kill(number, signal.SIGKILL)
         process.wait()
-        self.assertNotEqual(list(self.work.iterdir()), [])
+        left, = self.work.iterdir()
+        # Until the last of the children, which nobody here can wait for, has ended.
+        directory = os.open(left, os.O_RDONLY)
+        fcntl.flock(directory, fcntl.LOCK_EX)
+        os.close(directory)
         self.collect()
         self.assertEqual(list(self.work.iterdir()), [])
 
