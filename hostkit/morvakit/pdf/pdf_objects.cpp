@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdint>
 
 #include <Stream.h>
 #include <UTF.h>
@@ -37,6 +38,27 @@ std::string decode_text_string(std::string const& bytes) {
   return with_line_ends(std::move(wide));
 }
 
+std::int64_t stated(Object const& parameters, char const* key) {
+  auto const number = parameters.dictLookup(key);
+  return number.isInt() ? number.getInt() : 1;
+}
+
+/// `parameters`: of one packing, or of several.
+bool has_rows_of_a_picture(Object const& parameters) {
+  constexpr std::int64_t longest = std::int64_t{16} << 20;
+  for (int i = 0; parameters.isArray() && i < parameters.arrayGetLength(); ++i) {
+    auto const one = parameters.arrayGet(i);
+    if (one.isDict() && has_rows_of_a_picture(one)) {
+      return true;
+    }
+  }
+  if (!parameters.isDict()) {
+    return false;
+  }
+  auto const columns = stated(parameters, "Columns");
+  return columns > longest || columns * stated(parameters, "Colors") > longest;
+}
+
 }  // namespace
 
 std::string to_text(GooString const* string) {
@@ -64,6 +86,11 @@ std::string to_text(Object const& object, PdfSink& sink) {
 }
 
 bool is_packed_as_picture(Object const& stream) {
+  auto const& dictionary = *stream.streamGetDict();
+  if (has_rows_of_a_picture(dictionary.lookup("DecodeParms")) ||
+      has_rows_of_a_picture(dictionary.lookup("DP"))) {
+    return true;
+  }
   constexpr std::array pictures{strCCITTFax, strDCT, strJBIG2, strJPX};
   for (auto const* packing = stream.getStream(); packing != nullptr;
        packing = packing->getNextStream()) {

@@ -20,9 +20,9 @@ std::string to_text(GooString const* string);
 /// only the beginning, which is noted in the sink. Empty for other objects.
 std::string to_text(Object const& object, PdfSink& sink);
 
-/// Whether a stream is packed as pictures are, among other ways or alone. The library makes room
-/// for a whole picture, as large as its header or the entries of the stream say, before it gives a
-/// byte.
+/// Whether a stream is packed as only pictures are: by what packs nothing else, among other ways or
+/// alone, or in rows of over 16 million numbers. The library makes room for a whole picture or row,
+/// as large as it is said to be, before it gives a byte.
 bool is_packed_as_picture(Object const& stream);
 /// Unpacks a stream in pieces until `take` gives false; one that is packed as a picture has none.
 void read_pdf_stream(Object const& stream, std::function<bool(std::string_view)> const& take);

@@ -226,6 +226,10 @@ INSTANTIATE_TEST_SUITE_P(
         Claim{"content_as_a_scan", content_packed("/Filter/JBIG2Decode")},
         Claim{"content_as_wavelets", content_packed("/Filter/JPXDecode")},
         Claim{"content_among_other_ways", content_packed("/Filter[/AHx/JPXDecode]")},
+        Claim{"content_in_long_rows",
+              content_packed("/Filter/LZWDecode/DecodeParms<</Predictor 12/Columns 70000000>>")},
+        Claim{"content_in_rows_of_many_colors",
+              content_packed("/F[/Fl]/DP[<</Predictor 2/Columns 9000000/Colors 8>>]")},
         Claim{"program_of_a_font",
               drawn_with("<</Type/Font/Subtype/Type1/BaseFont/X/FontDescriptor<</FontFile 6 0 "
                          "R>>>>",
