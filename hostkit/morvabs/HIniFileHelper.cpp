@@ -117,13 +117,16 @@ bool HIniFileHelper::write_string(HString const& section, HString const& key,
 }
 
 bool HIniFileHelper::read_all() {
+  // Memory may run out on the way, and the file is not to be lost then.
+  unread_ = ENOMEM;
   auto document = load(path_);
   bool const is_read = document.has_value();
   int const error = errno;
-  unread_ = !is_read && HFile::IsFileExist(path_) ? error : 0;
+  int const unread = !is_read && HFile::IsFileExist(path_) ? error : 0;
   morvabs::IniDocument found = std::move(document).value_or(morvabs::IniDocument());
-  vt_section = std::move(found.sections);
   trailing_comment_ = found.trailing_comment;
+  vt_section = std::move(found.sections);
+  unread_ = unread;
   return is_read;
 }
 

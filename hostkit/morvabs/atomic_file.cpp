@@ -33,9 +33,8 @@ std::string behind_links(std::string const& path) {
 
 /// A rename lasts only when its directory is on disk too. A file system that cannot do that has
 /// still taken the file, so this is no failure.
-void sync_directory(std::string const& directory) {
-  std::string const path = directory.empty() ? "." : directory;
-  FileDescriptor const opened(::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+void sync_directory(char const* path) {
+  FileDescriptor const opened(::open(path, O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   if (opened.is_open()) {
     ::fsync(opened.get());
   }
@@ -66,21 +65,26 @@ bool AtomicFile::open(Access access) {
     return fail(S_ISDIR(old.st_mode) ? EISDIR : EINVAL);
   }
   bool const keeps_old = access == Access::keep && exists && S_ISREG(old.st_mode);
+  if (keeps_old) {
+    kept_ = Owner{old.st_uid, old.st_gid, old.st_mode & all_permissions};
+  }
+  // What replaces another file is its own user's alone until it is whole.
   mode_t const mode =
       access == Access::keep && !keeps_old ? new_file_permissions : private_file_permissions;
   temporary_ = make_temporary_file(directory_of(path_), mode);
-  if (temporary_.error != 0) {
-    return fail(std::exchange(temporary_, {}).error);
-  }
-  if (!keeps_old) {
+  return temporary_.error == 0 || fail(std::exchange(temporary_, {}).error);
+}
+
+/// Before that a leftover is this user's, who alone removes it.
+bool AtomicFile::hand_over() {
+  if (!kept_) {
     return true;
   }
   // Only root can give a file away, and for everybody else the owner is the same anyway. A change
   // of owner clears bits of the mode, so the mode comes last.
   int const descriptor = temporary_.descriptor.get();
-  bool const same_owner = ::fchown(descriptor, old.st_uid, old.st_gid) == 0;
-  mode_t const kept = same_owner ? all_permissions : 0777;
-  return ::fchmod(descriptor, old.st_mode & kept) == 0 || fail(errno);
+  bool const same_owner = ::fchown(descriptor, kept_->user, kept_->group) == 0;
+  return ::fchmod(descriptor, same_owner ? kept_->mode : kept_->mode & 0777U) == 0;
 }
 
 bool AtomicFile::write(std::string_view bytes) {
@@ -105,13 +109,16 @@ bool AtomicFile::commit() {
   if (!flush()) {
     return false;
   }
+  // After the rename nothing may fail any more, memory included.
+  std::string const directory = directory_of(path_);
   // Some file systems report a failed write only when the file is closed.
-  if (::fsync(temporary_.descriptor.get()) != 0 || ::close(temporary_.descriptor.release()) != 0 ||
+  if (!hand_over() || ::fsync(temporary_.descriptor.get()) != 0 ||
+      ::close(temporary_.descriptor.release()) != 0 ||
       ::rename(temporary_.path.c_str(), path_.c_str()) != 0) {
     return fail(errno);
   }
   temporary_ = {};
-  sync_directory(directory_of(path_));
+  sync_directory(directory.empty() ? "." : directory.c_str());
   return true;
 }
 

@@ -1,8 +1,11 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
+
+#include <sys/types.h>
 
 #include "host/export.h"
 #include "morvabs/temporary_file.h"
@@ -18,8 +21,9 @@ namespace morvabs {
 class MORVA_EXPORT AtomicFile {
  public:
   enum class Access {
-    keep,        ///< an existing file's permissions, else `new_file_permissions`; a symbolic link
-                 ///< stays, the file behind it is replaced
+    keep,        ///< an existing file's owner and permissions, which the temporary gets once it is
+                 ///< whole, else `new_file_permissions`; a symbolic link stays, the file behind it
+                 ///< is replaced
     owner_only,  ///< `private_file_permissions`, from the first byte on; a symbolic link is
                  ///< replaced
   };
@@ -33,18 +37,28 @@ class MORVA_EXPORT AtomicFile {
   bool write(std::string_view bytes);
   /// False, with the old file untouched and the temporary removed, when anything failed. That the
   /// directory cannot be synced is no failure: the file is in place.
+  /// A file that is in place never throws: all that takes memory comes before.
   bool commit();
   /// The system's error number of the first failure, 0 without one. A call that fails leaves it in
   /// `errno` too, and the end of the object does not change that.
   int error() const { return error_; }
 
  private:
+  /// Whose the replaced file is, and who may do what with it.
+  struct Owner {
+    uid_t user;
+    gid_t group;
+    mode_t mode;
+  };
+
   bool open(Access access);
+  bool hand_over();
   bool flush();
   bool fail(int error);
   void discard();
 
   std::string path_;
+  std::optional<Owner> kept_;
   TemporaryFile temporary_;
   std::string buffer_;
   int error_ = 0;

@@ -138,6 +138,13 @@ HString comment_text(char const* comment) {
   return comment == nullptr ? HString() : comment;
 }
 
+/// Puts the comment lines of another entry of the same name below those of the first.
+void add_comment(HString& comment, HString const& more) {
+  if (more.not_empty()) {
+    comment = comment.empty() ? more : comment + L"\n" + more;
+  }
+}
+
 /// Takes a line off the front of a text, which must not be empty.
 std::string_view take_line(std::string_view& text) {
   std::size_t const end = std::min(text.find_first_of("\r\n"), text.size());
@@ -174,8 +181,10 @@ class DocumentBuilder {
     HString const name = decode(entry.pItem);
     auto const [place, is_new] = places_.try_emplace(name, Place{document_.sections.size(), {}});
     if (is_new) {
-      document_.sections.push_back({name, {}, comment_text(entry.pComment)});
+      document_.sections.push_back({name, {}, {}});
     }
+    add_comment(document_.sections[place->second.section].str_comment,
+                comment_text(entry.pComment));
     Parser::TNamesDepend keys;
     parser_.GetAllKeys(entry.pItem, keys);
     keys.sort(Parser::Entry::LoadOrder());
@@ -207,6 +216,7 @@ class DocumentBuilder {
       keys.push_back(key);
     } else {
       keys[found->second].str_value = key.str_value;
+      add_comment(keys[found->second].str_comment, key.str_comment);
     }
   }
 

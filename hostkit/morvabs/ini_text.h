@@ -32,7 +32,8 @@ MORVA_EXPORT bool is_within_ini_limits(std::string_view utf8);
 
 /// Reads INI text in UTF-8 that is within the limits. Keys in front of the first section make a
 /// section without a name; sections of one name are one section, and of values of one name the last
-/// one counts; lines that are neither section, key nor comment are passed over.
+/// one counts, while the comments of all are kept in order; lines that are neither section, key nor
+/// comment are passed over.
 ///
 /// Names and values are percent-encoded where INI cannot hold them: "%" and two hexadecimal digits
 /// for an ASCII character, "%{" digits "}" for any other value, "%{}" for a name that is empty.

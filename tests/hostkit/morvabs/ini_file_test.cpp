@@ -213,6 +213,18 @@ TEST_F(IniFile, of_two_values_the_last_one_counts_however_the_key_is_encoded) {
   EXPECT_EQ(read(L"box", L"MD5"), HString(L"2"));
 }
 
+TEST_F(IniFile, comments_of_a_key_that_is_encoded_twice_survive) {
+  put("[box]\n; one\nab = 1\n; two\n%61b = 2\n");
+  EXPECT_TRUE(write(L"other", L"key", L"value"));
+  EXPECT_THAT(content(), HasSubstr("; one\n; two\nab = 2\n"));
+}
+
+TEST_F(IniFile, comments_of_a_section_that_is_encoded_twice_survive) {
+  put("; one\n[box]\na = 1\n; two\n[b%6Fx]\nb = 2\n");
+  EXPECT_TRUE(write(L"other", L"key", L"value"));
+  EXPECT_THAT(content(), HasSubstr("; one\n; two\n[box]\n"));
+}
+
 TEST_F(IniFile, digits_of_an_escape_are_ascii) {
   put("[box]\nkey = %{\xC5\x81}\n");  // U+0141, the low byte of which is that of "A"
   EXPECT_EQ(read(L"box", L"key"), HString(L"%{\x141}"));
