@@ -76,6 +76,7 @@
 #include "host/SITcpClient.h"
 #include "host/WordNode.h"
 #include "host/box_file.h"
+#include "host/file_locks.h"
 #include "host/native_path.h"
 #include "host/process_memory.h"
 #include "host/utf8.h"

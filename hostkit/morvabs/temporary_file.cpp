@@ -14,6 +14,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "host/file_locks.h"
 #include "morvabs/uuid.h"
 
 namespace morvabs {
@@ -39,7 +40,8 @@ bool is_due(std::string const& directory) {
   constexpr std::chrono::minutes pause(1);
   constexpr std::size_t most = 1000;
   static std::mutex mutex;
-  static std::set<std::string> seen;
+  // Never freed: other threads may still write while the process ends.
+  static std::set<std::string>& seen = *std::make_unique<std::set<std::string>>().release();
   static Clock::time_point begun;
   std::lock_guard const guard(mutex);
   if (seen.size() >= most || Clock::now() - begun > pause) {
@@ -62,7 +64,7 @@ void remove_if_left(int directory, char const* name) {
 
 void remove_leftovers(std::string const& path) {
   Directory const directory(::opendir(path.empty() ? "." : path.c_str()));
-  if (!directory) {
+  if (!directory || !sees_all_locks(::dirfd(directory.get()))) {
     return;
   }
   while (dirent const* const entry = ::readdir(directory.get())) {

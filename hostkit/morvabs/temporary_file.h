@@ -27,7 +27,9 @@ struct TemporaryFile {
 ///
 /// Before that it removes what killed processes left in the directory: regular files of such a name
 /// and of this user that nobody has locked. To do so it reads the directory, each one at most once
-/// a minute. On file systems without locks files are made without, and none are removed.
+/// a minute; beyond a thousand directories in that time it begins anew. On file systems without
+/// locks files are made without, and none are removed; nor are they where locks may be those of one
+/// machine (`sees_all_locks`).
 MORVA_EXPORT TemporaryFile make_temporary_file(std::string const& directory, mode_t mode);
 
 }  // namespace morvabs

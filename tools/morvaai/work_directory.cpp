@@ -16,6 +16,8 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "morvaai.h"
+
 #include "no_signals.h"
 
 namespace tool {
@@ -53,8 +55,9 @@ void remove_directory(std::filesystem::path const& path) {
 /// Whether a killed run of this user left the directory: then nobody has it locked.
 bool is_left(int directory) {
   struct stat status {};
-  return fstat(directory, &status) == 0 && status.st_uid == geteuid() &&
-         (status.st_mode & (S_IRWXG | S_IRWXO)) == 0 && flock(directory, LOCK_SH | LOCK_NB) == 0;
+  return morvabs::sees_all_locks(directory) && fstat(directory, &status) == 0 &&
+         status.st_uid == geteuid() && (status.st_mode & (S_IRWXG | S_IRWXO)) == 0 &&
+         flock(directory, LOCK_SH | LOCK_NB) == 0;
 }
 
 void remove_leftovers(std::filesystem::path const& place) {

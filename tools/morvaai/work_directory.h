@@ -14,7 +14,8 @@ namespace tool {
 /// It goes with all it holds however the run ends, killed included: a process that waits for that
 /// end removes it. Where that process was killed too, or the machine stopped, a later run does:
 /// before it makes its own it removes the directories of this name, "morvaai-run-" and six
-/// characters, that are this user's, closed to others, and locked (flock) by no run.
+/// characters, that are this user's, closed to others, and locked (flock) by no run. On network
+/// file systems and others whose locks may be those of one machine they stay.
 class WorkDirectory {
  public:
   /// Throws std::system_error when there is no place for it.

@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include "support/temporary_directory.h"
 
@@ -69,6 +70,30 @@ TEST(AtomicFile, an_existing_file_keeps_its_permissions) {
   std::filesystem::permissions(directory.path() / "a", std::filesystem::perms(0640));
   write_whole(directory.path() / "a", "new", Access::keep);
   EXPECT_EQ(permissions(directory.path() / "a"), 0640U);
+}
+
+TEST(AtomicFile, the_temporary_of_a_replaced_file_is_its_writers_alone_until_commit) {
+  test::TemporaryDirectory const directory;
+  directory.write("a", "old");
+  std::filesystem::permissions(directory.path() / "a", std::filesystem::perms(0640));
+  AtomicFile const file(directory.path() / "a", Access::keep);
+  for (auto const& entry : std::filesystem::directory_iterator(directory.path())) {
+    EXPECT_EQ(permissions(entry.path()), entry.path().filename() == "a" ? 0640U : 0600U);
+  }
+}
+
+TEST(AtomicFile, a_file_of_another_user_stays_theirs) {
+  if (geteuid() != 0) {
+    GTEST_SKIP() << "only root can make files of another user";
+  }
+  constexpr uid_t nobody = 65534;
+  test::TemporaryDirectory const directory;
+  directory.write("a", "old");
+  ASSERT_EQ(chown((directory.path() / "a").c_str(), nobody, nobody), 0);
+  write_whole(directory.path() / "a", "new", Access::keep);
+  struct stat status {};
+  ASSERT_EQ(stat((directory.path() / "a").c_str(), &status), 0);
+  EXPECT_EQ(status.st_uid, nobody);
 }
 
 TEST(AtomicFile, a_new_file_follows_the_umask) {

@@ -11,11 +11,13 @@
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <linux/magic.h>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "host/file_locks.h"
 #include "morvabs/atomic_file.h"
 
 #include "support/temporary_directory.h"
@@ -153,6 +155,40 @@ TEST_F(Leftover, is_nothing_of_another_user) {
   ASSERT_EQ(chown(path(left_name).c_str(), nobody, nobody), 0);
   write_another();
   EXPECT_THAT(names(), ElementsAre(left_name, "other"));
+}
+
+TEST_F(Leftover, of_one_who_replaces_a_file_of_another_user_is_removed) {
+  if (geteuid() != 0) {
+    GTEST_SKIP() << "only root can make files of another user";
+  }
+  constexpr uid_t nobody = 65534;
+  directory_.write("a", "theirs");
+  ASSERT_EQ(chown(path("a").c_str(), nobody, nobody), 0);
+  pid_t const writer = fork();
+  if (writer == 0) {
+    AtomicFile const file(path("a"), Access::keep);
+    kill(getpid(), SIGKILL);
+  }
+  waitpid(writer, nullptr, 0);
+  ASSERT_EQ(names().size(), 2U);
+  write_another();
+  EXPECT_THAT(names(), ElementsAre("a", "other"));
+}
+
+TEST(FileLocks, of_a_network_file_system_may_be_those_of_one_machine) {
+  EXPECT_FALSE(morvabs::type_sees_all_locks(NFS_SUPER_MAGIC));
+}
+
+TEST(FileLocks, of_a_file_system_of_another_process_may_be_those_of_one_machine) {
+  EXPECT_FALSE(morvabs::type_sees_all_locks(FUSE_SUPER_MAGIC));
+}
+
+TEST(FileLocks, a_number_with_its_sign_is_the_same_file_system) {
+  EXPECT_FALSE(morvabs::type_sees_all_locks(static_cast<unsigned long>(-11317950L)));
+}
+
+TEST(FileLocks, of_a_file_system_in_memory_are_seen_by_all) {
+  EXPECT_TRUE(morvabs::type_sees_all_locks(TMPFS_MAGIC));
 }
 
 // Each takes what it finds for leftovers while the others write.
