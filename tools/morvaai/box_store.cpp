@@ -86,7 +86,9 @@ BoxStore::Problem enter(HString const& id, HString const& file) {
     return unread;
   }
   HString md5;
-  HFileMD5::get_file_md5(file, md5);
+  if (!HFileMD5::get_file_md5(file, md5) || md5.empty()) {
+    return about(file, std::string("it cannot be read again: ") + std::strerror(errno));
+  }
   std::vector<HString> class_ids;
   HFileClusterBoxMgr::pins()->get_vt_class_id(box, class_ids);
   return change_index([&](std::vector<HIniSection>& sections) {
@@ -124,17 +126,17 @@ BoxStore::Problem put(HString const& id,
   if (former.problem()) {
     return about(target, *former.problem());
   }
-  if (BoxStore::Problem unwritten = write(target)) {
-    return unwritten;
-  }
   try {
+    if (BoxStore::Problem unwritten = write(target)) {
+      return unwritten;
+    }
     BoxStore::Problem unlisted = enter(id, target);
     if (unlisted) {
       former.restore();
     }
     return unlisted;
   } catch (...) {
-    // Memory may run out: the box is loaded once more.
+    // Memory may run out, also behind the writing: the box is loaded once more.
     former.restore();
     throw;
   }

@@ -18,8 +18,13 @@ std::uint64_t load_count(HString const& box_id) {
 
 void count_load(HString const& box_id, std::map<HString, QXPPolicyMorvaClustBox> const& cache) {
   static std::uint64_t loads = 0;
-  std::erase_if(counts(), [&cache](auto const& entry) { return !cache.contains(entry.first); });
   counts()[box_id] = ++loads;
+  // The box itself is in the cache only afterwards. Looking through all is for when some have gone.
+  if (counts().size() > cache.size() + 1) {
+    std::erase_if(counts(), [&](auto const& entry) {
+      return entry.first != box_id && !cache.contains(entry.first);
+    });
+  }
 }
 
 }  // namespace morva

@@ -1,5 +1,6 @@
 #include "classify/internal/prepared_boxes.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <map>
 #include <utility>
@@ -16,9 +17,13 @@ struct Prepared {
   WeightLists lists;
 };
 
-// What was made of boxes that a host has erased since goes as well.
-void forget_erased(std::map<HString, Prepared>& boxes) {
+// What was made of boxes that a host has erased since goes as well. Looking through all is for when
+// there would be more than boxes.
+void make_room(std::map<HString, Prepared>& boxes, std::size_t added) {
   auto const& cache = HFileClusterBoxMgr::pins()->map_box;
+  if (boxes.size() + added <= cache.size()) {
+    return;
+  }
   std::erase_if(boxes, [&cache](auto const& entry) { return !cache.contains(entry.first); });
 }
 
@@ -33,7 +38,7 @@ WeightLists const& prepared_box(HString const& box_id, QXPPolicyMorvaClustBox co
       known->second.lists.is_of(box.vt_words, lists)) {
     return known->second.lists;
   }
-  forget_erased(boxes);
+  make_room(boxes, known == boxes.end() ? 1 : 0);
   Prepared prepared{load_count(box_id), WeightLists(box.vt_words, lists)};
   return boxes.insert_or_assign(box_id, std::move(prepared)).first->second.lists;
 }
