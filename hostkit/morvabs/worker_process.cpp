@@ -1,7 +1,9 @@
 #include "morvabs/worker_process.h"
 
 #include <cerrno>
+#include <cstdlib>
 #include <deque>
+#include <exception>
 #include <new>
 #include <utility>
 
@@ -106,6 +108,8 @@ void serve(int socket, pid_t parent, Tasks const& tasks, Sandbox const& sandbox)
     ::_exit(1);
   }
   task_socket = socket;
+  // That of the parent may do more than to end.
+  std::set_terminate(&std::abort);
   try {
     do_tasks(tasks, sandbox);
   } catch (std::bad_alloc const&) {

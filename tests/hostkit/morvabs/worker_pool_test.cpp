@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <chrono>
 #include <cstdlib>
+#include <exception>
 #include <functional>
 #include <limits>
 #include <new>
@@ -142,6 +143,12 @@ TEST(WorkerPool, a_fault_is_told_by_its_signal) {
 
 TEST(WorkerPool, an_abort_is_told) {
   EXPECT_THAT(reason_of([] { std::abort(); }), HasSubstr("the worker process ended with"));
+}
+
+TEST(WorkerPool, the_terminate_handler_of_the_parent_is_not_called) {
+  auto* const before = std::set_terminate([] { _exit(7); });
+  EXPECT_THAT(reason_of([] { std::terminate(); }), testing::Not(HasSubstr("status 7")));
+  std::set_terminate(before);
 }
 
 TEST(WorkerPool, an_exit_is_told_by_its_status) {
