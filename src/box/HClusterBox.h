@@ -28,6 +28,7 @@ class MORVA_EXPORT HClusterBox {
 
   /// The instance, made on first use.
   static HClusterBox* pins();
+  /// Sets `mb_need_init`.
   void set_need_init();
 
   /// "../data/ClusterBox", with a separator at its end if asked for. The directory is made where it

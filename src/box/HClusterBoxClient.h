@@ -12,6 +12,7 @@ class MORVA_EXPORT HClusterBoxClient {
 
   /// The connection, made by `init` and never released; null until then.
   SITcpClient* pclient = nullptr;
+  /// A connection was made: never, as no server address is known.
   bool mb_connect = false;
 
   HClusterBoxClient();
@@ -21,6 +22,8 @@ class MORVA_EXPORT HClusterBoxClient {
   static HClusterBoxClient* pins();
   /// One attempt to connect. Nothing changes where there is no server address.
   void init();
+  /// `mb_connect`.
   bool is_connect() const;
+  /// `pclient`.
   SITcpClient* get_client();
 };

@@ -8,8 +8,9 @@
 /// One member file of a class.
 class MORVA_EXPORT HClusterResultFeatureNode {
  public:
-  /// Both as in the file's `HFeatureNode`.
+  /// Identifier of the file, as in its `HFeatureNode`.
   HString str_file_id;
+  /// Its name without directories and extension, as there.
   HString str_file_name;
   /// The coordinates of the file's point, one for each word of the vocabulary.
   std::vector<double> vt_data;

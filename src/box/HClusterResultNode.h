@@ -19,7 +19,9 @@ class MORVA_EXPORT HClusterResultNode {
   std::vector<int> vt_reserved;
   /// 0 K-means, 1 DBSCAN.
   std::int32_t i_cluster_type = 0;
+  /// The classes of a K-means run, in its order; empty for others.
   std::vector<HClusterResultKMeansNode> vt_kmeans_node;
+  /// The classes of a DBSCAN run, in its order; empty for others.
   std::vector<HClusterResultDBScanNode> vt_dbscan_node;
 
   HClusterResultNode();

@@ -28,6 +28,7 @@ class MORVA_EXPORT HFileMatchClassifyMgr {
   HFileMatchClassifyMgr();
   ~HFileMatchClassifyMgr();
 
+  /// The singleton, made at first use.
   static HFileMatchClassifyMgr* pins();
 
   /// Those of the classes that the index has in this box, in their order. A file that is missing or

@@ -23,9 +23,11 @@ class MORVA_EXPORT HClusterBase {
   bool mb_finish = false;
   /// Number of points of the run.
   long long mi_count = 0;
+  /// The points of the run.
   std::vector<HPointN> vt_point;
   /// All point indices in order.
   std::vector<int> vt_index;
+  /// The clusters, lists of indices into the points.
   std::vector<std::vector<int>> vt_result;
   /// Dimension of the first point.
   long long mi_n = 0;
@@ -46,22 +48,34 @@ class MORVA_EXPORT HClusterBase {
   /// Copies the points and sets up the indices. False, with nothing changed, for an empty list. The
   /// indices are appended to what `vt_index` holds.
   bool InitBase(std::vector<HPointN> const& points);
+  /// Replaces `out` by `vt_result`.
   void get_result(std::vector<std::vector<int>>& out) const;
   /// Replaces `out` by the mean point of each cluster; empty unless `mb_finish` is set.
   void get_out_center_point(std::vector<HPointN>& out) const;
 
-  /// `HClusterCenter` and `HClusterDistance` over `vt_point`.
+  /// `HClusterCenter::get_empty_point` of `mi_n` coordinates.
   HPointN get_empty_point() const;
+  /// `HClusterCenter` over `vt_point`: the mean of the members.
   HPointN get_center_point(std::vector<int> const& members) const;
+  /// The median of the members, coordinate by coordinate.
   HPointN get_median_point(std::vector<int> const& members) const;
+  /// `HClusterDistance` over `vt_point`: the mean distance of all pairs.
   double get_avg_distance() const;
+  /// The smallest distance of a pair.
   double get_min_distance() const;
+  /// The same with the indices of the pair.
   double get_min_distance(int& i, int& j) const;
+  /// The same with copies of the pair.
   double get_min_distance(HPointN& a, HPointN& b) const;
+  /// The largest distance of a pair.
   double get_max_distance() const;
+  /// The same with the indices of the pair.
   double get_max_distance(int& i, int& j) const;
+  /// The same with copies of the pair.
   double get_max_distance(HPointN& a, HPointN& b) const;
+  /// Largest distance from the members' mean to a member.
   double get_max_radius(std::vector<int> const& members) const;
+  /// Sum of the distances from one point to the members.
   double get_distance_sum(int const& index, std::vector<int> const& members) const;
   /// Distance of two points; 0.0 where an index is below 0 or not below `mi_count`.
   double get_distance(int const& i, int const& j) const;

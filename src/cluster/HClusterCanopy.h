@@ -25,10 +25,14 @@ class MORVA_EXPORT HClusterCanopy : public HClusterBase {
   HClusterCanopy();
   ~HClusterCanopy();
 
+  /// Sets `mi_k`.
   void set_k(long long const& k);
+  /// Sets `md_T1`.
   void set_T1(double const& t1);
+  /// Sets `md_T2`.
   void set_T2(double const& t2);
   using HClusterBase::cluster;
+  /// 2.
   int get_cluster_type() const override;
   /// Refuses negative parameters, and a T1 that is not at least T2. With both radii 0.0, T2 becomes
   /// the mean pair distance and T1 three times that.
@@ -46,7 +50,9 @@ class MORVA_EXPORT HClusterCanopy : public HClusterBase {
   /// with a T2 below 1e-6, with a step that no longer changes T2, and after 2,000 steps; the result
   /// is true in all these cases. False, with nothing changed, when a radius is 0.0.
   bool cluster_k(std::vector<int> const& indices);
-  /// One step of the search up, and down.
+  /// One step of the search up: `low` becomes `md_T2`, which goes to the middle of it and `high`,
+  /// or doubles while `high` is 0.0.
   void increase_t2(double& low, double& high);
+  /// One step down: `high` becomes `md_T2`, which goes to the middle of it and `low`.
   void decrease_t2(double& low, double& high);
 };

@@ -26,19 +26,26 @@ class MORVA_EXPORT HClusterKMeans : public HClusterBase {
   /// From the index of a mean to the points assigned to it, ascending. Every mean has its key.
   using ClusterMap = std::map<int, std::vector<int>>;
 
+  /// The seeds after `init`, then the means as they are moved; after a run the last ones.
   std::vector<HPointN> vt_mean;
   /// Number of clusters; `init` may lower it, and takes it from the canopy run where it is 0.
   long long mi_k = 0;
+  /// Seeds are the means of a canopy run.
   bool mb_use_canopy = false;
 
   HClusterKMeans();
+  /// Copies parameters, points and results.
   HClusterKMeans(HClusterKMeans const& other);
+  /// Copies parameters, points and results.
   HClusterKMeans& operator=(HClusterKMeans const& other);
   ~HClusterKMeans();
 
+  /// Sets `mi_k`.
   void set_k(int const& k);
+  /// Sets `mb_use_canopy`.
   void set_use_canopy(bool use_canopy);
   using HClusterBase::cluster;
+  /// 0.
   int get_cluster_type() const override;
   /// Makes the seeds. False for a negative `mi_k`, for 0 without canopy, where no seeds are found,
   /// and where the canopy run gives more means than asked for. Where it gives fewer, `mi_k` falls
@@ -61,11 +68,12 @@ class MORVA_EXPORT HClusterKMeans : public HClusterBase {
   int get_mean_nearest_index(int const& point) const;
   /// Replaces `clusters` by the assignment of all points.
   void get_mean_cluster(ClusterMap& clusters) const;
+  /// Whether one of the clusters has no point.
   bool is_exist_empty_cluster(ClusterMap const& clusters) const;
-  /// For each cluster, its mean becomes the members' arithmetic mean, and their median
-  /// (`HClusterCenter`). An empty cluster's mean loses its coordinates. A key outside `means` is
-  /// passed over.
+  /// The mean of each cluster becomes the arithmetic mean of its members (`HClusterCenter`). That
+  /// of an empty cluster loses its coordinates. A key outside `means` is passed over.
   void update_mean(ClusterMap const& clusters, std::vector<HPointN>& means);
+  /// The same with the median of the members.
   void update_mean_kmedians(ClusterMap const& clusters, std::vector<HPointN>& means);
   /// Stores each valid member's distance from the members' arithmetic mean, and returns the first
   /// with the greatest; 0 where none exceeds 0.0.

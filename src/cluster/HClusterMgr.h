@@ -19,6 +19,7 @@ class MORVA_EXPORT HClusterMgr {
   HClusterMgr();
   ~HClusterMgr();
 
+  /// The singleton, made at first use.
   static HClusterMgr* pins();
 
   /// Runs an engine that the caller has set up, once.

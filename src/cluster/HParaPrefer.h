@@ -30,10 +30,14 @@ class MORVA_EXPORT HParaPrefer {
                          std::vector<std::vector<double>>& lists, bool use_distance);
   /// Distance, or cosine similarity.
   static double get_value(HPointN const& a, HPointN const& b, bool use_distance);
+  /// The estimate over lists. First the mean of the largest values that `get_nearest_minpts` picks;
+  /// then, over the lists whose smallest value is not above that, the mean of the largest values
+  /// that `get_nearest_value` picks with it. 0.0 without lists.
   static double smart_eps(std::vector<std::vector<double>> const& lists, int const& min_points);
   /// Appends the values up to and including the `min_points`-th distinct one that is not 0.0.
   static void get_nearest_minpts(std::vector<double> const& list, int const& min_points,
                                  std::vector<double>& out);
+  /// The same of each list; appends one to `out_lists` for each.
   static void get_vt_nearest_minpts(std::vector<std::vector<double>> const& lists,
                                     int const& min_points,
                                     std::vector<std::vector<double>>& out_lists);
@@ -41,6 +45,7 @@ class MORVA_EXPORT HParaPrefer {
   /// 0.05999999. A list shorter than `min_points`, or a negative count, gives zeros.
   static void get_nearest_value(std::vector<double> const& list, double const& avg,
                                 int const& min_points, std::vector<double>& out);
+  /// The same of each list; appends one to `out_lists` for each.
   static void get_vt_nearest_value(std::vector<std::vector<double>> const& lists, double const& avg,
                                    int const& min_points,
                                    std::vector<std::vector<double>>& out_lists);

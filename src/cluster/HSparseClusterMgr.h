@@ -18,12 +18,16 @@ class MORVA_EXPORT HSparseClusterMgr {
   HSparseClusterMgr();
   ~HSparseClusterMgr();
 
+  /// As `HClusterMgr::canopy`.
   static void canopy(HSparsePoints const& points, double const& T1, double const& T2,
                      std::vector<std::vector<int>>& result);
+  /// As `HClusterMgr::kmeans`.
   static void kmeans(HSparsePoints const& points, int const& k,
                      std::vector<std::vector<int>>& result, bool use_canopy);
+  /// As `HClusterMgr::dbscan`.
   static void dbscan(HSparsePoints const& points, double const& eps, int const& min_points,
                      bool const& use_similarity, std::vector<std::vector<int>>& result);
+  /// As `HParaPrefer::get_eps`.
   static double get_eps(HSparsePoints const& points, int const& min_points, bool use_distance);
 
  private:

@@ -19,6 +19,7 @@ class MORVA_EXPORT HFileCollectBase {
   HString str_kb_size;
   /// Stays empty, and the number 0.
   HString str_reserve;
+  /// Stays 0.
   std::int32_t i_reserve = 0;
 
   HFileCollectBase();

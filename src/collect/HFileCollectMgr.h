@@ -19,6 +19,7 @@ class MORVA_EXPORT HFileCollectMgr {
 
   /// The agent's identifier is known.
   bool mb_init = false;
+  /// The identifier, as `init` last found it; empty before.
   HString mstr_agent_id;
 
   HFileCollectMgr();

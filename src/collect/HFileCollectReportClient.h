@@ -16,8 +16,11 @@ class MORVA_EXPORT HFileCollectReportClient {
 
   /// The connection, or the attempt that failed; null until there was one.
   SITcpClient* pclient = nullptr;
+  /// The last attempt to connect has succeeded.
   bool mb_connect = false;
+  /// Host name or address of the server; empty while none is set.
   HString mstr_server;
+  /// Its TCP port; no attempt is made while it is negative.
   int mi_port = 0;
 
   HFileCollectReportClient();
@@ -33,6 +36,7 @@ class MORVA_EXPORT HFileCollectReportClient {
   /// One attempt to connect, with a new object and a new identifier, to the server that was set.
   /// Nothing changes while none is set: an empty address or a negative port.
   void init();
+  /// Whether the last attempt to connect has succeeded.
   bool is_connect() const;
   /// The object of the last attempt, connected or not; may be null.
   SITcpClient* get_client();

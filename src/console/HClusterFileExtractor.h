@@ -11,6 +11,7 @@ class MORVA_EXPORT HClusterFileExtractor {
   HClusterFileExtractor();
   ~HClusterFileExtractor();
 
+  /// The singleton, made at first use.
   static HClusterFileExtractor* pins();
 
   /// Loads the dictionary; false when there is none.

@@ -22,36 +22,42 @@ class MORVA_EXPORT HClusterTest {
   /// in it. A directory that does not exist is told of and gives what the walk of it gives.
   static void cluster_config(std::vector<HString>& vt_file);
 
-  /// Whole runs. That of K-means always uses arithmetic means; `type` shows in `gi_K_ClusterType`
-  /// only until the method starts.
+  /// A whole run: asks for directory and parameters, clusters by canopies, prints the classes.
   static void test_canopy();
+  /// The same by K-means, always with arithmetic means: `type` shows in `gi_K_ClusterType` only
+  /// until the method starts. Asks for a folder for the lists too, as does the next.
   static void test_kmeans(int type);
+  /// The same by DBSCAN.
   static void test_dbscan();
 
-  /// Extract the features of the files, show the progress, and go on with the points.
+  /// Extracts the features of the files, shows the progress, and goes on with the points.
   static void test_canopy(std::vector<HString> const& vt_file,
                           std::vector<std::vector<int>>& vt_cluster);
+  /// The same by K-means, with arithmetic means.
   static void test_kmeans(std::vector<HString> const& vt_file,
                           std::vector<std::vector<int>>& vt_cluster);
+  /// The same by DBSCAN.
   static void test_dbscan(std::vector<HString> const& vt_file,
                           std::vector<std::vector<int>>& vt_cluster);
 
-  /// Ask for the parameters and run the method of `HClusterMgr`. Of K-means, `type` is stored in
-  /// `gi_K_ClusterType`. Its question for canopy seeds is repeated until the answer is "Y" or "N";
-  /// at the end of standard input, known by the end-of-file or error mark of `stdin` behind an
-  /// empty answer, it counts as "N".
+  /// Asks for T1 and T2, and replaces `vt_cluster` by the clusters of `HClusterMgr::canopy`.
   static void test_canopy(std::vector<HPointN> const& vt_point,
                           std::vector<std::vector<int>>& vt_cluster);
+  /// The same for K-means: stores `type` in `gi_K_ClusterType`, and asks for k and for canopy
+  /// seeds. The latter is asked until the answer is "Y" or "N"; at the end of standard input, known
+  /// by the end-of-file or error mark of `stdin` behind an empty answer, it counts as "N".
   static void test_kmeans(std::vector<HPointN> const& vt_point,
                           std::vector<std::vector<int>>& vt_cluster, int type);
+  /// The same for DBSCAN: asks for eps and minpts.
   static void test_dbscan(std::vector<HPointN> const& vt_point,
                           std::vector<std::vector<int>>& vt_cluster);
 
-  /// Prints the classes: number, size, with points the radius, and the names of the files. Where
-  /// `str_dir` is a directory, radius and names are also appended to a file in it for each class,
-  /// named by its number. A member outside `vt_file` has no name and is passed over.
+  /// Prints the classes: number, size, and the names of the files. Where `str_dir` is a directory,
+  /// the names are also appended to a file in it for each class, named by its number. A member
+  /// outside `vt_file` has no name and is passed over.
   static void cluster_print(std::vector<HString> const& vt_file,
                             std::vector<std::vector<int>> const& vt_cluster, HString str_dir);
+  /// The same with the radius of each class in front of the names, unless there are no points.
   static void cluster_print(std::vector<HString> const& vt_file,
                             std::vector<HPointN> const& vt_point,
                             std::vector<std::vector<int>> const& vt_cluster, HString str_dir);

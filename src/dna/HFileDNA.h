@@ -24,6 +24,7 @@ class MORVA_EXPORT HFileDNA {
   HFileDNA();
   ~HFileDNA();
 
+  /// `mi_dna_length`.
   static int get_dna_length();
 
   /// The point of a wide DNA: each field less 2147483647, over 1000000. A DNA that is not 1024

@@ -11,7 +11,9 @@
 
 /// One of the DNAs of a list and its similarity to the one that was asked for.
 struct HFileDNAFound {
+  /// Its place in the list: the number of those appended before it.
   std::size_t index;
+  /// In percent, as `HFileMatchDNA::get_dna_similarity` has it.
   double similarity;
 };
 
@@ -29,6 +31,7 @@ class MORVA_EXPORT HFileDNAList {
 
   /// The index of a DNA is the number of those that were appended before it.
   void append(HString const& str_dna);
+  /// Number of the DNAs.
   std::size_t size() const;
 
   /// All with a similarity at or above the threshold, in the order of their indices. A threshold of

@@ -38,5 +38,6 @@ class MORVA_EXPORT HClusterFileParser {
   /// "Tessarine" directory itself is never removed.
   static void del_parse_out_file(std::vector<HString> const& files,
                                  std::vector<HString> const& directories);
+  /// The same with one directory, as `parse_to_txt` returns it.
   static void del_parse_out_file(std::vector<HString> const& files, HString const& directory);
 };

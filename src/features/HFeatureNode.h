@@ -12,19 +12,26 @@
 /// value; the reserve fields belong to the host, which alone writes them.
 class MORVA_EXPORT HFeatureNode {
  public:
+  /// For the host: only copied, as all that is named so.
   HString str_reserve1;
+  /// For the host.
   std::int64_t t_reserve = 0;
   /// File name without directories and extension.
   HString str_file_name;
+  /// For the host.
   HString str_reserve2;
   /// Identifier of the file, from the host.
   HString str_file_id;
+  /// For the host.
   HString str_reserve3;
+  /// For the host.
   HString str_reserve4;
   /// The words, in the order that the segmenter gave them, and beside each its count and its
   /// weight.
   std::vector<HString> vt_words;
+  /// How often the word at the same position stands in the text.
   std::vector<int> vt_counts;
+  /// How much it characterises the document; the strongest word of a text has 1.
   std::vector<double> vt_weight;
   /// The file's fingerprint, for clustering by fingerprints; from the host.
   HString str_dna;

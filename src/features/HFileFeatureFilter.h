@@ -8,7 +8,9 @@
 
 /// A word to be removed while `check` is set.
 struct HFilterKeyword {
+  /// Whether the word is removed; listed words without it stay.
   bool check = false;
+  /// The word, in the spelling in which it is removed.
   HString text;
 };
 

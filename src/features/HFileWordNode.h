@@ -23,6 +23,7 @@ class MORVA_EXPORT HFileWordNode {
   /// after.
   static bool get_file_word_node(HString const& text, HString const& name,
                                  std::vector<WordNode>& words, int top);
+  /// The words of a text file; none where it cannot be read.
   static bool get_file_word_node(HString const& file, std::vector<WordNode>& words, int top);
   /// Files that do not exist are skipped silently; the lists of the others are merged.
   static bool get_file_word_node(std::vector<HString> const& files, std::vector<WordNode>& words,

@@ -8,6 +8,7 @@ class MORVA_EXPORT HAppUUID {
  public:
   /// The singleton; both names give the same object.
   static HAppUUID* ins();
+  /// The singleton; `ins` gives the same object.
   static HAppUUID* pins();
 
   /// MORVA_AGENT_ID; empty when the agent has none.

@@ -7,8 +7,11 @@
 
 /// One entry that a directory walk reports.
 struct HDirSnapEntry {
+  /// The path, beginning with that of the walk.
   HString str_path;
+  /// Its last step alone.
   HString str_name;
+  /// It is a directory, or a link to one.
   bool mb_dir = false;
   /// Tells the callback to pass over the entry: it is neither a regular file nor a directory.
   bool mb_skip = false;
@@ -36,6 +39,7 @@ class MORVA_EXPORT HDirSnap {
   /// The callback stays the caller's. With false, only directories are reported; with true, files
   /// too.
   void set_callback(HDirSnapCallback* callback, bool with_files);
+  /// Where the walk begins: a directory, or a regular file.
   void set_file(HString const& path);
   /// Walks. A path that does not exist reports nothing, a regular file reports itself.
   void snap();

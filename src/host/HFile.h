@@ -13,7 +13,9 @@ class MORVA_EXPORT HFile {
  public:
   /// True when anything exists at the path (symbolic links are followed).
   static bool IsFileExist(HString const& path);
+  /// True when a regular file is there, or a link to one.
   static bool IsFileExistFile(HString const& path);
+  /// True when a directory is there, or a link to one.
   static bool IsFileExistDir(HString const& path);
 
   /// Makes the directory and its missing parents. True when it exists afterwards.

@@ -8,7 +8,9 @@
 /// One log record under construction: the text and whether the record's level is switched on.
 class MORVA_EXPORT HStringForLog {
  public:
+  /// The text so far, as it was appended: nothing in it is made harmless yet.
   HString str_text;
+  /// Whether the record will be written, as its level is switched on.
   bool mb_on = false;
 
   /// Appends only while `mb_on` is set, so that a record of a level that is off costs no text.
@@ -40,6 +42,7 @@ class MORVA_EXPORT HFileLog {
 
   /// The singleton; both names give the same object.
   static HFileLog* ins();
+  /// The singleton; `ins` gives the same object.
   static HFileLog* pins();
 
   /// An empty record of the calling thread, marked with level, tag and line. It stays valid until
@@ -50,6 +53,8 @@ class MORVA_EXPORT HFileLog {
   /// The same, for the chatter of the parsing path.
   void log_noise(HStringForLog& record);
 
+  /// What takes the records of a host: level, source file and line that a record comes from, and
+  /// its text, which may hold anything that stands in a document or a path.
   using Sink = std::function<void(int level, HString const& tag, int line, HString const& text)>;
   /// Routes all further records to the host's own logger; an empty function restores the default. A
   /// sink may log itself: such records go to the default place.

@@ -7,7 +7,9 @@
 
 /// One "key = value" line of an INI file.
 struct HIniKey {
+  /// Name of the key, decoded.
   HString str_key;
+  /// Its value, decoded; empty where there is none.
   HString str_value;
   /// The comment lines in front of it, as they stand in the file.
   HString str_comment;
@@ -15,7 +17,9 @@ struct HIniKey {
 
 /// One section of an INI file with its keys in file order.
 struct HIniSection {
+  /// Name of the section, decoded; empty for keys in front of the first one.
   HString str_name;
+  /// The keys of the section, in file order.
   std::vector<HIniKey> vt_key;
   /// The comment lines in front of it, as they stand in the file.
   HString str_comment;

@@ -8,6 +8,7 @@ class MORVA_EXPORT HInsLocateMgr {
  public:
   /// The singleton; both names give the same object.
   static HInsLocateMgr* ins();
+  /// The singleton; `ins` gives the same object.
   static HInsLocateMgr* pins();
 
   /// The agent's public data directory: MORVA_RUN_PATH where that is set, else

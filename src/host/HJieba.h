@@ -23,6 +23,7 @@ class MORVA_EXPORT HJieba {
  public:
   /// The singleton; both names give the same object.
   static HJieba* ins();
+  /// The singleton; `ins` gives the same object.
   static HJieba* pins();
 
   /// Loads the dictionary; 0 is success, anything else means that there is none.

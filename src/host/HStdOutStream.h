@@ -8,6 +8,7 @@ class MORVA_EXPORT HStdOutStream {
  public:
   /// The singleton; both names give the same object.
   static HStdOutStream* ins();
+  /// The singleton; `ins` gives the same object.
   static HStdOutStream* pins();
 
   /// Writes the text to standard output as UTF-8 at once, adds no line end, and returns the stream.

@@ -19,6 +19,7 @@ class MORVA_EXPORT HString {
  public:
   /// The empty text.
   HString();
+  /// Shares the text with `other`.
   HString(HString const& other);
   /// Leaves `other` empty.
   HString(HString&& other) noexcept;
@@ -32,10 +33,13 @@ class MORVA_EXPORT HString {
   HString(char const* text);
   /// One character; a byte above 0x7F becomes U+FFFD.
   HString(char character);
+  /// One character, whatever its value; also NUL.
   HString(wchar_t character);
   /// Decimal text. The second argument is reserved and is to be false.
   HString(int value, bool reserved);
+  /// The same for 64 bits.
   HString(long long value, bool reserved);
+  /// Decimal text of a size.
   HString(unsigned long value);
   /// The shortest decimal text that `to_double` reads back as the same value. Infinities are
   /// written "inf" and "-inf", NaN of either sign "nan"; `to_double` does not read those.
@@ -47,16 +51,20 @@ class MORVA_EXPORT HString {
   HString(std::vector<HString> const& elements);
   virtual ~HString();
 
+  /// Shares the text with `other`.
   HString& operator=(HString const& other);
+  /// Leaves `other` empty.
   HString& operator=(HString&& other) noexcept;
   /// Appends in place and returns this string, so that both chain.
   HString& operator+=(HString const& text);
+  /// The same as `+=`.
   HString& operator<<(HString const& text);
 
   /// New text, `left` followed by `right`.
   friend MORVA_EXPORT HString operator+(HString const& left, HString const& right);
   /// Exact equality, character by character.
   friend MORVA_EXPORT bool operator==(HString const& left, HString const& right);
+  /// Exact equality with a text up to its terminator; a null pointer is the empty text.
   bool operator==(wchar_t const* text) const;
   /// Order of the code points as unsigned values, a proper prefix first; the same on every
   /// platform.
@@ -67,18 +75,24 @@ class MORVA_EXPORT HString {
   /// The character at `index`; 0 outside the text.
   wchar_t operator[](int index) const;
 
+  /// Makes the text empty.
   void clear();
+  /// Whether the text has no character.
   bool empty() const;
+  /// Whether the text has a character.
   bool not_empty() const;
   /// Number of characters.
   int length() const;
+  /// Number of characters, of any text.
   std::size_t size() const;
+  /// A copy of the characters.
   std::wstring get_ws() const;
 
   /// The whole text, ASCII white space around it trimmed, as a decimal number; 0 for any other text
   /// and for a value out of range. `to_int` takes an optional sign and digits; `to_double` also a
   /// point and an exponent.
   int to_int() const;
+  /// The same with a point and an exponent; independent of the locale.
   double to_double() const;
   /// The whole text, blanks around it trimmed, as an unsigned hexadecimal number of at most 16
   /// digits in either case, without prefix; 0 for any other text.
@@ -91,10 +105,15 @@ class MORVA_EXPORT HString {
   /// All characters are hexadecimal digits of either case, no prefix; false for the empty text.
   bool is_all_good_0x() const;
 
+  /// `count` characters from position `start` on, as far as there are so many.
   HString substr(int start, int count) const;
+  /// The first `count` characters.
   HString get_first(int count) const;
+  /// The last `count` characters.
   HString get_last(int count) const;
+  /// Removes the first `count` characters.
   void cut_first(int count);
+  /// Removes the last `count` characters.
   void cut_last(int count);
 
   /// Replaces `pieces` by what stands between the occurrences of `separator`. The empty text gives
@@ -119,6 +138,7 @@ class MORVA_EXPORT HString {
   HString get_md5_std_format(HString const& reserved) const;
   /// A new random (version 4) UUID, lower case: 36 characters with hyphens, and 32 without.
   static HString generateUUID();
+  /// The same without hyphens: 32 characters.
   static HString generateUUID2();
   /// True when both texts are equal. The second argument is reserved and is to be false.
   bool is_match_me(HString const& text, bool reserved) const;

@@ -15,8 +15,10 @@ class MORVA_EXPORT HStutterDict {
 
   /// The singleton; both names give the same object.
   static HStutterDict* ins();
+  /// The singleton; `ins` gives the same object.
   static HStutterDict* pins();
 
+  /// Sets `mstr_dict_path`; whether a dictionary is there shows at the next use.
   void set_dict_path(HString const& directory);
   /// True when the directory holds a compiled dictionary that can be used.
   bool is_exist_dict() const;

@@ -9,9 +9,11 @@
 /// One K-means class in a cluster box.
 class MORVA_EXPORT QXPKMeansNode {
  public:
+  /// Identifier of the class, by which boxes are asked.
   HString str_class_id;
   /// Label of the class, which a match reports.
   HString str_class_name;
+  /// The distance from the center within which a document belongs to the class.
   double d_radius = 0.0;
   /// Not read: the words of a class are those of its box.
   std::vector<HString> vt_words;

@@ -21,7 +21,9 @@ class MORVA_EXPORT QXPPolicyMorvaClustBox {
   std::vector<HString> vt_words;
   /// Only stored.
   std::vector<std::int32_t> vt_reserved;
+  /// The classes of a K-means box; empty in others.
   std::vector<QXPKMeansNode> vt_kmeans_node;
+  /// The classes of a DBSCAN box; empty in others.
   std::vector<QXPDBScanNode> vt_dbscan_node;
   /// 0 K-means, 1 DBSCAN; with any other value the box has no usable classes.
   std::int32_t i_cluster_type = 0;

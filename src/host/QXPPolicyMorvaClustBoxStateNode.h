@@ -14,6 +14,7 @@ class MORVA_EXPORT QXPPolicyMorvaClustBoxStateNode {
   std::int32_t i_state = 0;
   /// MD5 of the box file.
   HString str_box_md5;
+  /// Name of the box file without its extension.
   HString str_box_id;
   /// Never null at the start: a new empty box. Copies of the record share it.
   std::shared_ptr<QXPPolicyMorvaClustBox> p_box;

@@ -11,9 +11,11 @@ class MORVA_EXPORT SITcpClient {
  public:
   /// Host name or address.
   HString mstr_server;
+  /// TCP port of the server.
   int mi_port = 0;
   /// Who connects; the connection itself sends nothing.
   HString mstr_client_id;
+  /// Kind of client, for the host; the connection itself does not look at it.
   int mi_type = 0;
 
   SITcpClient();

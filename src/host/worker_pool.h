@@ -18,6 +18,7 @@ struct WorkerLimits {
   std::uint64_t memory = std::uint64_t{4} << 30;
   /// Time for one task: of the processor, and by the clock, waiting included, but not for `done`.
   int cpu_seconds = 150;
+  /// Time for one task by the clock, waiting included, but not that which `done` takes.
   int seconds = 180;
   /// Size of a file that it writes, in bytes. A log file counts from its beginning, so that workers
   /// log no more to one that is larger.
@@ -70,6 +71,7 @@ MORVA_EXPORT IsolationLayers isolation_layers();
 struct WorkerPool {
   /// Number of worker processes; 0 is 1. Where not all can be started, others do their work.
   std::size_t jobs = 1;
+  /// What each worker, and each task in it, may use.
   WorkerLimits limits;
   /// Folders that tasks may read files in, beside their own file.
   std::vector<HString> readable_folders;
@@ -85,10 +87,14 @@ struct WorkerPool {
   /// "with status 1", "was stopped by the sandbox: system call 59", "its result is over 268435456
   /// bytes", "its answer makes no sense".
   struct Outcome {
+    /// What `work` returned, in the worker; nothing where the task failed.
     std::optional<std::string> result;
+    /// The phrase; empty where there is a result.
     std::string failure;
   };
+  /// Does task i and gives its result, in a worker process.
   using Work = std::function<std::string(std::size_t)>;
+  /// Takes what task i left, in this process.
   using Done = std::function<void(std::size_t, Outcome)>;
 
   /// Calls `work(i)` in a worker for each i below `count`, and `done(i, outcome)` in this process,

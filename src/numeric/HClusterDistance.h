@@ -18,6 +18,7 @@ class MORVA_EXPORT HClusterDistance {
   HClusterDistance();
   ~HClusterDistance();
 
+  /// `HPointN::distance` of the two.
   static double get_distance(HPointN const& a, HPointN const& b);
   /// Mean distance over all pairs, summed in their order; 0.0 with fewer than two points.
   static double get_avg_distance(std::vector<HPointN> const& points);
@@ -38,5 +39,6 @@ class MORVA_EXPORT HClusterDistance {
   /// As the index forms, delivering copies of the two points; where no pair was found, or the list
   /// has one point, both are the first point. An empty list leaves both untouched.
   static double get_max_distance_point(std::vector<HPointN> const& points, HPointN& a, HPointN& b);
+  /// The same for the smallest distance.
   static double get_min_distance_point(std::vector<HPointN> const& points, HPointN& a, HPointN& b);
 };

@@ -16,24 +16,35 @@
 /// of one point are safe.
 class MORVA_EXPORT HPointN {
  public:
+  /// What the point stands for, as the id of a file.
   HString str_label;
+  /// The coordinates.
   std::vector<double> vt_data;
+  /// Number of the coordinates; see above.
   long long n = 0;
 
   HPointN();
+  /// A point of these coordinates, without a label.
   HPointN(std::vector<double> const& data);
+  /// A point of these coordinates.
   HPointN(HString const& label, std::vector<double> const& data);
+  /// Sets `n` to the number of coordinates.
   HPointN(HPointN const& other);
+  /// Sets `n` to the number of coordinates; leaves `other` without any.
   HPointN(HPointN&& other) noexcept;
+  /// Copies `n` as it is.
   HPointN& operator=(HPointN const& other) = default;
+  /// Copies `n` as it is, and leaves that of `other`.
   HPointN& operator=(HPointN&& other) noexcept = default;
   ~HPointN();
 
+  /// `n`.
   long long get_n() const;
   /// Coordinate `i`; 0.0 for an `i` that is negative, or not below `n`.
   double at(int const& i) const;
   /// Coordinate `i`, which must exist.
   double& operator[](int i);
+  /// Replaces `out` by the coordinates.
   void get_vt_data(std::vector<double>& out) const;
   /// Sets `n` and brings the data to that size: new coordinates are 0.0, surplus ones are dropped.
   /// A negative size leaves no data.
@@ -45,10 +56,12 @@ class MORVA_EXPORT HPointN {
   /// root. 9223372036854775808.0 for points of different `n`, 0.0 for points without dimensions.
   /// Allocates nothing; linear in `n`.
   double distance(HPointN const& other) const;
+  /// `a.distance(b)`.
   static double get_distance(HPointN const& a, HPointN const& b);
   /// Cosine of the angle between the points. 0.0 where the `n` differ or are 1 or less: a point of
   /// one dimension is like nothing, itself included. NaN where a point is all zeros.
   double cos_similarity(HPointN const& other) const;
+  /// `a.cos_similarity(b)`.
   static double get_cos_similarity(HPointN const& a, HPointN const& b);
 
   /// Adds coordinate by coordinate; a point of another `n` changes nothing.
@@ -58,6 +71,7 @@ class MORVA_EXPORT HPointN {
   bool operator==(HPointN const& other);
   /// Divides every coordinate. By 0 the point stays as it is and one line is logged at level 1.
   HPointN& operator/=(int const& divisor);
+  /// The same for a size.
   HPointN& operator/=(unsigned long const& divisor);
 
   /// Three lines, each ended by a line feed: "Label: " and the label, "N: " and `n`, and the

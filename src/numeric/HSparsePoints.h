@@ -24,11 +24,13 @@ class MORVA_EXPORT HSparsePoints {
  public:
   /// A point as its coordinates that are not zero: at `indices[k]` the value `values[k]`.
   struct MORVA_EXPORT Row {
+    /// Label of the point.
     HString str_label;
     /// Number of dimensions, below 2^32.
     long long n = 0;
     /// Ascending, each below `n`.
     std::vector<std::uint32_t> indices;
+    /// None of them 0; beside each its place in `indices`.
     std::vector<double> values;
   };
 
@@ -39,13 +41,19 @@ class MORVA_EXPORT HSparsePoints {
   /// An index that is not above the one before it or not below `n`, and one without a value, is
   /// left out together with its value.
   explicit HSparsePoints(std::vector<Row> rows);
+  /// Shares the points with `other`.
   HSparsePoints(HSparsePoints const& other);
+  /// Leaves `other` without points.
   HSparsePoints(HSparsePoints&& other) noexcept;
+  /// Shares the points with `other`.
   HSparsePoints& operator=(HSparsePoints const& other);
+  /// Leaves `other` without points.
   HSparsePoints& operator=(HSparsePoints&& other) noexcept;
   ~HSparsePoints();
 
+  /// Number of the points.
   std::size_t size() const;
+  /// Whether there are none.
   bool empty() const;
   /// Point i with all its coordinates; outside the list a point without any.
   HPointN at(int const& i) const;
@@ -53,8 +61,9 @@ class MORVA_EXPORT HSparsePoints {
   /// As `HClusterCenter::get_center_point`, in time proportional to the members' coordinates that
   /// are not zero, and to the dimension of the result.
   HPointN get_center_point(std::vector<int> const& members) const;
-  /// As `HClusterDistance::get_max_radius` and `get_avg_distance`.
+  /// As `HClusterDistance::get_max_radius`.
   double get_max_radius(std::vector<int> const& members) const;
+  /// As `HClusterDistance::get_avg_distance`.
   double get_avg_distance() const;
 
  private:

@@ -15,6 +15,7 @@ class MORVA_EXPORT Global {
 
   /// The singleton; both names give the same object.
   static Global* ins();
+  /// The singleton; `ins` gives the same object.
   static Global* pins();
 
  private:

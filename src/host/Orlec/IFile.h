@@ -14,6 +14,7 @@ class MORVA_EXPORT Reader {
   /// Reads up to `size` bytes at `offset` into `buffer`. Returns the number of bytes read, 0 at the
   /// end, -1 on failure. Reading past the end of a file that shrank is a short read, never a crash.
   virtual std::int64_t ReadAt(std::int64_t offset, void* buffer, std::int64_t size) const = 0;
+  /// Length in bytes, as it was when the document was opened.
   virtual std::int64_t GetSize() const = 0;
   /// The path the document was opened by.
   virtual HString const& GetPath() const = 0;
@@ -37,11 +38,16 @@ class MORVA_EXPORT IFile : public Reader, public IDescriptor {
   IFile(IFile const&) = delete;
   IFile& operator=(IFile const&) = delete;
 
+  /// The length when it was opened.
   long long GetLength() const override;
+  /// What was appended to the file since it was opened is not seen.
   std::int64_t ReadAt(std::int64_t offset, void* buffer, std::int64_t size) const override;
+  /// The same as `GetLength`.
   std::int64_t GetSize() const override;
+  /// The path as it was given, also where it could not be opened.
   HString const& GetPath() const override;
 
+  /// Whether the file could be opened.
   bool IsOpen() const;
   /// The system's error number of the attempt to open, 0 where it succeeded.
   int GetError() const;

@@ -11,6 +11,7 @@ class MORVA_EXPORT LocateMgr {
  public:
   /// The singleton; both names give the same object.
   static LocateMgr* ins();
+  /// The singleton; `ins` gives the same object.
   static LocateMgr* pins();
 
   /// The directory of the word dictionaries: MORVA_DICT_PATH, else the data directory that lies

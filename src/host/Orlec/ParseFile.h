@@ -55,9 +55,14 @@ class MORVA_EXPORT ParseFile {
   /// path.
   virtual HString const& GetFileFolderName() const = 0;
 
+  /// The directory that the document is said to lie in, for the full path and the folder name; the
+  /// file itself stays the one that was opened.
   void SetFilePath(HString const& directory);
+  /// The name that it is said to have there, and goes by where there is no alias.
   void SetFileName(HString const& name);
+  /// The name that the document goes by, as in records of its words; empty: no alias.
   void SetFileAlias(HString const& alias);
+  /// The size that the host knows, in bytes; it is kept and changes nothing.
   void SetFileSize(long long size);
   /// Which kinds of content to extract: bit 0, the text; other bits are reserved.
   void SetMask(int mask);
@@ -68,6 +73,7 @@ class MORVA_EXPORT ParseFile {
   /// Directory and name where they were set, else the path that the file was opened by.
   HString GetFileFullPath() const;
 
+  /// How the parse ended; `not_parsed` before it.
   ParseOutcome GetOutcome() const;
   /// One English phrase behind the outcome, such as "the ZIP directory is missing"; empty for
   /// `text`.
@@ -76,9 +82,12 @@ class MORVA_EXPORT ParseFile {
   ParseCounts GetCounts() const;
 
  protected:
+  /// For parsers: the reader is to outlive the object.
   explicit ParseFile(Reader const& reader);
 
+  /// What has been set, and what the parse found.
   struct State;
+  /// Never null.
   std::unique_ptr<State> state_;
 };
 

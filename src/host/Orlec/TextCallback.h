@@ -44,10 +44,15 @@ class MORVA_EXPORT TextLineCallback : public TextCallback {
   TextLineCallback(TextLineCallback const&) = delete;
   TextLineCallback& operator=(TextLineCallback const&) = delete;
 
+  /// Counts from the next parse on, while `mb_in_memory` is cleared; an empty path takes it back.
   void SetOutputFile(HString const& path) override;
+  /// Drops all texts, and takes the bounds that are in force now.
   void OnBegin() override;
+  /// Appends, up to the bounds; a byte that is no part of well-formed UTF-8 becomes U+FFFD.
   bool OnText(ParseTextType type, std::string_view utf8) override;
+  /// Brings the output file into being, whole, or removes it.
   bool OnEnd(bool keep) override;
+  /// The bound, or why the output file could not be written; empty where all went well.
   HString GetStopReason() const override;
 
   /// The text of that kind, null when the document has none. A document that was read has a main
