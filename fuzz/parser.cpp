@@ -1,25 +1,20 @@
 #include <algorithm>
-#include <array>
 #include <cstdint>
 #include <cwchar>
 #include <functional>
-#include <limits>
-#include <memory>
 #include <string>
 #include <string_view>
 
 #include "host/Orlec/Global.h"
 #include "host/Orlec/ParseFile.h"
-#include "host/Orlec/TextCallback.h"
-#include "hostkit/tessarine/memory_reader.h"
 #include "morvabs/component.h"
 
 #include "fuzz/require.h"
+#include "support/parsed_document.h"
 
 namespace {
 
 using Orlec::ParseOutcome;
-using Orlec::ParseTextType;
 
 /// The name that inputs have, from the option --name.
 std::string input_name = "input";
@@ -36,48 +31,15 @@ void set_limits() {
   limits.i_milliseconds = 4000;
 }
 
-struct Parsed {
-  bool has_parser = false;
-  bool is_read = false;
-  ParseOutcome outcome = ParseOutcome::not_parsed;
-  std::wstring reason;
-  Orlec::ParseCounts counts;
-  std::array<bool, Orlec::ParseTextType_other + 1> has_text{};
-  std::array<std::wstring, Orlec::ParseTextType_other + 1> text;
-};
+using test::ParsedDocument;
 
-void take_texts(Orlec::TextLineCallback const& callback, Parsed& parsed) {
-  for (int kind = Orlec::ParseTextType_main; kind <= Orlec::ParseTextType_other; ++kind) {
-    auto* const text = callback.GetTextByType(static_cast<ParseTextType>(kind));
-    if (text == nullptr) {
-      continue;
-    }
-    wchar_t* buffer = nullptr;
-    int length = 0;
-    text->GetTextBuff(&buffer, length, std::numeric_limits<int>::max());
-    auto const place = static_cast<std::size_t>(kind);
-    parsed.has_text[place] = true;
-    parsed.text[place].assign(buffer, static_cast<std::size_t>(length));
-  }
+ParsedDocument parse(std::string const& bytes) {
+  return test::parse_document(bytes, input_name.c_str());
 }
 
-Parsed parse(std::string const& bytes) {
-  test::MemoryReader reader(bytes, input_name.c_str());
-  std::unique_ptr<Orlec::ParseFile> const parser(Orlec::GetParser(&reader, false));
-  Parsed parsed;
-  if (parser == nullptr) {
-    return parsed;
-  }
-  Orlec::TextLineCallback callback;
-  parser->SetMask(1);
-  parser->SetCallBack(&callback, false);
-  parsed.has_parser = true;
-  parsed.is_read = parser->InitFile();
-  parsed.outcome = parser->GetOutcome();
-  parsed.reason = parser->GetReason().get_ws();
-  parsed.counts = parser->GetCounts();
-  take_texts(callback, parsed);
-  return parsed;
+std::wstring main_text(ParsedDocument const& parsed) {
+  auto const found = parsed.text.find(Orlec::ParseTextType_main);
+  return found == parsed.text.end() ? std::wstring() : found->second;
 }
 
 bool gives_text(ParseOutcome outcome) {
@@ -102,48 +64,48 @@ std::int64_t lines_of(std::wstring_view text) {
   return lines;
 }
 
-void check_outcome(Parsed const& parsed) {
+void check_outcome(ParsedDocument const& parsed) {
   using fuzz::require;
   auto const outcome = parsed.outcome;
   require(!Orlec::GetOutcomeName(outcome).empty(), "the outcome has a name");
   require(outcome != ParseOutcome::not_parsed, "a parse has an outcome");
   require(outcome != ParseOutcome::failed, "reading from memory into memory does not fail");
-  require(parsed.is_read == gives_text(outcome), "InitFile tells whether there is text to be used");
+  require(parsed.is_ok == gives_text(outcome), "InitFile tells whether there is text to be used");
   bool const is_whole = outcome == ParseOutcome::text || outcome == ParseOutcome::no_text;
   require(parsed.reason.empty() == is_whole, "there is a reason where not all was read");
-  auto const& main = parsed.text[Orlec::ParseTextType_main];
+  auto const main = main_text(parsed);
   require(outcome != ParseOutcome::text || !main.empty(), "text has main text");
   require(outcome != ParseOutcome::no_text || main.empty(), "no text has no main text");
-  require(!parsed.is_read || parsed.has_text[Orlec::ParseTextType_main],
+  require(!parsed.is_ok || parsed.text.contains(Orlec::ParseTextType_main),
           "what was read has a main text, empty or not");
 }
 
-void check_texts(Parsed const& parsed) {
+void check_texts(ParsedDocument const& parsed) {
   using fuzz::require;
   auto const most = static_cast<std::size_t>(Orlec::Global::pins()->limits.i_memory_chars);
   std::size_t others = 0;
-  for (auto const& text : parsed.text) {
+  for (auto const& [kind, text] : parsed.text) {
     require(std::all_of(text.begin(), text.end(), is_character), "text is made of characters");
     others += text.size();
   }
-  auto const& main = parsed.text[Orlec::ParseTextType_main];
+  auto const main = main_text(parsed);
   others -= main.size();
   require(main.size() <= most, "main text keeps to its bound");
   require(others <= most, "the other kinds keep to theirs");
 }
 
-void check_counts(Parsed const& parsed) {
+void check_counts(ParsedDocument const& parsed) {
   using fuzz::require;
   auto const& counts = parsed.counts;
   require(counts.i_line >= 0 && counts.i_page >= 0 && counts.i_img >= 0 && counts.i_embed >= 0,
           "counts are not negative");
-  auto const lines = lines_of(parsed.text[Orlec::ParseTextType_main]);
+  auto const lines = lines_of(main_text(parsed));
   require(parsed.outcome == ParseOutcome::limit_reached ? lines <= counts.i_line
                                                         : lines == counts.i_line,
           "the lines of the main text are those that were counted");
 }
 
-void check_repeated(std::string const& bytes, Parsed const& parsed) {
+void check_repeated(std::string const& bytes, ParsedDocument const& parsed) {
   constexpr std::size_t one_in = 16;
   if (std::hash<std::string>()(bytes) % one_in != 0) {
     return;

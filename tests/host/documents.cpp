@@ -10,6 +10,8 @@
 #include "hostkit/morvakit/word_builder.h"
 #include "hostkit/tessarine/ole_builder.h"
 
+#include "support/repeated.h"
+
 namespace test {
 
 namespace {
@@ -21,15 +23,6 @@ constexpr char const* latin_words = "Budget of the contract";
 
 std::string paragraph(std::string const& text) {
   return "<w:p><w:r><w:t>" + text + "</w:t></w:r></w:p>";
-}
-
-std::string repeated(std::string const& text, std::size_t count) {
-  std::string result;
-  result.reserve(text.size() * count);
-  for (std::size_t i = 0; i < count; ++i) {
-    result += text;
-  }
-  return result;
 }
 
 std::string mail(std::string const& fields, std::string const& content) {

@@ -4,10 +4,13 @@
 #include "hostkit/morvakit/parse_bytes.h"
 #include "hostkit/morvakit/scoped_limits.h"
 
+#include "support/repeated.h"
+
 namespace {
 
 using Orlec::ParseLimits;
 using Orlec::ParseOutcome;
+using test::repeated;
 
 std::string run(std::string const& text) {
   return "<w:p><w:r><w:t>" + text + "</w:t></w:r></w:p>";
@@ -26,15 +29,6 @@ std::string word_with_body_part(std::string const& part, ZipWriter::Options cons
       R"(<Relationships xmlns="http://schemas.openxmlformats.org/package/2006/relationships"><Relationship Id="a" Type="http://schemas.openxmlformats.org/officeDocument/2006/relationships/officeDocument" Target="word/document.xml"/></Relationships>)");
   zip.add("word/document.xml", part, options);
   return zip.bytes();
-}
-
-std::string repeated(std::string const& text, std::size_t count) {
-  std::string result;
-  result.reserve(text.size() * count);
-  for (std::size_t i = 0; i < count; ++i) {
-    result += text;
-  }
-  return result;
 }
 
 }  // namespace

@@ -5,16 +5,14 @@
 #include <fstream>
 #include <functional>
 #include <map>
-#include <memory>
 #include <string>
-#include <string_view>
 
 #include <gtest/gtest.h>
 
 #include "host/Orlec/ParseFile.h"
-#include "host/Orlec/TextCallback.h"
 #include "host/utf8.h"
-#include "hostkit/tessarine/memory_reader.h"
+
+#include "support/parsed_document.h"
 
 namespace test {
 
@@ -51,30 +49,12 @@ inline void keep_input(std::string const& bytes, char const* name) {
 
 /// Parses a document that was built in memory.
 inline Parsed parse_bytes(std::string const& bytes, char const* name = "document") {
-  constexpr int everything = 1 << 30;
   keep_input(bytes, name);
-  MemoryReader reader(bytes, name);
-  std::unique_ptr<Orlec::ParseFile> const parser(Orlec::GetParser(&reader, false));
-  Parsed parsed;
-  if (parser == nullptr) {
-    return parsed;
-  }
-  Orlec::TextLineCallback callback;
-  parser->SetMask(1);
-  parser->SetCallBack(&callback, false);
-  parsed.has_parser = true;
-  parsed.is_ok = parser->InitFile();
-  parsed.outcome = parser->GetOutcome();
-  parsed.reason = morvabs::to_utf8(parser->GetReason().get_ws());
-  parsed.counts = parser->GetCounts();
-  for (int type = Orlec::ParseTextType_main; type <= Orlec::ParseTextType_other; ++type) {
-    if (auto* const text = callback.GetTextByType(static_cast<Orlec::ParseTextType>(type));
-        text != nullptr) {
-      wchar_t* buffer = nullptr;
-      int length = 0;
-      text->GetTextBuff(&buffer, length, everything);
-      parsed.text[type] = morvabs::to_utf8({buffer, static_cast<std::size_t>(length)});
-    }
+  ParsedDocument const wide = parse_document(bytes, name);
+  Parsed parsed{wide.has_parser, wide.is_ok, wide.outcome, morvabs::to_utf8(wide.reason),
+                wide.counts,     {}};
+  for (auto const& [kind, text] : wide.text) {
+    parsed.text[kind] = morvabs::to_utf8(text);
   }
   return parsed;
 }
