@@ -1,0 +1,30 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include <nlohmann/json.hpp>
+
+#include "morvaai.h"
+
+namespace tool {
+
+/// What stands in a template where the data go.
+inline constexpr std::string_view report_data_mark = "@REPORT_DATA@";
+
+/// The data as they may stand in a script element of a page: JSON in ASCII, without a character
+/// that means anything to HTML.
+std::string script_text(nlohmann::ordered_json const& data);
+
+/// The template with the data in place of the mark; empty for a template without one.
+std::string fill_template(std::string_view page, nlohmann::ordered_json const& data);
+
+/// Why no report can be written there, as far as that can be told before there is one: this program
+/// was built without, the folder is missing or not writable.
+std::optional<std::string> refuse_report(HString const& path);
+
+/// Writes a report to the file, which is replaced as a whole; or tells why that failed.
+std::optional<std::string> write_report(HString const& path, nlohmann::ordered_json const& data);
+
+}  // namespace tool
