@@ -1,0 +1,68 @@
+// The map of a corpus: files and centers of classes in two dimensions, radii as circles of their true length.
+import * as Plot from "@observablehq/plot";
+import { colourOf, shapeOf } from "./marks.js";
+import { number, plain, shortPath } from "./text.js";
+
+const width = 920;
+const margins = { marginTop: 12, marginRight: 12, marginBottom: 34, marginLeft: 44 };
+const tallest = 0.72;
+
+/** The ends of both axes, of one scale, around everything. */
+function frameOf(points, circles) {
+  const xs = [...points.map((p) => p.x), ...circles.flatMap((c) => [c.x - c.r, c.x + c.r])];
+  const ys = [...points.map((p) => p.y), ...circles.flatMap((c) => [c.y - c.r, c.y + c.r])];
+  const ends = (values) => [
+    values.reduce((a, b) => Math.min(a, b), Infinity),
+    values.reduce((a, b) => Math.max(a, b), -Infinity),
+  ];
+  const [x, y] = [ends(xs), ends(ys)];
+  const extent = Math.max(x[1] - x[0], (y[1] - y[0]) / tallest, 1e-6) * 1.06;
+  const height = Math.max((y[1] - y[0]) * 1.08, extent * 0.3);
+  const around = ([a, b], size) => [(a + b) / 2 - size / 2, (a + b) / 2 + size / 2];
+  return { x: around(x, extent), y: around(y, height), ratio: height / extent };
+}
+
+/**
+ * `points`: {x, y, class, name, isOut}, of which those that are out are faded; `centers`: {x, y, r, class, name, isOut}.
+ */
+export function mapChart({ points, centers, withRadii }) {
+  const circles = centers.filter((c) => withRadii && c.r > 0).map((c) => ({ ...c }));
+  const frame = frameOf([...points, ...centers], circles);
+  const inner = width - margins.marginLeft - margins.marginRight;
+  const pixels = inner / (frame.x[1] - frame.x[0]);
+  const isNear = (p) => !p.isOut;
+  const dots = (list, opacity) =>
+    Plot.dot(list, { x: "x", y: "y", fill: (p) => colourOf(p.class), symbol: (p) => shapeOf(p.class), r: 4.2,
+      fillOpacity: opacity });
+  return Plot.plot({
+    className: "chart",
+    width,
+    height: Math.round(inner * frame.ratio) + margins.marginTop + margins.marginBottom,
+    ...margins,
+    ariaLabel: "Map of the corpus",
+    ariaDescription: "The tables of classes and files say the same in words.",
+    x: { domain: frame.x, label: "first component", ticks: 6 },
+    y: { domain: frame.y, label: "second component", ticks: 6 },
+    r: { type: "identity" },
+    symbol: { type: "identity" },
+    color: { type: "identity" },
+    marks: [
+      Plot.gridX({ ticks: 6 }),
+      Plot.gridY({ ticks: 6 }),
+      Plot.dot(circles, { x: "x", y: "y", r: (c) => c.r * pixels, fill: (c) => colourOf(c.class),
+        fillOpacity: (c) => (c.isOut ? 0.01 : 0.05), stroke: (c) => colourOf(c.class),
+        strokeOpacity: (c) => (c.isOut ? 0.12 : 0.75), strokeWidth: 1.2 }),
+      dots(points.filter((p) => p.isOut), 0.13),
+      dots(points.filter(isNear), 0.85),
+      Plot.text(centers.filter(isNear), { x: "x", y: "y", text: (c) => shortPath(c.name, 22), fill: "currentColor",
+        stroke: "var(--surface)", strokeWidth: 4, fontSize: 12, fontWeight: 600, dy: points.length ? 0 : -12 }),
+      points.length ? null : dots(centers.filter(isNear), 0.95),
+      Plot.tip(points.length ? points : centers, Plot.pointer({ x: "x", y: "y", maxRadius: 24,
+        title: (p) => plain(p.about ?? p.name), fill: "var(--surface)", stroke: "var(--line)" })),
+    ],
+  });
+}
+
+/** What part of all differences a map shows. */
+export const shareText = (shares) =>
+  `${number(100 * (shares[0] ?? 0), 0)}\u202f% and ${number(100 * (shares[1] ?? 0), 0)}\u202f%`;
