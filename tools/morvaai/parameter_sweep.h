@@ -1,0 +1,54 @@
+#pragma once
+
+#include <cstddef>
+#include <functional>
+#include <optional>
+#include <vector>
+
+#include "morvaai.h"
+
+#include "method.h"
+#include "silhouette.h"
+
+namespace tool {
+
+/// The distances between all of the points, to ten digits: 8 bytes for each pair, twice.
+DistanceMatrix distances_of(HSparsePoints const& points);
+
+/// What a clustering with some parameters came to.
+struct Trial {
+  /// Of K-means.
+  int k = 0;
+  /// Of DBSCAN.
+  Neighbourhood neighbourhood;
+  std::vector<std::vector<int>> classes;
+  /// Shares of all files.
+  double largest_class = 0.0;
+  double unclassified = 0.0;
+  double silhouette = 0.0;
+};
+
+/// Trials, and which of them to prefer; none of them where there are no classes to be found.
+struct Sweep {
+  std::vector<Trial> trials;
+  std::optional<std::size_t> best;
+  /// Another one that is hardly worse.
+  std::optional<std::size_t> second;
+};
+
+/// Hears of the number of trials that are done, and of all.
+using SweepNote = std::function<void(std::size_t, std::size_t)>;
+
+/// K-means over numbers of classes: each from 2 to 20, and coarser to 100, up to half of the
+/// points. Sets `gi_K_ClusterType`.
+Sweep sweep_k(HSparsePoints const& points, DistanceMatrix const& distances, SweepNote const& note);
+
+/// Radii to try: multiples of 0.05, from where the nearest two points are neighbours to where the
+/// fourth neighbour of most is. At most 14; none for less than two points.
+std::vector<double> radii_to_try(HSparsePoints const& points);
+
+/// DBSCAN over these radii, with 2, 4 and 6 points in a neighbourhood.
+Sweep sweep_neighbourhoods(HSparsePoints const& points, DistanceMatrix const& distances,
+                           std::vector<double> const& radii, SweepNote const& note);
+
+}  // namespace tool
