@@ -39,6 +39,7 @@
 #include "dna/HFileDNAList.h"
 #include "dna/HFileMatchDNA.h"
 #include "dna/HFileSimHash.h"
+#include "dna/HFileSimilarDNA.h"
 #include "features/HClusterFileData.h"
 #include "features/HClusterFileParser.h"
 #include "features/HFeatureNode.h"

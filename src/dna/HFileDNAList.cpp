@@ -18,21 +18,6 @@ std::size_t rows_in_block(std::size_t row_size) {
   return std::max<std::size_t>(1, words_in_block / row_size);
 }
 
-// The least number of differing bits with which the similarity is below the threshold.
-std::size_t too_many_differing(double threshold, std::size_t digits) {
-  std::size_t low = 0;
-  std::size_t high = morva::bits_per_digit * digits + 1;
-  while (low < high) {
-    std::size_t const middle = low + (high - low) / 2;
-    if (morva::similarity(middle, digits) >= threshold) {
-      low = middle + 1;
-    } else {
-      high = middle;
-    }
-  }
-  return low;
-}
-
 // The pairs of differing bits and row with the least of both, so many of them.
 class Nearest {
  public:
@@ -145,7 +130,7 @@ std::vector<HFileDNAFound> HFileDNAList::get_similar(HString const& str_dna,
     return found;
   }
   std::vector<std::size_t> const& indices = shelf->second.indices;
-  std::size_t const limit = too_many_differing(threshold, digits.size());
+  std::size_t const limit = morva::too_many_differing(threshold, digits.size());
   compare(digits, shelf->second, [&](std::size_t row, std::size_t differing) {
     if (differing >= limit) {
       return;

@@ -1,8 +1,10 @@
 #include "dna/internal/digits.h"
 
+#include <algorithm>
 #include <array>
 #include <bit>
 #include <cstring>
+#include <limits>
 
 // On x86-64 each loop is compiled for several widths, of which the loader picks one; not under the
 // sanitizers, which start up after the loader has picked. What the loops are made of has to become
@@ -118,17 +120,35 @@ differing_bits(std::wstring_view a, std::wstring_view b) {
   return sum;
 }
 
+std::size_t too_many_differing(double threshold, std::size_t digits) {
+  std::size_t low = 0;
+  std::size_t high = bits_per_digit * digits + 1;
+  while (low < high) {
+    std::size_t const middle = low + (high - low) / 2;
+    if (similarity(middle, digits) >= threshold) {
+      low = middle + 1;
+    } else {
+      high = middle;
+    }
+  }
+  return low;
+}
+
 #if defined(__x86_64__) && !defined(MORVA_SANITIZED)
 [[gnu::target_clones("popcnt", "default")]]
 #endif
-void differing_bits(std::span<std::uint64_t const> row, std::uint64_t const* rows,
-                    std::span<std::size_t> differing) {
+std::size_t
+differing_bits(std::span<std::uint64_t const> row, std::uint64_t const* rows,
+               std::span<std::size_t> differing) {
+  std::size_t least = std::numeric_limits<std::size_t>::max();
   if (row.size() == words_in_group) {
-    for (std::size_t& sum : differing) {
-      sum = bit_count(row[0] ^ rows[0]) + bit_count(row[1] ^ rows[1]);
-      rows += words_in_group;
+    std::uint64_t const first = row[0];
+    std::uint64_t const second = row[1];
+    for (std::size_t i = 0; i < differing.size(); ++i) {
+      differing[i] = bit_count(first ^ rows[2 * i]) + bit_count(second ^ rows[2 * i + 1]);
+      least = std::min(least, differing[i]);
     }
-    return;
+    return least;
   }
   for (std::size_t& sum : differing) {
     std::size_t bits = 0;
@@ -136,7 +156,9 @@ void differing_bits(std::span<std::uint64_t const> row, std::uint64_t const* row
       bits += bit_count(word ^ *rows++);
     }
     sum = bits;
+    least = std::min(least, bits);
   }
+  return least;
 }
 
 }  // namespace morva

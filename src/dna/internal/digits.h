@@ -21,9 +21,10 @@ constexpr std::size_t packed_size(std::size_t digits) {
 void pack_digits(std::wstring_view digits, std::uint64_t* packed);
 
 /// Writes for each of the rows, which lie one behind the other, the number of bits in which it
-/// differs from `row`.
-void differing_bits(std::span<std::uint64_t const> row, std::uint64_t const* rows,
-                    std::span<std::size_t> differing);
+/// differs from `row`, and returns the least of these numbers; the greatest one that there is for
+/// no rows.
+std::size_t differing_bits(std::span<std::uint64_t const> row, std::uint64_t const* rows,
+                           std::span<std::size_t> differing);
 
 /// Number of bits that differ between the values of two lists of digits of one length.
 std::size_t differing_bits(std::wstring_view a, std::wstring_view b);
@@ -33,5 +34,10 @@ constexpr double similarity(std::size_t differing, std::size_t digits) {
   std::size_t const bits = bits_per_digit * digits;
   return static_cast<double>(bits - differing) / static_cast<double>(bits) * 100.0;
 }
+
+/// The least number of differing bits with which texts of so many digits have a similarity that is
+/// not at or above the threshold; 0 where none has one that is. Found with `similarity` itself,
+/// which never rises with that number, so that it is right to the last bit of the threshold.
+std::size_t too_many_differing(double threshold, std::size_t digits);
 
 }  // namespace morva
