@@ -13,6 +13,7 @@
 #include "box_text.h"
 
 #include "commands.h"
+#include "style.h"
 
 namespace tool {
 
@@ -84,7 +85,7 @@ class BoxJson {
                        of_weights(member.vt_weight));
   }
   static std::string of(QXPDBScanNode const& node) {
-    return fmt::format("{{\"id\":{},\"name\":{},\"eps\":{},\"min_points\":{},\"members\":{}}}",
+    return fmt::format("{{\"id\":{},\"name\":{},\"eps\":{},\"minpts\":{},\"members\":{}}}",
                        of(node.str_class_id), of(node.str_class_name), of(node.d_eps),
                        node.i_minpts, of(node.vt_file_node));
   }
@@ -126,26 +127,28 @@ std::string box_type_name(int type) {
 }
 
 bool write_box_text(QXPPolicyMorvaClustBox const& box) {
-  bool is_written = write_output(fmt::format(
+  bool is_written = show(fmt::format(
       "{}, {} words, {} classes, value {}\n", box_type_name(box.i_cluster_type),
       box.vt_words.size(), box.vt_kmeans_node.size() + box.vt_dbscan_node.size(), box.i_box_value));
   for (QXPKMeansNode const& node : box.vt_kmeans_node) {
     is_written =
-        is_written && write_output(fmt::format(
-                          "\n{} ({})\n  radius {:.6g}{}\n  {}", printable(node.str_class_name),
-                          printable(node.str_class_id), node.d_radius,
-                          node.str_dna.empty() ? std::string() : ", DNA " + printable(node.str_dna),
-                          summary(box.vt_words, node.vt_weight)));
+        is_written &&
+        show(fmt::format(
+            "\n{} {}\n  radius {:.6g}{}\n  {}", styled(Role::name, printable(node.str_class_name)),
+            styled(Role::faint, "(" + printable(node.str_class_id) + ")"), node.d_radius,
+            node.str_dna.empty() ? std::string() : ", DNA " + printable(node.str_dna),
+            summary(box.vt_words, node.vt_weight)));
   }
   for (QXPDBScanNode const& node : box.vt_dbscan_node) {
-    std::string text = fmt::format("\n{} ({})\n  eps {:.6g}, minpts {}, {} members\n",
-                                   printable(node.str_class_name), printable(node.str_class_id),
+    std::string text = fmt::format("\n{} {}\n  eps {:.6g}, minpts {}, {} members\n",
+                                   styled(Role::name, printable(node.str_class_name)),
+                                   styled(Role::faint, "(" + printable(node.str_class_id) + ")"),
                                    node.d_eps, node.i_minpts, node.vt_file_node.size());
     for (QXPFeatureNode const& member : node.vt_file_node) {
       text += fmt::format("  {}: {}", printable(member.str_file_id),
                           summary(box.vt_words, member.vt_weight));
     }
-    is_written = is_written && write_output(text);
+    is_written = is_written && show(text);
   }
   return is_written;
 }

@@ -190,6 +190,10 @@ std::optional<HString> BoxStore::file_of(HString const& id) {
   return directory() + id + suffix;
 }
 
+std::string BoxStore::no_such_box(HString const& id) {
+  return "there is no box " + printable(id) + "; morvaai box list shows those there are";
+}
+
 BoxStore::Problem BoxStore::refuse_name(HString const& id) {
   if (id.empty()) {
     return "a box id must not be empty";
@@ -263,7 +267,7 @@ BoxStore::Problem BoxStore::remove(HString const& id) {
     return about(directory(), *lock.problem());
   }
   if (!has(id)) {
-    return "there is no box " + printable(id);
+    return no_such_box(id);
   }
   FormerFile const former(real_path(HFileClusterBoxIni::mstr_box_ini));
   if (former.problem()) {

@@ -27,6 +27,8 @@ class BoxStore {
   /// The file of a box; for an id that is no file name nothing.
   static std::optional<HString> file_of(HString const& id);
 
+  /// What to say of a box that is not there.
+  static std::string no_such_box(HString const& id);
   /// Why no box can have that id: its file would not lie in the directory.
   static Problem refuse_name(HString const& id);
   /// Why a new box cannot have that id.

@@ -10,7 +10,11 @@
 #include "box_store.h"
 #include "box_text.h"
 
+#include "columns.h"
 #include "commands.h"
+#include "progress.h"
+#include "style.h"
+#include "terminal.h"
 
 namespace tool {
 
@@ -47,30 +51,50 @@ bool write_json(Json const& object) {
   return write_output(object.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n");
 }
 
+Json json_error(std::string const& reason) {
+  return {{"outcome", "failed"}, {"reason", reason}};
+}
+
+// What `learn` takes for its `--method`.
+char const* method_of(QXPPolicyMorvaClustBox const& box) {
+  switch (box.i_cluster_type) {
+    case 0:
+      return "kmeans";
+    case 1:
+      return "dbscan";
+    default:
+      return "unknown";
+  }
+}
+
 Json summary(Installed const& found) {
   Json object = {{"id", utf8(found.id)}, {"file", utf8(found.file)}};
   if (found.unread) {
-    object["problem"] = *found.unread;
+    object["error"] = json_error(*found.unread);
     return object;
   }
-  object["size"] = HFile::GetFileLen(found.file);
-  object["type"] = box_type_name(found.box.i_cluster_type);
-  object["words"] = found.box.vt_words.size();
-  object["classes"] = class_count(found.box);
+  object["bytes"] = HFile::GetFileLen(found.file);
+  object["method"] = method_of(found.box);
+  object["word_count"] = found.box.vt_words.size();
+  object["class_count"] = class_count(found.box);
   return object;
 }
 
-bool write_summary(Installed const& found, bool json) {
-  if (json) {
-    return write_json(summary(found));
-  }
+std::string counted(std::size_t count, char const* one, char const* several) {
+  return fmt::format("{} {}", count, count == 1 ? one : several);
+}
+
+// Puts the box into a table, or tells why that cannot be.
+void add_summary(Installed const& found, Table& table) {
   if (found.unread) {
     complain(*found.unread);
-    return true;
+    return;
   }
-  return write_output(fmt::format("{}: {}, {} classes, {} words, {} bytes\n", printable(found.id),
-                                  box_type_name(found.box.i_cluster_type), class_count(found.box),
-                                  found.box.vt_words.size(), HFile::GetFileLen(found.file)));
+  table.add({{printable(found.id), Role::name},
+             box_type_name(found.box.i_cluster_type),
+             counted(class_count(found.box), "class", "classes"),
+             counted(found.box.vt_words.size(), "word", "words"),
+             fmt::format("{} bytes", HFile::GetFileLen(found.file))});
 }
 
 Json classes_of(QXPPolicyMorvaClustBox const& box) {
@@ -85,7 +109,7 @@ Json classes_of(QXPPolicyMorvaClustBox const& box) {
                        {"name", utf8(node.str_class_name)},
                        {"eps", node.d_eps},
                        {"minpts", node.i_minpts},
-                       {"members", node.vt_file_node.size()}});
+                       {"file_count", node.vt_file_node.size()}});
   }
   return classes;
 }
@@ -143,7 +167,7 @@ bool verify(HString const& id, bool json) {
   for (std::string const& fault : found) {
     complain("box " + printable(id) + ": " + fault);
   }
-  return found.empty() && write_output(printable(id) + ": as it should be\n");
+  return found.empty() && show(printable(id) + ": " + styled(Role::good, "as it should be") + "\n");
 }
 
 std::vector<HString> all_ids() {
@@ -166,14 +190,23 @@ bool are_names(std::vector<HString> const& ids) {
   return is_well;
 }
 
+// Tells why there is no result for a box.
+int failed(std::string const& problem, HString const& id, bool json) {
+  complain(problem);
+  if (json) {
+    write_json({{"id", utf8(id)}, {"error", json_error(problem)}});
+  }
+  return some_failed;
+}
+
 // Prints what a change of the boxes did.
 int told(BoxStore::Problem const& problem, HString const& id, bool json, char const* done) {
   if (problem) {
-    complain(*problem);
-    return some_failed;
+    return failed(*problem, id, json);
   }
-  bool const is_written = json ? write_json({{"id", utf8(id)}, {"done", done}})
-                               : write_output(fmt::format("{}: {}\n", printable(id), done));
+  bool const is_written =
+      json ? write_json({{"id", utf8(id)}, {"done", done}})
+           : show(fmt::format("{}: {}\n", styled(Role::name, printable(id)), done));
   return is_written ? all_done : some_failed;
 }
 
@@ -181,11 +214,25 @@ int told(BoxStore::Problem const& problem, HString const& id, bool json, char co
 
 int run_box_list(bool json) {
   bool is_well = true;
-  for (HString const& id : all_ids()) {
-    Installed const found = load(id);
-    is_well = write_summary(found, json) && !found.unread && is_well;
+  Table table({Align::left, Align::left, Align::right, Align::right, Align::right});
+  std::vector<HString> const ids = all_ids();
+  if (ids.empty() && !json && output_screen().is_terminal) {
+    return show("there are no boxes yet: morvaai learn makes one, morvaai box add installs one\n")
+               ? all_done
+               : some_failed;
   }
-  return is_well ? all_done : some_failed;
+  Progress const progress(ids.size(), "boxes");
+  for (std::size_t i = 0; i < ids.size(); ++i) {
+    Installed const found = load(ids[i]);
+    progress.show(i + 1, ids[i]);
+    is_well = !found.unread && is_well;
+    if (json) {
+      is_well = write_json(summary(found)) && is_well;
+    } else {
+      add_summary(found, table);
+    }
+  }
+  return show(table.text()) && is_well ? all_done : some_failed;
 }
 
 int run_box_show(BoxOptions const& options) {
@@ -194,13 +241,11 @@ int run_box_show(BoxOptions const& options) {
     return wrong_use;
   }
   if (!BoxStore::has(id)) {
-    complain("there is no box " + printable(id));
-    return some_failed;
+    return failed(BoxStore::no_such_box(id), id, options.json);
   }
   Installed const found = load(id);
   if (found.unread) {
-    complain(*found.unread);
-    return some_failed;
+    return failed(*found.unread, id, options.json);
   }
   HString md5;
   HFileMD5::get_file_md5(found.file, md5);
@@ -211,8 +256,8 @@ int run_box_show(BoxOptions const& options) {
     return write_json(object) ? all_done : some_failed;
   }
   bool const is_written =
-      write_output(fmt::format("{}: {}, {} bytes, MD5 {}\n", printable(id), printable(found.file),
-                               HFile::GetFileLen(found.file), printable(md5))) &&
+      show(fmt::format("{}: {}, {} bytes, MD5 {}\n", styled(Role::name, printable(id)),
+                       printable(found.file), HFile::GetFileLen(found.file), printable(md5))) &&
       write_box_text(found.box);
   return is_written ? all_done : some_failed;
 }
@@ -249,8 +294,10 @@ int run_box_verify(BoxOptions const& options) {
     ids.insert(ids.end(), unlisted.begin(), unlisted.end());
   }
   bool is_well = true;
-  for (HString const& id : ids) {
-    is_well = verify(id, options.json) && is_well;
+  Progress const progress(ids.size(), "boxes");
+  for (std::size_t i = 0; i < ids.size(); ++i) {
+    is_well = verify(ids[i], options.json) && is_well;
+    progress.show(i + 1, ids[i]);
   }
   return is_well ? all_done : some_failed;
 }

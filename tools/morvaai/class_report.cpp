@@ -3,6 +3,9 @@
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
+#include "report.h"
+#include "style.h"
+
 namespace tool {
 
 namespace {
@@ -14,7 +17,7 @@ std::string counted(std::size_t count, char const* one, char const* several) {
 std::string indented(std::vector<HString> const& files) {
   std::string text;
   for (HString const& file : files) {
-    text += "  " + printable(file) + "\n";
+    text += "  " + shown_path(file, 2) + "\n";
   }
   return text;
 }
@@ -39,10 +42,10 @@ std::string ClassReport::as_text() const {
   }
   text += fmt::format(": {}\n", counted(classes.size(), "class", "classes"));
   for (Class const& one : classes) {
-    text += fmt::format("\n{}: {}, radius {:.3f}\n", printable(one.label),
+    text += fmt::format("\n{}: {}, radius {:.3f}\n", styled(Role::name, printable(one.label)),
                         counted(one.files.size(), "file", "files"), one.radius);
     if (one.description.not_empty()) {
-      text += fmt::format("  [{}]\n", printable(one.description));
+      text += "  " + styled(Role::faint, fmt::format("[{}]", printable(one.description))) + "\n";
     }
     text += indented(one.files);
   }
@@ -54,7 +57,8 @@ std::string ClassReport::as_text() const {
     text += "\nlists written:\n" + indented(*lists);
   }
   if (box) {
-    text += fmt::format("\nbox {}: {}\n", printable(box->id), printable(box->file));
+    text +=
+        fmt::format("\nbox {}: {}\n", styled(Role::name, printable(box->id)), printable(box->file));
   }
   return text;
 }
@@ -71,21 +75,19 @@ std::string ClassReport::as_json() const {
   object["word_count"] = word_count;
   object["classes"] = nlohmann::ordered_json::array();
   for (Class const& one : classes) {
-    nlohmann::ordered_json shown = {{"label", utf8(one.label)},
-                                    {"description", utf8(one.description)},
-                                    {"radius", one.radius},
-                                    {"size", one.files.size()},
-                                    {"files", names(one.files)}};
+    nlohmann::ordered_json shown;
     if (one.id.not_empty()) {
       shown["id"] = utf8(one.id);
     }
+    shown["name"] = utf8(one.label);
+    shown["description"] = utf8(one.description);
+    shown["radius"] = one.radius;
+    shown["file_count"] = one.files.size();
+    shown["files"] = names(one.files);
     object["classes"].push_back(std::move(shown));
   }
   object["unclassified"] = names(unclassified);
-  object["failed"] = nlohmann::ordered_json::array();
-  for (Corpus::Failure const& failure : failed) {
-    object["failed"].push_back({{"file", utf8(failure.file)}, {"reason", failure.reason}});
-  }
+  object["failed"] = json_of(failed);
   if (lists) {
     object["lists"] = names(*lists);
   }

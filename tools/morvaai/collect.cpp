@@ -6,8 +6,10 @@
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
+#include "columns.h"
 #include "commands.h"
 #include "document.h"
+#include "terminal.h"
 #include "work_directory.h"
 
 namespace tool {
@@ -17,6 +19,7 @@ namespace {
 /// What can be said of a document beside its records: how reading it went, and what was wrong.
 struct Reading {
   std::string outcome;
+  std::string reason;
   std::string problem;
   HString text;
 };
@@ -30,9 +33,10 @@ struct Records {
 Reading read(HString const& path) {
   Document const document(path);
   if (auto const failure = document.failure(path, false)) {
-    return {document.outcome_name(), failure->problem, HString()};
+    return {document.outcome_name(), document.reason(), failure->problem, HString()};
   }
-  return {document.outcome_name(), document.incompleteness(), document.main_text()};
+  return {document.outcome_name(), document.reason(), document.incompleteness(),
+          document.main_text()};
 }
 
 Records collect(HString const& path) {
@@ -48,6 +52,9 @@ std::string as_json(Records const& records, Reading const& reading) {
   nlohmann::ordered_json object;
   object["file"] = utf8(words.str_file);
   object["outcome"] = reading.outcome;
+  if (!reading.reason.empty()) {
+    object["reason"] = reading.reason;
+  }
   object["agent_id"] = utf8(words.str_agent_id);
   object["collected"] = words.t_collect;
   object["kb_size"] = std::stoll(utf8(words.str_kb_size));
@@ -64,9 +71,9 @@ std::string as_json(Records const& records, Reading const& reading) {
 
 std::string as_table(Records const& records) {
   HFileCollectFeatureNode const& words = records.words;
-  std::string table = printable(words.str_file) + "\n";
-  auto const add = [&table](char const* name, std::string const& value) {
-    table += fmt::format("  {:<10} {}\n", name, value.empty() ? "-" : value);
+  Table about({{Align::left, 9}, Align::left}, 2);
+  auto const add = [&about](char const* name, std::string const& value) {
+    about.add({{name, Role::faint}, value.empty() ? "-" : value});
   };
   add("agent", printable(words.str_agent_id));
   add("collected", fmt::format("{:%Y-%m-%d %H:%M:%S} UTC", fmt::gmtime(words.t_collect)));
@@ -74,11 +81,15 @@ std::string as_table(Records const& records) {
   add("md5", printable(records.fingerprint.str_md5));
   add("dna", printable(records.fingerprint.str_dna));
   add("words", std::to_string(words.vt_words.size()));
-  for (std::size_t i = 0; i < words.vt_words.size(); ++i) {
-    table += fmt::format("    {:.6f} {:>6}  {}\n", words.vt_weight[i], words.vt_counts[i],
-                         printable(words.vt_words[i]));
+  Table table({Align::decimal, {Align::right, 5}, Align::left}, 4);
+  if (output_screen().is_terminal) {
+    table.set_titles({"weight", "count", "word"});
   }
-  return table;
+  for (std::size_t i = 0; i < words.vt_words.size(); ++i) {
+    table.add({fmt::format("{:.6f}", words.vt_weight[i]), std::to_string(words.vt_counts[i]),
+               printable(words.vt_words[i])});
+  }
+  return styled(Role::heading, printable(words.str_file)) + "\n" + about.text() + table.text();
 }
 
 /// The library writes the text of a document into a working file, and does not tell where it

@@ -6,6 +6,7 @@
 
 #include "commands.h"
 #include "document.h"
+#include "style.h"
 #include "word_record.h"
 
 namespace tool {
@@ -78,24 +79,28 @@ FileReport read_side(HString const& path) {
 }
 
 /// Both sides, of which each that cannot be read is told and left out.
-std::vector<WordRecord> read_sides(std::vector<HString> const& paths) {
+std::vector<WordRecord> read_sides(std::vector<HString> const& paths, bool json) {
   std::vector<WordRecord> sides;
   run_on_files(paths, paths.size(), &read_side, [&](std::size_t index, FileReport const& report) {
     auto record = report.output.empty() ? std::nullopt : unpack_record(report.output);
     if (record && record->dna.length() == narrow_length) {
       sides.push_back(std::move(*record));
-    } else if (report.problem.empty()) {
-      complain(printable(paths[index]) + ": " + senseless_answer);
+      return true;
     }
-    return true;
+    std::string const problem = report.problem.empty() ? senseless_answer : report.problem;
+    if (report.problem.empty()) {
+      complain(printable(paths[index]) + ": " + problem);
+    }
+    auto const [outcome, reason] = failure_of(problem);
+    return !json || write_output(json_failure(paths[index], outcome, reason));
   });
   return sides;
 }
 
 std::string as_text(double similarity, std::vector<HString> const& shared, WordRecord const& first,
                     WordRecord const& second, std::size_t most) {
-  std::string text =
-      fmt::format("{:.1f} % of the bits agree: {}\n", similarity, meaning(similarity));
+  std::string text = styled(Role::heading, fmt::format("{:.1f} %", similarity)) +
+                     " of the bits agree: " + meaning(similarity) + "\n";
   text += fmt::format("words: {} and {}, shared: {}\n", first.words.size(), second.words.size(),
                       shared.size());
   for (std::size_t i = 0; i < std::min(most, shared.size()); ++i) {
@@ -107,8 +112,9 @@ std::string as_text(double similarity, std::vector<HString> const& shared, WordR
 }  // namespace
 
 int run_compare(CompareOptions const& options) {
-  std::vector<WordRecord> const sides =
-      read_sides({morvabs::from_path(options.first), morvabs::from_path(options.second)});
+  std::vector<HString> const paths = {morvabs::from_path(options.first),
+                                      morvabs::from_path(options.second)};
+  std::vector<WordRecord> const sides = read_sides(paths, options.json);
   if (sides.size() < 2) {
     return some_failed;
   }
@@ -121,12 +127,12 @@ int run_compare(CompareOptions const& options) {
   std::string output;
   if (options.json) {
     nlohmann::ordered_json object;
-    object["files"] = {options.first, options.second};
+    object["files"] = {utf8(paths[0]), utf8(paths[1])};
     object["similarity"] = similarity;
     object["meaning"] = meaning(similarity);
     object["too_short_to_judge"] = too_short;
     object["dna"] = {utf8(first.dna), utf8(second.dna)};
-    object["words"] = {first.words.size(), second.words.size()};
+    object["word_counts"] = {first.words.size(), second.words.size()};
     object["shared_count"] = shared.size();
     object["shared"] = nlohmann::ordered_json::array();
     for (std::size_t i = 0; i < std::min(most, shared.size()); ++i) {
@@ -137,12 +143,11 @@ int run_compare(CompareOptions const& options) {
     output = as_text(similarity, shared, first, second, most);
   }
   if (too_short) {
-    std::fprintf(
-        stderr,
-        "morvaai: warning: a text with fewer than %zu different words is too short to judge\n",
-        fewest_words);
+    complain(fmt::format("warning: a text with fewer than {} different words is too short to judge",
+                         fewest_words));
   }
-  return write_output(output) ? all_done : some_failed;
+  bool const is_written = options.json ? write_output(output) : show(output);
+  return is_written ? all_done : some_failed;
 }
 
 }  // namespace tool

@@ -11,6 +11,11 @@ namespace {
 constexpr int narrow_length = 32;
 constexpr int wide_length = 1024;
 
+std::string as_line(HString const& path, std::string const& dna, std::string const& count) {
+  std::string const before = dna + "  " + count;
+  return before + shown_path(path, before.size()) + "\n";
+}
+
 FileReport report_dna(HString const& path, DnaOptions const& options) {
   Document const document(path);
   if (auto report = document.failure(path, options.json)) {
@@ -24,15 +29,12 @@ FileReport report_dna(HString const& path, DnaOptions const& options) {
                                                  : no_dictionary(path, options.json);
   }
   if (options.json) {
-    nlohmann::ordered_json object;
-    object["file"] = utf8(path);
-    object["outcome"] = document.outcome_name();
+    nlohmann::ordered_json object = json_head(path, document);
     object["dna"] = utf8(dna);
-    object["count"] = count;
+    object["character_count"] = count;
     return {object.dump() + "\n", document.incompleteness()};
   }
-  std::string const counted = options.count ? fmt::format("{:>8}  ", count) : std::string();
-  return {fmt::format("{}  {}{}\n", utf8(dna), counted, printable(path)),
+  return {as_line(path, utf8(dna), options.count ? fmt::format("{:>8}  ", count) : std::string()),
           document.incompleteness()};
 }
 

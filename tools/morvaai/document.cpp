@@ -3,6 +3,8 @@
 #include <limits>
 #include <system_error>
 
+#include <nlohmann/json.hpp>
+
 namespace tool {
 
 namespace {
@@ -53,9 +55,21 @@ std::string Document::incompleteness() const {
   return complete ? std::string() : "read only in part: " + reason_;
 }
 
+nlohmann::ordered_json json_head(HString const& path, Document const& document) {
+  nlohmann::ordered_json object;
+  object["file"] = utf8(path);
+  object["outcome"] = document.outcome_name();
+  if (!document.reason().empty()) {
+    object["reason"] = document.reason();
+  }
+  return object;
+}
+
 FileReport no_dictionary(HString const& path, bool json) {
   HString const directory = Orlec::LocateMgr::pins()->get_dict_path(false);
-  return failure_report(path, json, "failed", "there is no dictionary in " + printable(directory));
+  return failure_report(path, json, "failed",
+                        "there is no dictionary in " + printable(directory) +
+                            "; MORVA_DICT_PATH names another directory");
 }
 
 FileReport no_words(HString const& path, bool json) {

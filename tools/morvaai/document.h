@@ -4,6 +4,8 @@
 #include <optional>
 #include <string>
 
+#include <nlohmann/json_fwd.hpp>
+
 #include "morvaai.h"
 
 #include "report.h"
@@ -44,6 +46,9 @@ class Document {
   Orlec::ParseOutcome outcome_ = Orlec::ParseOutcome::not_supported;
   std::string reason_;
 };
+
+/// The begin of a result: the file, the outcome, and why it is not the whole text, where it is not.
+nlohmann::ordered_json json_head(HString const& path, Document const& document);
 
 /// What to report where words are needed and there is no dictionary, or none were found.
 FileReport no_dictionary(HString const& path, bool json);

@@ -1,27 +1,32 @@
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
+#include "columns.h"
 #include "commands.h"
 #include "document.h"
+#include "terminal.h"
 
 namespace tool {
 
 namespace {
 
 std::string as_table(HString const& path, std::vector<WordNode> const& words) {
-  std::string table = printable(path) + "\n";
-  for (WordNode const& node : words) {
-    table += fmt::format("  {:.6f} {:>6}  {:<5} {}\n", node.weight, node.count, printable(node.tag),
-                         printable(node.word));
+  Table table({Align::decimal, {Align::right, 5}, {Align::left, 4}, Align::left}, 2);
+  if (output_screen().is_terminal) {
+    table.set_titles({"weight", "count", "tag", "word"});
   }
-  return table;
+  for (WordNode const& node : words) {
+    table.add({fmt::format("{:.6f}", node.weight),
+               std::to_string(node.count),
+               {printable(node.tag), Role::faint},
+               printable(node.word)});
+  }
+  return styled(Role::heading, printable(path)) + "\n" + table.text();
 }
 
 std::string as_json(HString const& path, Document const& document,
                     std::vector<WordNode> const& words) {
-  nlohmann::ordered_json object;
-  object["file"] = utf8(path);
-  object["outcome"] = document.outcome_name();
+  nlohmann::ordered_json object = json_head(path, document);
   object["words"] = nlohmann::ordered_json::array();
   for (WordNode const& node : words) {
     object["words"].push_back({{"word", utf8(node.word)},

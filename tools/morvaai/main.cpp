@@ -1,4 +1,3 @@
-#include <cstdio>
 #include <cstdlib>
 #include <sstream>
 
@@ -7,40 +6,25 @@
 #include <unistd.h>
 
 #include "command_line.h"
+#include "usage_error.h"
 
 namespace {
 
 // `failure` is the status after an exception.
 int run(int argc, char** argv, int& failure) {
-  CLI::App app{"Words, fingerprints, likeness and classes of documents.", "morvaai"};
-  app.require_subcommand(1);
-  app.failure_message(CLI::FailureMessage::help);
-  app.footer(
-      "Exit status: 0 all files done, 1 some failed, 2 wrong use; of match as grep has it.\n"
-      "Examples:\n"
-      "  morvaai features report.docx -n 10\n"
-      "  morvaai dna --json folder/ > dna.jsonl\n"
-      "  morvaai compare old.docx new.pdf\n"
-      "  morvaai cluster folder/ --method kmeans -k 8 -o classes/\n"
-      "  morvaai learn samples/ --box company --by-folder\n"
-      "  morvaai match inbox/ --box company\n"
-      "  find . -name '*.pdf' | morvaai text -");
+  CLI::App app{std::string(), "morvaai"};
   tool::Commands all;
-  tool::add_document_commands(app, all);
-  tool::add_corpus_commands(app, all);
-  tool::add_box_commands(app, all);
-  CLI::App* const command = app.add_subcommand("version", "Versions, and where data is looked for");
-  command->add_flag("--json", all.version_json, "Print one JSON object");
-  command->callback([&all] { all.status = tool::run_version(all.version_json); });
+  tool::add_commands(app, all);
   try {
     app.parse(argc, argv);
   } catch (CLI::ParseError const& error) {
-    std::ostringstream help;
-    bool const is_wanted = app.exit(error, help) == 0;
-    if (!tool::write_output(help.str())) {
-      return tool::some_failed;
+    if (error.get_exit_code() != 0) {
+      tool::complain(tool::explain_wrong_use(error, app));
+      return tool::wrong_use;
     }
-    return is_wanted ? tool::all_done : tool::wrong_use;
+    std::ostringstream help;
+    app.exit(error, help);
+    return tool::write_output(help.str()) ? tool::all_done : tool::some_failed;
   } catch (...) {
     // There, 1 says that no file has a class.
     failure = app.got_subcommand("match") ? tool::wrong_use : failure;
@@ -73,7 +57,7 @@ int main(int argc, char** argv) {
   try {
     return run(argc, argv, failure);
   } catch (std::exception const& error) {
-    std::fprintf(stderr, "morvaai: %s\n", error.what());
+    tool::complain(error.what());
     return failure;
   }
 }

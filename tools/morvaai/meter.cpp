@@ -80,7 +80,7 @@ std::string Meter::count_line(Time now) const {
   line += fmt::format("{:>{}}/{} {}", done_, std::to_string(total_).size(), total_, work_);
   double const each_second = rate(now);
   if (each_second > 0.0) {
-    line += fmt::format(each_second < 10.0 ? ", {:.1f}/s" : ", {:.0f}/s", each_second);
+    line += fmt::format(", {:.{}f}/s", each_second, each_second < 10.0 ? 1 : 0);
     line += ", " + clock_time(static_cast<double>(total_ - std::min(done_, total_)) / each_second) +
             " left";
   }

@@ -1,26 +1,52 @@
 #pragma once
 
 #include <cstddef>
+#include <memory>
+#include <string>
 
 #include "morvaai.h"
 
 namespace tool {
 
-/// Progress over a number of files, in one line of standard error that is overwritten. Nothing is
-/// shown where standard error is no terminal, or for a single file.
+/// Progress of a piece of work, in one line of standard error that is written anew ten times a
+/// second and goes when the object does. Nothing is shown in the first second, nor where standard
+/// error is no terminal or has the log. Of two objects that live at a time only the first is shown.
+///
+/// While it is shown there is a second thread, which takes no locks that others take, so that
+/// processes may be forked. A signal that ends the program takes the line away first.
 class Progress {
  public:
-  explicit Progress(std::size_t count);
+  /// Work on so many things.
+  explicit Progress(std::size_t count, std::string unit = "files");
+  /// Work whose end cannot be told, as "learning".
+  explicit Progress(std::string work);
+  ~Progress();
+  Progress(Progress const&) = delete;
+  Progress& operator=(Progress const&) = delete;
 
-  /// A bar, and the file that was finished last.
+  /// So many are done, `path` the last of them.
   void show(std::size_t finished, HString const& path) const;
-  /// What is being done with all of them.
-  void note(char const* text) const;
-  void clear() const;
+  /// Other work begins, whose end cannot be told.
+  void note(std::string work) const;
+  /// The work has ended.
+  void clear();
 
  private:
-  std::size_t count_;
-  bool is_shown_;
+  friend class Hush;
+  class Line;
+  std::unique_ptr<Line> line_;
+};
+
+/// Keeps the terminal free of progress while it lives, for lines of others.
+class Hush {
+ public:
+  Hush();
+  ~Hush();
+  Hush(Hush const&) = delete;
+  Hush& operator=(Hush const&) = delete;
+
+ private:
+  Progress::Line* line_;
 };
 
 }  // namespace tool

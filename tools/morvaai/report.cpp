@@ -14,8 +14,11 @@
 
 #include "host/worker_pool.h"
 
+#include "columns.h"
 #include "inputs.h"
 #include "progress.h"
+#include "style.h"
+#include "terminal.h"
 #include "work_directory.h"
 
 namespace tool {
@@ -54,6 +57,12 @@ bool is_plain(std::string_view text) {
   return morvabs::is_utf8(text);
 }
 
+/// Whether the character makes what follows it look other than it is: ends the line, or has it read
+/// from the other side.
+bool turns_line(char32_t c) {
+  return (c >= 0x2028 && c <= 0x202E) || (c >= 0x2066 && c <= 0x2069);
+}
+
 /// One line, of which others read no more than one result.
 bool is_json_line(std::string_view text) {
   auto const is_control = [](char c) { return static_cast<unsigned char>(c) < 0x20; };
@@ -83,6 +92,31 @@ int with_waiting(int cpu_seconds) {
   return cpu_seconds < most - more ? cpu_seconds + more : most;
 }
 
+/// Of a single file there is nothing to count.
+Progress progress_over(std::vector<HString> const& files) {
+  return files.size() == 1 ? Progress("reading " + printable(files.front().get_short_name()))
+                           : Progress(files.size());
+}
+
+/// UTF-8 of the text with U+FFFD for each character that steers a terminal, but for those to keep.
+std::string harmless(std::wstring text, std::wstring_view kept) {
+  for (wchar_t& c : text) {
+    auto const code = static_cast<char32_t>(c);
+    bool const is_control = code < 0x20 || (code >= 0x7F && code < 0xA0);
+    if ((is_control || turns_line(code) || is_style_mark(code)) &&
+        kept.find(c) == std::wstring_view::npos) {
+      c = L'\xFFFD';
+    }
+  }
+  return morvabs::to_utf8(text);
+}
+
+/// Writes the text of a document: as it is, but to a terminal without what would steer that.
+bool write_document(std::string const& text) {
+  return write_output(output_screen().is_terminal ? harmless(morvabs::from_utf8(text), L"\n\t")
+                                                  : text);
+}
+
 morvabs::WorkerPool make_pool(std::size_t jobs, WorkerNeeds const& needs) {
   morvabs::WorkerPool pool;
   pool.jobs = jobs;
@@ -110,14 +144,14 @@ std::string utf8(HString const& text) {
 }
 
 std::string printable(HString const& text) {
-  std::wstring wide = text.get_ws();
-  for (wchar_t& c : wide) {
-    auto const code = static_cast<char32_t>(c);
-    if (code < 0x20 || (code >= 0x7F && code < 0xA0)) {
-      c = L'\xFFFD';
-    }
-  }
-  return morvabs::to_utf8(wide);
+  return harmless(text.get_ws(), L"");
+}
+
+std::string shown_path(HString const& path, std::size_t columns_before) {
+  constexpr std::size_t narrowest = 16;
+  std::size_t const width = output_screen().columns.value_or(0);
+  std::string const whole = printable(path);
+  return width < columns_before + narrowest ? whole : cut_middle(whole, width - columns_before);
 }
 
 std::string json_failure(HString const& path, std::string const& outcome,
@@ -129,31 +163,59 @@ std::string json_failure(HString const& path, std::string const& outcome,
   return object.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace) + "\n";
 }
 
+Failure failure_of(std::string const& problem) {
+  std::vector<std::string> words = {"no words"};
+  for (int code = 0; code <= static_cast<int>(Orlec::ParseOutcome::failed); ++code) {
+    words.push_back(utf8(Orlec::GetOutcomeName(static_cast<Orlec::ParseOutcome>(code))));
+  }
+  for (std::string const& word : words) {
+    if (problem == word) {
+      return {word, std::string()};
+    }
+    if (problem.starts_with(word + ": ")) {
+      return {word, problem.substr(word.size() + 2)};
+    }
+  }
+  return {"failed", problem};
+}
+
 void complain(std::string const& problem) {
-  std::fprintf(stderr, "morvaai: %s\n", problem.c_str());
+  Role const role = problem.starts_with("warning: ") ? Role::warning : Role::error;
+  std::string const line = styled(role, "morvaai:") + " " + problem + "\n";
+  Hush const hush;
+  std::fputs((error_screen().has_colors ? with_colors(line) : without_styles(line)).c_str(),
+             stderr);
 }
 
 bool write_output(std::string const& text) {
-  if (std::fwrite(text.data(), 1, text.size(), stdout) == text.size() && std::fflush(stdout) == 0) {
-    return true;
+  {
+    Hush const hush;
+    if (std::fwrite(text.data(), 1, text.size(), stdout) == text.size() &&
+        std::fflush(stdout) == 0) {
+      return true;
+    }
   }
-  std::fprintf(stderr, "morvaai: standard output: %s\n", std::strerror(errno));
+  if (errno != EPIPE) {
+    complain(std::string("standard output: ") + std::strerror(errno));
+  }
   return false;
+}
+
+bool show(std::string const& text) {
+  return write_output(output_screen().has_colors ? with_colors(text) : without_styles(text));
 }
 
 int run_on_files(std::vector<HString> const& files, std::size_t jobs,
                  std::function<FileReport(HString const&)> const& work,
                  std::function<bool(std::size_t, FileReport)> const& take,
                  WorkerNeeds const& needs) {
-  Progress const progress(files.size());
+  Progress const progress = progress_over(files);
   int status = all_done;
   auto const done = [&](std::size_t index, morvabs::WorkerPool::Outcome const& outcome) {
     FileReport report =
         outcome.result ? unpack(*outcome.result) : FileReport{std::string(), outcome.failure};
-    progress.clear();
     if (!report.problem.empty()) {
-      std::fprintf(stderr, "morvaai: %s: %s\n", printable(files[index]).c_str(),
-                   report.problem.c_str());
+      complain(printable(files[index]) + ": " + report.problem);
       status = some_failed;
     }
     if (!take(index, std::move(report))) {
@@ -164,10 +226,8 @@ int run_on_files(std::vector<HString> const& files, std::size_t jobs,
   bool const ran = make_pool(jobs, needs)
                        .run(
                            files, [&](std::size_t i) { return pack(work(files[i])); }, done);
-  int const error = errno;
-  progress.clear();
   if (!ran) {
-    std::fprintf(stderr, "morvaai: no worker process can be started: %s\n", std::strerror(error));
+    complain(std::string("no worker process can be started: ") + std::strerror(errno));
     return some_failed;
   }
   return status;
@@ -181,6 +241,9 @@ int print_on_files(RunOptions const& options, std::function<FileReport(HString c
     return output.empty() ||
            (options.json ? is_json_line(output) : printed == Printed::document || is_plain(output));
   };
+  auto const write = options.json                ? &write_output
+                     : printed == Printed::lines ? &show
+                                                 : &write_document;
   auto const take = [&](std::size_t index, FileReport report) {
     bool const is_good = is_right(report.output);
     if (!is_good) {
@@ -188,9 +251,10 @@ int print_on_files(RunOptions const& options, std::function<FileReport(HString c
       complain(printable(files[index]) + ": " + report.problem);
     }
     if (options.json && report.output.empty()) {
-      report.output = json_failure(files[index], "failed", report.problem);
+      auto const [outcome, reason] = failure_of(report.problem);
+      report.output = json_failure(files[index], outcome, reason);
     }
-    is_written = is_written && write_output(report.output);
+    is_written = is_written && write(report.output);
     return is_good && is_written;
   };
   return run_on_files(files, options.jobs, work, take, needs);

@@ -52,13 +52,19 @@ int run_on_files(std::vector<HString> const& files, std::size_t jobs,
                  std::function<bool(std::size_t, FileReport)> const& take,
                  WorkerNeeds const& needs = {});
 
-/// Runs `work` on every file of the inputs in that way and prints the outputs. An output that no
-/// such work gives, as lines with characters that steer a terminal, is a problem of the file.
+/// Runs `work` on every file of the inputs in that way and prints the outputs; lines may have
+/// styles. An output that no such work gives, as lines with characters that steer a terminal, is a
+/// problem of the file.
 int print_on_files(RunOptions const& options, std::function<FileReport(HString const&)> const& work,
                    WorkerNeeds const& needs = {}, Printed printed = Printed::lines);
 
-/// UTF-8 of the text as it may stand in a line on a terminal: control characters become U+FFFD.
+/// UTF-8 of the text as it may stand in a line on a terminal: control characters, those that turn
+/// the direction of what stands behind them, and marks of style become U+FFFD.
 std::string printable(HString const& text);
+
+/// A path as it may stand in a line of standard output behind so many columns: printable, and cut
+/// in the middle where standard output is a terminal that has no room for all of it.
+std::string shown_path(HString const& path, std::size_t columns_before = 0);
 
 /// UTF-8 of the text as it is; what is no Unicode text becomes U+FFFD.
 std::string utf8(HString const& text);
@@ -67,13 +73,25 @@ std::string utf8(HString const& text);
 std::string json_failure(HString const& path, std::string const& outcome,
                          std::string const& reason);
 
+/// A problem of a file, taken apart: how reading it ended, as a word, and why. A problem that
+/// begins with no such word is "failed".
+struct Failure {
+  std::string outcome;
+  std::string reason;
+};
+Failure failure_of(std::string const& problem);
+
 /// What is said of a worker whose result is not what it should be.
 inline constexpr char const* senseless_answer = "the answer of its worker process makes no sense";
 
-/// Writes a line with the program's name to standard error.
+/// Writes a line with the program's name to standard error; one that begins with "warning: " is of
+/// something that is no failure.
 void complain(std::string const& problem);
 
-/// Writes to standard output; false, with a message on standard error, when that fails.
+/// Writes to standard output; false, with a message on standard error, when that fails. There is no
+/// message where nobody reads any more.
 bool write_output(std::string const& text);
+/// The same with a text that has styles.
+bool show(std::string const& text);
 
 }  // namespace tool

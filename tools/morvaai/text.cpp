@@ -55,12 +55,7 @@ FileReport report_text(HString const& path, TextOptions const& options) {
   if (!document.is_read() && text.empty()) {
     return {json_failure(path, document.outcome_name(), document.reason()), problem};
   }
-  nlohmann::ordered_json object;
-  object["file"] = utf8(path);
-  object["outcome"] = document.outcome_name();
-  if (!document.reason().empty()) {
-    object["reason"] = document.reason();
-  }
+  nlohmann::ordered_json object = json_head(path, document);
   object["counts"] = json_counts(document.parser()->GetCounts());
   object["text"] = std::move(texts);
   return {object.dump() + "\n", problem};

@@ -4,13 +4,18 @@
 #include "host/worker_pool.h"
 
 #include "commands.h"
+#include "style.h"
 
 namespace tool {
 
-int run_version(bool json) {
+std::string version_number() {
   using morva::version;
-  std::string const number = fmt::format("{}.{}.{}.{}.{}", version.major, version.minor,
-                                         version.patch, version.build, version.revision);
+  return fmt::format("{}.{}.{}.{}.{}", version.major, version.minor, version.patch, version.build,
+                     version.revision);
+}
+
+int run_version(bool json) {
+  std::string const number = version_number();
   HString const dictionary = Orlec::LocateMgr::pins()->get_dict_path(false);
   HStutterDict::pins()->set_dict_path(dictionary);
   bool const found = HStutterDict::pins()->is_exist_dict();
@@ -29,8 +34,8 @@ int run_version(bool json) {
   }
   std::string const text =
       fmt::format("morvaai {}\ndictionary: {}{}\nboxes: {}\n", number, printable(dictionary),
-                  found ? "" : " (not found)", printable(boxes));
-  return write_output(text) ? all_done : some_failed;
+                  found ? "" : styled(Role::warning, " (not found)"), printable(boxes));
+  return show(text) ? all_done : some_failed;
 }
 
 }  // namespace tool
