@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <vector>
@@ -31,6 +32,17 @@ struct CompareOptions {
 };
 int run_compare(CompareOptions const& options);
 
+/// `morvaai similar`: groups of files that are nearly the same.
+struct SimilarOptions : RunOptions {
+  /// Least percentage of bits in which the fingerprints of two files agree.
+  double threshold = 90.0;
+  /// Each pair, instead of the groups.
+  bool pairs = false;
+  /// What `morvaai dna --json` has printed.
+  std::optional<std::string> list;
+};
+int run_similar(SimilarOptions const& options);
+
 /// `morvaai text`: the text of each file.
 struct TextOptions : RunOptions {
   std::string kind = "main";
@@ -60,8 +72,19 @@ struct LearnOptions : RunOptions {
   bool by_folder = false;
   /// A box of that id may be replaced.
   bool force = false;
+  /// File for a page about the classes.
+  std::optional<std::string> report;
 };
 int run_learn(LearnOptions const& options);
+
+/// `morvaai suggest`: the parameters by which classes are found, and learnt, best.
+struct SuggestOptions : RunOptions {
+  /// The sub-folders are the classes.
+  bool by_folder = false;
+  /// Of more files, so many are looked at.
+  std::size_t sample = 1000;
+};
+int run_suggest(SuggestOptions const& options);
 
 /// `morvaai match`: the class of each file, by the boxes of this machine. The status is that of
 /// grep: 0 some file has one, 1 none has, 2 trouble.
@@ -70,8 +93,19 @@ struct MatchOptions : RunOptions {
   std::vector<std::string> boxes;
   /// Ids or names; all classes if empty.
   std::vector<std::string> classes;
+  /// File for a page about the decisions.
+  std::optional<std::string> report;
 };
 int run_match(MatchOptions const& options);
+
+/// `morvaai report`: a page about a box.
+struct ReportOptions {
+  /// The id of a box of this machine, or else a box file.
+  std::string box;
+  /// The id with ".html" if not given.
+  std::optional<std::string> output;
+};
+int run_report(ReportOptions const& options);
 
 /// `morvaai console`: the interactive clustering tool, for "canopy", "kmeans" or "dbscan".
 int run_console(std::string const& method);
@@ -106,5 +140,11 @@ int run_box_add(BoxAddOptions const& options);
 
 /// `morvaai version`: versions and where the dictionary lies.
 int run_version(bool json);
+/// "3.2306.4.13.1".
+std::string version_number();
+
+/// What a shell completes a word with, one a line: "boxes" their ids, "classes" the names of the
+/// classes of the boxes behind it, or of all. What cannot be read is left out without a word.
+int run_complete(std::vector<std::string> const& what);
 
 }  // namespace tool
