@@ -11,7 +11,9 @@
 struct HFileDNAPair {
   /// The lesser index.
   std::size_t first;
+  /// The greater index.
   std::size_t second;
+  /// In percent, as `HFileMatchDNA::get_dna_similarity` has it.
   double similarity;
 };
 

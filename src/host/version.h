@@ -14,10 +14,15 @@ struct Version {
   int build = 13;
   /// Number of its revision.
   int revision = 1;
-  /// Build stamp.
-  int year = 2024, month = 6, day = 24, hour = 20, minute = 42, second = 3;
+  int year = 2024;  ///< Build stamp: the date,
+  int month = 6;    ///< 1 to 12,
+  int day = 24;     ///< 1 to 31,
+  int hour = 20;    ///< and the time of day.
+  int minute = 42;  ///< 0 to 59.
+  int second = 3;   ///< 0 to 59.
 };
 
+/// That of this release.
 inline constexpr Version version;
 
 }  // namespace morva
