@@ -76,6 +76,12 @@ function(morva_add_library name)
   set_property(GLOBAL APPEND PROPERTY MORVA_LIBRARIES ${name})
 endfunction()
 
+# morva_limit_exports(TARGET SCRIPT): a library lets out what this version script of the linker names, and no more.
+function(morva_limit_exports name script)
+  target_link_options(${name} PRIVATE "-Wl,--version-script=${script}")
+  set_property(TARGET ${name} APPEND PROPERTY LINK_DEPENDS "${script}")
+endfunction()
+
 # What most of the time of compiling a test would go into is parsed once: the first test of the project
 # has it, the others take it from there.
 function(morva_share_test_headers name)

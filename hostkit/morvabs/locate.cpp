@@ -42,12 +42,18 @@ std::string find_data_directory() {
   if (dladdr(&anchor, &info) == 0 || info.dli_fname == nullptr) {
     return {};
   }
-  std::filesystem::path const library = info.dli_fname;
   std::error_code error;
   // Made absolute at once: the loader may know the library by a path from the working directory.
-  auto const directory =
-      std::filesystem::absolute(library.parent_path() / MORVA_DATA_FROM_LIB, error);
-  return error ? std::string() : directory.lexically_normal().string();
+  auto const library = std::filesystem::absolute(info.dli_fname, error);
+  if (error) {
+    return {};
+  }
+  // It may also know it by a link to its folder: /lib, where that is one to /usr/lib.
+  auto folder = std::filesystem::canonical(library.parent_path(), error);
+  if (error) {
+    folder = library.parent_path();
+  }
+  return (folder / MORVA_DATA_FROM_LIB).lexically_normal().string();
 }
 
 /// The library stays where it was loaded from, so that one look is enough.
