@@ -190,6 +190,18 @@ class JsonOutput(unittest.TestCase):
             self.assertLessEqual({"encrypted", "failed"}, {one["error"]["outcome"] for one in found if "error" in one})
         self.check("match", "match", self.documents.good, "--box", "no such box", lines=0)
 
+    def test_similar(self):
+        inputs = [self.learning, *self.documents.all()]
+        for options in ([], ["--threshold", "55"], ["--threshold", "70", "--pairs"]):
+            self.check("similar", "similar", *inputs, *options)
+        self.check("similar", "similar", self.documents.good, lines=1)
+
+    def test_suggest(self):
+        self.check("suggest", "suggest", self.learning, "--by-folder", lines=1)
+        found = self.check("suggest", "suggest", self.learning, self.documents.folder, lines=1)
+        self.assertIn("encrypted", {one["error"]["outcome"] for one in found[0]["failed"]})
+        self.check("suggest", "suggest", self.documents.good, lines=0)
+
     def test_boxes(self):
         self.check("box-list", "box", "list", lines=2)
         for box in ("centers", "files"):
