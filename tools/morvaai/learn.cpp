@@ -1,34 +1,23 @@
-#include <algorithm>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include <fmt/format.h>
 
+#include "box_classes.h"
 #include "box_store.h"
 
 #include "class_report.h"
 #include "commands.h"
 #include "corpus.h"
-#include "inputs.h"
 #include "progress.h"
+#include "report_classes.h"
+#include "report_page.h"
+#include "samples.h"
 
 namespace tool {
 
 namespace {
-
-constexpr int kmeans_type = 0;
-constexpr int dbscan_type = 1;
-
-// The files to learn from, and where folders say which class each is in, the names of the classes
-// and beside each file the position of its own.
-struct Samples {
-  std::vector<HString> files;
-  std::vector<HString> class_names;
-  std::vector<std::size_t> class_of_file;
-  // Files in no sub-folder.
-  std::vector<HString> strays;
-};
 
 // What was learnt, and what is said of it.
 struct Learnt {
@@ -47,69 +36,17 @@ std::string wrong_use_of(LearnOptions const& options) {
   if (options.how.k || options.how.canopy_seeds) {
     return "-k and --canopy-seeds find classes, which --by-folder has already";
   }
-  for (std::string const& input : options.inputs) {
-    if (!HFile::IsFileExistDir(morvabs::from_path(input))) {
-      return printable(morvabs::from_path(input)) + " is no folder: --by-folder needs folders";
-    }
+  if (std::string problem = no_folders_of_classes(options.inputs); !problem.empty()) {
+    return problem;
   }
   return misplaced_parameter(options.how);
-}
-
-void add_folder(HString folder, Samples& samples) {
-  folder.dir_fit(true);
-  for (HString const& file : files_in(folder, true)) {
-    HString inside = file;
-    inside.cut_first(folder.length());
-    std::vector<HString> steps;
-    inside.get_vt_str_by_sep(steps, L"/");
-    if (steps.size() < 2) {
-      samples.strays.push_back(file);
-      continue;
-    }
-    auto& names = samples.class_names;
-    auto const found = std::find(names.begin(), names.end(), steps.front());
-    samples.class_of_file.push_back(static_cast<std::size_t>(found - names.begin()));
-    if (found == names.end()) {
-      names.push_back(steps.front());
-    }
-    samples.files.push_back(file);
-  }
-}
-
-Samples find_samples(LearnOptions const& options) {
-  Samples samples;
-  if (!options.by_folder) {
-    samples.files = expand_inputs(options.inputs);
-    return samples;
-  }
-  for (std::string const& input : options.inputs) {
-    add_folder(morvabs::from_path(input), samples);
-  }
-  return samples;
-}
-
-Corpus read_samples(LearnOptions const& options, Samples const& samples) {
-  Corpus corpus = read_corpus(samples.files, options.jobs, false);
-  for (HString const& stray : samples.strays) {
-    corpus.failed.push_back({stray, "in no sub-folder, and so in no class"});
-    complain(printable(stray) + ": " + corpus.failed.back().reason);
-    corpus.status = some_failed;
-  }
-  return corpus;
 }
 
 // The classes that the folders are.
 Clustering take_folders(MethodOptions const& how, Samples const& samples, Corpus const& corpus) {
   Clustering run;
   corpus.data.format_data(run.words, run.points);
-  run.clusters.resize(samples.class_names.size());
-  std::size_t at = 0;
-  for (std::size_t i = 0; i < corpus.files.size(); ++i, ++at) {
-    at = static_cast<std::size_t>(std::find(samples.files.begin() + static_cast<std::ptrdiff_t>(at),
-                                            samples.files.end(), corpus.files[i]) -
-                                  samples.files.begin());
-    run.clusters[samples.class_of_file[at]].push_back(static_cast<int>(i));
-  }
+  run.clusters = members_by_folder(samples, corpus);
   if (is_by_members(how)) {
     run.failure = too_large_for_box(how, run);
     if (run.failure.empty()) {
@@ -133,32 +70,6 @@ void drop_empty_classes(Clustering& run, std::vector<HString>& names) {
       names.erase(names.begin() + offset);
     }
   }
-}
-
-QXPKMeansNode class_of_center(ClassReport::Class const& shown, HSparsePoints const& points,
-                              std::vector<int> const& members) {
-  QXPKMeansNode node;
-  node.str_class_id = shown.id;
-  node.str_class_name = shown.label;
-  node.d_radius = shown.radius;
-  node.vt_weight = points.get_center_point(members).vt_data;
-  return node;
-}
-
-QXPDBScanNode class_of_members(ClassReport::Class const& shown, Neighbourhood const& neighbourhood,
-                               HSparsePoints const& points, std::vector<int> const& members) {
-  QXPDBScanNode node;
-  node.str_class_id = shown.id;
-  node.str_class_name = shown.label;
-  node.d_eps = neighbourhood.eps;
-  node.i_minpts = neighbourhood.minpts;
-  node.vt_file_node.reserve(members.size());
-  for (std::size_t i = 0; i < members.size(); ++i) {
-    QXPFeatureNode& file = node.vt_file_node.emplace_back();
-    file.str_file_id = shown.files[i].get_short_name();
-    file.vt_weight = points.at(members[i]).vt_data;
-  }
-  return node;
 }
 
 void warn_of_few_files(ClassReport::Class const& shown, int minpts) {
@@ -194,21 +105,44 @@ Learnt learnt_of(LearnOptions const& options, std::vector<HString> const& names,
   learnt.report.word_count = run.words.size();
   learnt.report.unclassified = unclassified_of(corpus, run);
   learnt.report.failed = corpus.failed;
-  learnt.box.i_cluster_type = is_by_members(options.how) ? dbscan_type : kmeans_type;
+  learnt.box.i_cluster_type = is_by_members(options.how) ? dbscan_box : kmeans_box;
   for (std::size_t i = 0; i < run.clusters.size(); ++i) {
     std::vector<int> const& members = run.clusters[i];
     ClassReport::Class const& shown =
         learnt.report.classes.emplace_back(described(run, i, names, corpus));
     if (is_by_members(options.how)) {
-      learnt.box.vt_dbscan_node.push_back(
-          class_of_members(shown, run.neighbourhood, run.points, members));
+      QXPDBScanNode& node = learnt.box.vt_dbscan_node.emplace_back(
+          class_of_members(shown.id, shown.label, run.neighbourhood, run.points, members));
+      for (std::size_t at = 0; at < members.size(); ++at) {
+        node.vt_file_node[at].str_file_id = shown.files[at].get_short_name();
+      }
       warn_of_few_files(shown, run.neighbourhood.minpts);
     } else {
-      learnt.box.vt_kmeans_node.push_back(class_of_center(shown, run.points, members));
+      learnt.box.vt_kmeans_node.push_back(
+          class_of_center(shown.id, shown.label, run.points, members));
     }
   }
   learnt.box.vt_words = std::move(run.words);
   return learnt;
+}
+
+// Why no report can be written; empty where it can, or none is wanted.
+std::string unwritable_report(LearnOptions const& options) {
+  return options.report ? refuse_report(morvabs::from_path(*options.report)).value_or("") : "";
+}
+
+// Whether the report that is wanted could be written. The box is there by now.
+bool write_report_of(LearnOptions const& options, Learnt const& learnt, Corpus const& corpus,
+                     Clustering const& run) {
+  if (!options.report) {
+    return true;
+  }
+  HString const path = morvabs::from_path(*options.report);
+  auto const problem = write_report(path, report_of_learning(learnt.report, corpus, run).as_json());
+  if (problem) {
+    complain(*problem);
+  }
+  return !problem;
 }
 
 }  // namespace
@@ -223,17 +157,19 @@ int run_learn(LearnOptions const& options) {
     complain(*refused);
     return some_failed;
   }
-  Samples samples = find_samples(options);
-  Corpus const corpus = read_samples(options, samples);
+  if (std::string const problem = unwritable_report(options); !problem.empty()) {
+    complain(problem);
+    return some_failed;
+  }
+  Samples samples = find_samples(options.inputs, options.by_folder);
+  Corpus const corpus = read_samples(samples, options.jobs);
   if (corpus.files.empty()) {
     complain("there is nothing to learn from");
     return some_failed;
   }
-  Progress const progress(corpus.files.size());
-  progress.note("learning");
+  Progress const progress("learning");
   Clustering run = options.by_folder ? take_folders(options.how, samples, corpus)
                                      : cluster_corpus(options.how, corpus, false);
-  progress.clear();
   drop_empty_classes(run, samples.class_names);
   if (run.failure.empty() && run.clusters.empty()) {
     run.failure = "no classes were found: try other parameters";
@@ -245,15 +181,18 @@ int run_learn(LearnOptions const& options) {
     complain(run.failure);
     return some_failed;
   }
+  Clustering const reported = options.report ? run : Clustering();
+  progress.note("writing the box");
   Learnt learnt = learnt_of(options, samples.class_names, corpus, std::move(run));
   if (auto const problem = BoxStore::install(std::move(learnt.box), id, options.force)) {
     complain(*problem);
     return some_failed;
   }
   learnt.report.box = {id, BoxStore::file_of(id).value_or(HString())};
+  bool const is_reported = write_report_of(options, learnt, corpus, reported);
   bool const is_printed =
-      write_output(options.json ? learnt.report.as_json() : learnt.report.as_text());
-  return is_printed ? corpus.status : some_failed;
+      options.json ? write_output(learnt.report.as_json()) : show(learnt.report.as_text());
+  return is_reported && is_printed ? corpus.status : some_failed;
 }
 
 }  // namespace tool

@@ -12,6 +12,9 @@
 #include "corpus.h"
 #include "decision.h"
 #include "inputs.h"
+#include "report_match.h"
+#include "report_page.h"
+#include "style.h"
 
 namespace tool {
 
@@ -58,7 +61,8 @@ QXPPolicyMorvaClustBox const* load(HString const& box_id) {
   }
   auto const file = BoxStore::file_of(box_id);
   if (!file || !HFile::IsFileExist(*file)) {
-    complain("box " + printable(box_id) + ": its file is missing");
+    complain("box " + printable(box_id) +
+             ": its file is missing; morvaai box add installs it again, box remove strikes it out");
     return nullptr;
   }
   QXPPolicyMorvaClustBox const* const box = HFileClusterBoxMgr::pins()->find_box(box_id);
@@ -85,7 +89,7 @@ Questions ask_boxes(std::vector<HString> const& box_ids) {
     }
     if (std::none_of(entries.begin(), entries.end(),
                      [&](HClusterBoxLocalNode const& entry) { return entry.str_box_id == id; })) {
-      questions.problem = "there is no box " + printable(id);
+      questions.problem = BoxStore::no_such_box(id);
       return questions;
     }
   }
@@ -101,7 +105,10 @@ Questions ask_boxes(std::vector<HString> const& box_ids) {
     }
   }
   if (questions.all.empty()) {
-    questions.problem = "there are no boxes to ask";
+    questions.problem = questions.is_partial
+                            ? "none of the boxes can be asked"
+                            : "there are no boxes to ask; morvaai learn makes one, morvaai box add "
+                              "installs one";
   }
   return questions;
 }
@@ -142,7 +149,8 @@ std::string choose_class(std::vector<Question> const& asked, HString const& text
     return {};
   }
   if (named.empty()) {
-    return "there is no class " + printable(text);
+    return "there is no class " + printable(text) +
+           " in the boxes that are asked; morvaai box show lists those of a box";
   }
   if (named.size() > 1) {
     std::string problem = "there are several classes " + printable(text) + ":";
@@ -173,20 +181,34 @@ void keep_classes(std::vector<HString> const& classes, Questions& questions) {
 }
 
 std::optional<Decision> decide(HFeatureNode const& document, std::vector<Question>& asked) {
-  HFileMatchClassifyMgr const* const manager = HFileMatchClassifyMgr::pins();
-  HString name;
   for (Question& question : asked) {
-    if (!manager->match(document, question.class_ids, question.box_id, name)) {
-      continue;
-    }
-    // It tells the name; the class is the first that says yes by itself.
-    for (HString const& id : question.class_ids) {
-      if (manager->match(document, id, question.box_id, name)) {
-        return question.explainer.explain(document, id);
-      }
+    if (auto const id = class_that_takes(document, question.class_ids, question.box_id)) {
+      return question.explainer.explain(document, *id);
     }
   }
   return std::nullopt;
+}
+
+std::optional<MatchReport> report_on(MatchOptions const& options,
+                                     std::vector<Question> const& asked) {
+  if (!options.report) {
+    return std::nullopt;
+  }
+  std::vector<MatchReport::Asked> boxes;
+  for (Question const& question : asked) {
+    boxes.push_back({question.box_id, question.class_ids, question.box});
+  }
+  return MatchReport(boxes);
+}
+
+// Whether the report that is wanted could be written.
+bool write_report_of(MatchOptions const& options, std::optional<MatchReport> const& report) {
+  auto const problem =
+      report ? write_report(morvabs::from_path(*options.report), report->as_json()) : std::nullopt;
+  if (problem) {
+    complain(*problem);
+  }
+  return !problem;
 }
 
 std::string shown(HString const& path, std::optional<Decision> const& decision, bool json) {
@@ -194,7 +216,7 @@ std::string shown(HString const& path, std::optional<Decision> const& decision, 
     return json ? decision->as_json(path) : decision->as_text(path);
   }
   if (!json) {
-    return printable(path) + ": none\n";
+    return printable(path) + ": " + styled(Role::faint, "none") + "\n";
   }
   return nlohmann::ordered_json{{"file", utf8(path)}, {"class", nullptr}}.dump() + "\n";
 }
@@ -206,6 +228,9 @@ int run_match(MatchOptions const& options) {
   if (questions.problem.empty()) {
     keep_classes(from_arguments(options.classes), questions);
   }
+  if (questions.problem.empty() && options.report) {
+    questions.problem = refuse_report(morvabs::from_path(*options.report)).value_or("");
+  }
   if (!questions.problem.empty()) {
     complain(questions.problem);
     return trouble;
@@ -214,18 +239,28 @@ int run_match(MatchOptions const& options) {
       std::any_of(questions.all.begin(), questions.all.end(),
                   [](Question const& question) { return is_by_fingerprint(*question.box); });
   std::vector<HString> const files = expand_inputs(options.inputs);
+  std::optional<MatchReport> report = report_on(options, questions.all);
   bool is_matched = false;
   int const status = read_records(
       files, options.jobs, with_dna, [&](std::size_t index, Extracted const& extracted) {
         HString const& path = files[index];
         if (!extracted.record) {
-          return !options.json || write_output(json_failure(path, "failed", extracted.reason));
+          if (report) {
+            report->add_failure(path, extracted.reason);
+          }
+          auto const [outcome, reason] = failure_of(extracted.reason);
+          return !options.json || write_output(json_failure(path, outcome, reason));
         }
         std::optional<Decision> const decision = decide(*extracted.record, questions.all);
         is_matched = is_matched || decision;
-        return write_output(shown(path, decision, options.json));
+        if (report) {
+          report->add(path, *extracted.record, decision);
+        }
+        std::string const text = shown(path, decision, options.json);
+        return options.json ? write_output(text) : show(text);
       });
-  if (status != all_done || questions.is_partial) {
+  bool const is_reported = write_report_of(options, report);
+  if (status != all_done || questions.is_partial || !is_reported) {
     return trouble;
   }
   return is_matched ? some_matched : none_matched;
