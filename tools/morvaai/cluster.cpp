@@ -99,22 +99,21 @@ int run_cluster(ClusterOptions const& options) {
     complain(problem);
     return wrong_use;
   }
-  Corpus const corpus = read_corpus(inputs_without_lists(options), options.jobs, options.dna);
+  Corpus const corpus =
+      read_corpus(inputs_without_lists(options), options.jobs, {.fingerprints = options.dna});
   if (corpus.files.empty()) {
     complain("there is nothing to cluster");
     return some_failed;
   }
-  Progress const progress(corpus.files.size());
-  progress.note("clustering");
+  Progress const progress("clustering");
   Clustering run = cluster_corpus(options.how, corpus, options.dna);
-  progress.clear();
   if (!run.failure.empty()) {
     complain(run.failure);
     return some_failed;
   }
   ClassReport report = report_of(options, corpus, run);
   bool const is_complete = !options.output_folder || write_lists(*options.output_folder, report);
-  bool const is_printed = write_output(options.json ? report.as_json() : report.as_text());
+  bool const is_printed = options.json ? write_output(report.as_json()) : show(report.as_text());
   return is_complete && is_printed ? corpus.status : some_failed;
 }
 

@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include <nlohmann/json.hpp>
+
 #include "document.h"
 #include "word_record.h"
 
@@ -55,6 +57,16 @@ FileReport extract(HString const& path, bool with_dna) {
 
 }  // namespace
 
+nlohmann::ordered_json json_of(std::vector<Corpus::Failure> const& failed) {
+  nlohmann::ordered_json list = nlohmann::ordered_json::array();
+  for (Corpus::Failure const& one : failed) {
+    auto const [outcome, reason] = failure_of(one.reason);
+    list.push_back(
+        {{"file", utf8(one.file)}, {"error", {{"outcome", outcome}, {"reason", reason}}}});
+  }
+  return list;
+}
+
 int read_records(std::vector<HString> const& files, std::size_t jobs, bool with_dna,
                  std::function<bool(std::size_t, Extracted)> const& take) {
   return run_on_files(
@@ -72,21 +84,25 @@ int read_records(std::vector<HString> const& files, std::size_t jobs, bool with_
       });
 }
 
-Corpus read_corpus(std::vector<HString> const& files, std::size_t jobs, bool with_dna) {
+Corpus read_corpus(std::vector<HString> const& files, std::size_t jobs, CorpusNeeds const& needs) {
   Corpus corpus;
-  corpus.status = read_records(files, jobs, with_dna, [&](std::size_t index, Extracted extracted) {
-    if (extracted.record) {
-      corpus.files.push_back(files[index]);
-      corpus.data.add(*extracted.record);
-      if (with_dna) {
-        corpus.fingerprints.push_back(
-            HFileDNA::get_pointn(extracted.record->str_file_id, extracted.record->str_dna));
-      }
-    } else {
+  auto const take = [&](std::size_t index, Extracted extracted) {
+    if (!extracted.record) {
       corpus.failed.push_back({files[index], std::move(extracted.reason)});
+      return true;
+    }
+    HFeatureNode& record = *extracted.record;
+    corpus.files.push_back(files[index]);
+    corpus.data.add(record);
+    if (needs.fingerprints) {
+      corpus.fingerprints.push_back(HFileDNA::get_pointn(record.str_file_id, record.str_dna));
+    }
+    if (needs.records) {
+      corpus.records.push_back(std::move(record));
     }
     return true;
-  });
+  };
+  corpus.status = read_records(files, jobs, needs.fingerprints, take);
   return corpus;
 }
 

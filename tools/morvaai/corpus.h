@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+#include <nlohmann/json_fwd.hpp>
+
 #include "morvaai.h"
 
 #include "report.h"
@@ -24,10 +26,15 @@ struct Corpus {
   std::vector<HString> files;
   HSparseFileData data;
   std::vector<HPointN> fingerprints;
+  /// Their records, where they were asked for.
+  std::vector<HFeatureNode> records;
   /// The others, in order.
   std::vector<Failure> failed;
   int status = all_done;
 };
+
+/// The files that failed, each with its outcome and the reason.
+nlohmann::ordered_json json_of(std::vector<Corpus::Failure> const& failed);
 
 /// What a file gave: its record, or why there is none.
 struct Extracted {
@@ -41,7 +48,14 @@ struct Extracted {
 int read_records(std::vector<HString> const& files, std::size_t jobs, bool with_dna,
                  std::function<bool(std::size_t, Extracted)> const& take);
 
-/// The same, all together. The records are not kept: of each word of a file 16 bytes.
-Corpus read_corpus(std::vector<HString> const& files, std::size_t jobs, bool with_dna);
+/// What a command needs of a corpus beside the words.
+struct CorpusNeeds {
+  bool fingerprints = false;
+  /// Some 20 KiB for each file. Otherwise each word of a file takes 16 bytes.
+  bool records = false;
+};
+
+/// The same, all together.
+Corpus read_corpus(std::vector<HString> const& files, std::size_t jobs, CorpusNeeds const& needs);
 
 }  // namespace tool

@@ -6,6 +6,7 @@
 #include <nlohmann/json.hpp>
 
 #include "report.h"
+#include "style.h"
 
 namespace tool {
 
@@ -78,6 +79,23 @@ class Space {
 };
 
 }  // namespace
+
+std::optional<HString> class_that_takes(HFeatureNode const& document,
+                                        std::vector<HString> const& class_ids,
+                                        HString const& box_id) {
+  HFileMatchClassifyMgr const* const manager = HFileMatchClassifyMgr::pins();
+  HString name;
+  if (!manager->match(document, class_ids, box_id, name)) {
+    return std::nullopt;
+  }
+  // It tells the name; the class is the first that says yes by itself.
+  for (HString const& id : class_ids) {
+    if (manager->match(document, id, box_id, name)) {
+      return id;
+    }
+  }
+  return std::nullopt;
+}
 
 bool is_by_fingerprint(QXPPolicyMorvaClustBox const& box) {
   return box.i_cluster_type == 0 && box.vt_kmeans_node.size() > 1 &&
@@ -165,9 +183,11 @@ void Explainer::measure_members(HFeatureNode const& document, QXPDBScanNode cons
 }
 
 std::string Decision::as_text(HString const& path) const {
-  std::string text =
-      fmt::format("{}: {} (class {}, box {})\n  distance {:.6f}", printable(path),
-                  printable(class_name), printable(class_id), printable(box_id), distance);
+  std::string text = fmt::format(
+      "{}: {} {}\n  distance {:.6f}", printable(path), styled(Role::name, printable(class_name)),
+      styled(Role::faint,
+             fmt::format("(class {}, box {})", printable(class_id), printable(box_id))),
+      distance);
   if (radius) {
     text += fmt::format(", radius {:.6f}\n", *radius);
   }

@@ -37,6 +37,11 @@ struct Decision {
   std::string as_json(HString const& path) const;
 };
 
+/// The first of the classes of a box of `HFileClusterBoxMgr` that takes the document.
+std::optional<HString> class_that_takes(HFeatureNode const& document,
+                                        std::vector<HString> const& class_ids,
+                                        HString const& box_id);
+
 /// Whether documents are compared with the classes of the box by their fingerprints.
 bool is_by_fingerprint(QXPPolicyMorvaClustBox const& box);
 

@@ -9,6 +9,8 @@ namespace {
 
 // Below this part of both squared lengths, their difference from the product has lost digits.
 constexpr double nearness = 1e-4;
+// A cosine of 1 comes out less by no more than this.
+constexpr double rounding = 1e-12;
 
 }  // namespace
 
@@ -44,18 +46,31 @@ double DistanceRows::squared_distance(Coordinates const& a, Coordinates const& b
   return sum;
 }
 
-void DistanceRows::measure(std::size_t i, std::vector<double>& row) const {
-  row.assign(points_.size(), 0.0);
+void DistanceRows::multiply(std::size_t i, std::vector<double>& products) const {
+  products.assign(points_.size(), 0.0);
   for (Coordinate const& own : points_[i]) {
     for (Coordinate const& other : columns_[own.index]) {
-      row[other.index] += own.value * other.value;
+      products[other.index] += own.value * other.value;
     }
   }
+}
+
+void DistanceRows::measure(std::size_t i, std::vector<double>& row) const {
+  multiply(i, row);
   for (std::size_t j = 0; j < row.size(); ++j) {
     double const lengths = squared_lengths_[i] + squared_lengths_[j];
     double const squared = lengths - 2.0 * row[j];
     row[j] = std::sqrt(squared > nearness * lengths ? squared
                                                     : squared_distance(points_[i], points_[j]));
+  }
+}
+
+void DistanceRows::measure_directions(std::size_t i, std::vector<double>& row) const {
+  multiply(i, row);
+  for (std::size_t j = 0; j < row.size(); ++j) {
+    double const lengths = std::sqrt(squared_lengths_[i]) * std::sqrt(squared_lengths_[j]);
+    double const apart = lengths > 0.0 ? 1.0 - row[j] / lengths : 1.0;
+    row[j] = j == i || apart < rounding ? 0.0 : apart;
   }
 }
 

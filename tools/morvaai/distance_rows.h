@@ -20,6 +20,10 @@ class DistanceRows {
   /// Replaces `row` by the distance of point `i` from each point, itself included. Time in
   /// proportion to the coordinates that it shares with others, and to the number of points.
   void measure(std::size_t i, std::vector<double>& row) const;
+  /// The same with 1 less the cosine of the angle between the points in place of their distance:
+  /// how little they have in common, however long they are. 0 of points in one direction, 1 of a
+  /// point without length.
+  void measure_directions(std::size_t i, std::vector<double>& row) const;
 
  private:
   struct Coordinate {
@@ -29,6 +33,7 @@ class DistanceRows {
   // Of one point, in order of their indices.
   using Coordinates = std::vector<Coordinate>;
 
+  void multiply(std::size_t i, std::vector<double>& products) const;
   static double squared_distance(Coordinates const& a, Coordinates const& b);
 
   std::vector<Coordinates> points_;

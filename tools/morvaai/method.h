@@ -36,6 +36,8 @@ std::string contradiction(MethodOptions const& options);
 struct Neighbourhood {
   double eps = 0.0;
   int minpts = 0;
+
+  bool operator==(Neighbourhood const& other) const = default;
 };
 
 /// A run of a method: its points, the parameters that it had, and what came of it.

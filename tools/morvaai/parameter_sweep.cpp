@@ -22,7 +22,7 @@ std::vector<int> ks_to_try(std::size_t point_count) {
   for (int k = 2; k <= 20; ++k) {
     ks.push_back(k);
   }
-  ks.insert(ks.end(), {25, 30, 40, 50, 70, 100});
+  ks.insert(ks.end(), {25, 30, 35, 40, 50, 60, 80, 100});
   std::erase_if(ks, [&](int k) { return static_cast<std::size_t>(k) > point_count / 2; });
   return ks;
 }
@@ -45,22 +45,25 @@ void measure(DistanceMatrix const& distances, std::vector<std::vector<int>> clas
   trial.classes = std::move(classes);
 }
 
-// The first of the greatest silhouettes, and the next one where that is close.
-void choose(Sweep& sweep) {
-  auto const better_than = [&](std::optional<std::size_t> known, std::size_t i) {
-    return sweep.trials[i].silhouette > (known ? sweep.trials[*known].silhouette : 0.0);
-  };
-  for (std::size_t i = 0; i < sweep.trials.size(); ++i) {
-    if (better_than(sweep.best, i)) {
-      sweep.second = std::exchange(sweep.best, i);
-    } else if (better_than(sweep.second, i)) {
-      sweep.second = i;
+// The first with the greatest silhouette above 0.
+std::optional<std::size_t> clearest(std::vector<Trial> const& trials) {
+  std::optional<std::size_t> best;
+  for (std::size_t i = 0; i < trials.size(); ++i) {
+    if (trials[i].silhouette > (best ? trials[*best].silhouette : 0.0)) {
+      best = i;
     }
   }
-  if (sweep.second &&
-      sweep.trials[*sweep.best].silhouette - sweep.trials[*sweep.second].silhouette >= closeness) {
-    sweep.second.reset();
+  return best;
+}
+
+// The last that is as good.
+std::size_t last_as_good(std::vector<Trial> const& trials, std::size_t best) {
+  double const least = std::max(trials[best].silhouette - closeness, 0.0);
+  std::size_t last = best;
+  for (std::size_t i = best; i < trials.size(); ++i) {
+    last = trials[i].silhouette > least ? i : last;
   }
+  return last;
 }
 
 double quantile(std::vector<double> const& ascending, double share) {
@@ -79,7 +82,16 @@ DistanceMatrix distances_of(HSparsePoints const& points) {
   return distances;
 }
 
-Sweep sweep_k(HSparsePoints const& points, DistanceMatrix const& distances, SweepNote const& note) {
+DistanceMatrix directions_of(HSparsePoints const& points) {
+  DistanceRows const rows(points);
+  DistanceMatrix directions(points.size());
+  for (std::size_t i = 0; i < directions.size(); ++i) {
+    rows.measure_directions(i, directions[i]);
+  }
+  return directions;
+}
+
+Sweep sweep_k(HSparsePoints const& points, DistanceMatrix const& apart, SweepNote const& note) {
   gi_K_ClusterType = 0;
   std::vector<int> const ks = ks_to_try(points.size());
   Sweep sweep;
@@ -90,10 +102,15 @@ Sweep sweep_k(HSparsePoints const& points, DistanceMatrix const& distances, Swee
     if (!classes.empty()) {
       Trial& trial = sweep.trials.emplace_back();
       trial.k = k;
-      measure(distances, std::move(classes), trial);
+      measure(apart, std::move(classes), trial);
     }
   }
-  choose(sweep);
+  if (auto const greatest = clearest(sweep.trials)) {
+    sweep.best = last_as_good(sweep.trials, *greatest);
+    if (sweep.best != greatest) {
+      sweep.second = greatest;
+    }
+  }
   return sweep;
 }
 
@@ -119,7 +136,7 @@ std::vector<double> radii_to_try(HSparsePoints const& points) {
   return radii;
 }
 
-Sweep sweep_neighbourhoods(HSparsePoints const& points, DistanceMatrix const& distances,
+Sweep sweep_neighbourhoods(HSparsePoints const& points, DistanceMatrix const& apart,
                            std::vector<double> const& radii, SweepNote const& note) {
   constexpr std::array counts = {2, 4, 6};
   Sweep sweep;
@@ -130,10 +147,10 @@ Sweep sweep_neighbourhoods(HSparsePoints const& points, DistanceMatrix const& di
       trial.neighbourhood = {eps, minpts};
       std::vector<std::vector<int>> classes;
       HSparseClusterMgr::dbscan(points, eps, minpts, false, classes);
-      measure(distances, std::move(classes), trial);
+      measure(apart, std::move(classes), trial);
     }
   }
-  choose(sweep);
+  sweep.best = clearest(sweep.trials);
   return sweep;
 }
 

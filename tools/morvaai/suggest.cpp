@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <string>
 #include <utility>
 #include <vector>
@@ -26,7 +27,6 @@ constexpr std::array counts_of_boxes = {1, 2, 4};
 struct Measured {
   Corpus const& corpus;
   HSparsePoints points;
-  DistanceMatrix distances;
   std::vector<double> radii;
   Progress const& progress;
 
@@ -62,12 +62,13 @@ std::optional<Neighbourhood> most_useful(std::vector<Suggestion::Estimate> const
 }
 
 void estimate_folders(Measured const& measured, HeldOutFiles const& files, Suggestion& suggestion) {
+  DistanceMatrix const distances = distances_of(measured.points);
   auto const note = measured.note("radii");
   for (double const eps : measured.radii) {
     for (int const minpts : counts_of_boxes) {
       note(suggestion.estimates.size(), measured.radii.size() * counts_of_boxes.size());
       suggestion.estimates.push_back(
-          {{eps, minpts}, files.estimate_by_members({eps, minpts}, measured.distances)});
+          {{eps, minpts}, files.estimate_by_members({eps, minpts}, distances)});
     }
   }
   suggestion.proposed = most_useful(suggestion.estimates).value_or(for_copies);
@@ -119,25 +120,40 @@ void compare_folders(Measured const& measured, std::vector<std::vector<int>> cla
               suggestion);
 }
 
-// Without folders, the classes are those that the method itself found among all files.
+// Files that the method left in no class count as refused.
+HeldOut with_unclassified(HeldOut outcome, Trial const& trial, std::size_t file_count) {
+  outcome.refused +=
+      static_cast<std::size_t>(std::lround(trial.unclassified * static_cast<double>(file_count)));
+  return outcome;
+}
+
+// Without folders, the classes are those that the method itself finds among all files.
 void compare_found_classes(Measured const& measured, Suggestion& suggestion) {
-  suggestion.k = sweep_k(measured.points, measured.distances, measured.note("numbers of classes"));
-  suggestion.neighbourhoods = sweep_neighbourhoods(measured.points, measured.distances,
-                                                   measured.radii, measured.note("radii"));
+  DistanceMatrix const apart = directions_of(measured.points);
+  suggestion.k = sweep_k(measured.points, apart, measured.note("numbers of classes"));
+  suggestion.neighbourhoods =
+      sweep_neighbourhoods(measured.points, apart, measured.radii, measured.note("radii"));
   if (suggestion.k.best) {
-    try_centers(measured,
-                HeldOutFiles(measured.corpus, suggestion.k.trials[*suggestion.k.best].classes),
-                suggestion);
+    Trial const& best = suggestion.k.trials[*suggestion.k.best];
+    try_centers(measured, HeldOutFiles(measured.corpus, best.classes), suggestion);
   }
   if (suggestion.neighbourhoods.best) {
     Trial const& best = suggestion.neighbourhoods.trials[*suggestion.neighbourhoods.best];
     suggestion.proposed = best.neighbourhood;
-    try_members(measured, HeldOutFiles(measured.corpus, best.classes),
-                with_others(best.neighbourhood, measured.radii, {}), suggestion);
+    try_members(measured, HeldOutFiles(measured.corpus, best.classes), {best.neighbourhood},
+                suggestion);
+    for (Suggestion::TriedBox& box : suggestion.tried) {
+      if (box.neighbourhood) {
+        box.outcome = with_unclassified(box.outcome, best, measured.points.size());
+      }
+    }
   }
 }
 
 void choose_box(Suggestion& suggestion) {
+  if (!suggestion.is_by_folder && !suggestion.has_structure()) {
+    return;
+  }
   double best_measure = 0.0;
   for (std::size_t i = 0; i < suggestion.tried.size(); ++i) {
     double const measure = suggestion.tried[i].outcome.f_measure();
@@ -157,10 +173,9 @@ Suggestion suggestion_of(SuggestOptions const& options, Samples const& samples,
   suggestion.failed = corpus.failed;
   progress.note("comparing all files");
   std::vector<HString> words;
-  Measured measured{corpus, {}, {}, {}, progress};
+  Measured measured{corpus, {}, {}, progress};
   corpus.data.format_data(words, measured.points);
   suggestion.word_count = words.size();
-  measured.distances = distances_of(measured.points);
   measured.radii = radii_to_try(measured.points);
   measure_distances(measured, suggestion);
   if (options.by_folder) {

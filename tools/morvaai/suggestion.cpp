@@ -57,7 +57,11 @@ std::string quoted(std::string const& text) {
 }
 
 Table::Cell mark_of(Sweep const& sweep, std::size_t at) {
-  return {at == sweep.best ? "<- best" : at == sweep.second ? "<- as good" : "", Role::good};
+  return {at == sweep.best ? "<- proposed" : at == sweep.second ? "<- clearest" : "", Role::good};
+}
+
+double greatest_silhouette(Sweep const& sweep) {
+  return sweep.trials[sweep.second.value_or(*sweep.best)].silhouette;
 }
 
 // What the greatest silhouette of a sweep says.
@@ -76,7 +80,7 @@ std::string k_text(Sweep const& sweep) {
   }
   Table table({Align::right, Align::right, Align::right, Align::left, Align::left}, 2);
   table.set_titles({"k", "silhouette", "largest class"});
-  double const greatest = sweep.trials[*sweep.best].silhouette;
+  double const greatest = greatest_silhouette(sweep);
   for (std::size_t i = 0; i < sweep.trials.size(); ++i) {
     Trial const& trial = sweep.trials[i];
     table.add({fmt::format("{}", trial.k), fmt::format("{:.3f}", trial.silhouette),
@@ -109,25 +113,36 @@ std::string distances_text(Suggestion const& suggestion) {
   return text;
 }
 
+// A row for each radius.
 std::string neighbourhoods_text(Sweep const& sweep) {
   std::string text = heading("Neighbourhood: DBSCAN, --eps and --minpts");
   if (!sweep.best) {
     return text + "  no radius gives classes that are apart from each other\n";
   }
-  Table table({Align::right, Align::right, Align::right, Align::right, Align::right, Align::right,
-               Align::left, Align::left},
-              2);
-  table.set_titles({"eps", "minpts", "classes", "largest", "in none", "silhouette"});
-  double const greatest = sweep.trials[*sweep.best].silhouette;
+  text += "  for each minpts: classes, files in none, silhouette\n";
+  std::vector<std::string> titles = {"eps"};
+  std::vector<std::vector<Table::Cell>> rows;
   for (std::size_t i = 0; i < sweep.trials.size(); ++i) {
+    auto const& [eps, minpts] = sweep.trials[i].neighbourhood;
+    if (i == 0 || eps != sweep.trials[i - 1].neighbourhood.eps) {
+      rows.push_back({fmt::format("{:.2f}", eps)});
+    }
+    if (rows.size() == 1) {
+      titles.push_back(fmt::format("minpts {}", minpts));
+    }
     Trial const& trial = sweep.trials[i];
-    table.add({fmt::format("{:.2f}", trial.neighbourhood.eps),
-               fmt::format("{}", trial.neighbourhood.minpts),
-               fmt::format("{}", trial.classes.size()), percent(trial.largest_class),
-               percent(trial.unclassified), fmt::format("{:.3f}", trial.silhouette),
-               bar(trial.silhouette, greatest), mark_of(sweep, i)});
+    bool const is_proposed = i == sweep.best;
+    rows.back().emplace_back(
+        fmt::format("{:3} {:>5} {:6.3f}{}", trial.classes.size(), percent(trial.unclassified),
+                    trial.silhouette, is_proposed ? " *" : "  "),
+        is_proposed ? Role::good : Role::plain);
   }
-  return text + table.text() + structure_text(greatest);
+  Table table(std::vector<Table::Column>(titles.size(), Align::right), 2);
+  table.set_titles(titles);
+  for (auto& row : rows) {
+    table.add(std::move(row));
+  }
+  return text + table.text() + structure_text(greatest_silhouette(sweep));
 }
 
 // A row for each radius, for each count the share of right ones among all that are given a class,
@@ -199,65 +214,76 @@ std::string tried_text(Suggestion const& suggestion) {
   if (!suggestion.is_by_folder) {
     text +=
         "  the classes are those that the method itself found: this is how stable they are, not\n"
-        "  how true; folders of known classes and --by-folder tell that\n";
+        "  how true; folders of known classes and --by-folder tell that. Files that it left in no\n"
+        "  class count as refused\n";
   }
   return text;
 }
 
-std::string sentence(Suggestion const& suggestion) {
+// What K-means with the proposed number of classes finds.
+std::string cluster_command(Suggestion const& suggestion, std::string const& files) {
+  return suggestion.k.best ? fmt::format("\n  morvaai cluster{} -m kmeans -k {}\n", files,
+                                         suggestion.k.trials[*suggestion.k.best].k)
+                           : std::string();
+}
+
+std::string without_best(Suggestion const& suggestion, std::string const& files) {
+  if (!suggestion.is_by_folder) {
+    return "These files do not fall into classes of themselves. Sort samples into folders, one "
+           "for\neach class, and try --by-folder. To see how far clustering goes:\n" +
+           cluster_command(suggestion, files);
+  }
   bool const is_decided =
       std::any_of(suggestion.tried.begin(), suggestion.tried.end(),
                   [](Suggestion::TriedBox const& box) { return box.outcome.decided() > 0; });
-  if (suggestion.is_by_folder && !is_decided) {
-    return "No folder has two files: nothing can be held out to judge boxes by.\n";
-  }
-  if (!suggestion.best) {
-    return "Neither kind of box tells classes of these files apart.\n";
-  }
-  Suggestion::TriedBox const& box = suggestion.tried[*suggestion.best];
+  return is_decided ? "Neither kind of box tells these classes apart.\n"
+                    : "No folder has two files: nothing can be held out to judge boxes by.\n";
+}
+
+std::string sentence(Suggestion const& suggestion, Suggestion::TriedBox const& box) {
   HeldOut const& outcome = box.outcome;
   std::string text = fmt::format(
-      "{} separates these classes better: of the files held out {} are right and {} wrong",
-      box.neighbourhood ? "A box of files (dbscan)" : "A box of centers (kmeans)",
-      percent(outcome.recall()), percent(share(outcome.wrong, outcome.decided())));
+      "A box of {} separates these classes better:\nof files held out {} are right and {} wrong",
+      box.neighbourhood ? "files (dbscan)" : "centers (kmeans)", percent(outcome.recall()),
+      percent(share(outcome.wrong, outcome.decided())));
   text += outcome.strangers == 0 ? std::string(".\n")
                                  : fmt::format(", and {} of strangers are taken.\n",
                                                percent(share(outcome.accepted, outcome.strangers)));
+  if (!box.neighbourhood && 2 * outcome.accepted > outcome.strangers) {
+    text +=
+        "Put ordinary documents into a folder of their own beside these, and do not ask about\n"
+        "that class: next to its center fewer strangers are taken.\n";
+  }
+  if (!box.neighbourhood && suggestion.is_by_folder) {
+    text += fmt::format(
+        "To find copies and revisions of these files instead: -m dbscan --eps {} --minpts {}\n",
+        for_copies.eps, for_copies.minpts);
+  }
   return text;
 }
 
-// What is to be known beside the figures.
-std::string advice(Suggestion const& suggestion) {
-  Suggestion::TriedBox const* const best =
-      suggestion.best ? &suggestion.tried[*suggestion.best] : nullptr;
+std::string shown_inputs(std::vector<std::string> const& inputs) {
   std::string text;
-  if (best != nullptr && !best->neighbourhood &&
-      2 * best->outcome.accepted > best->outcome.strangers) {
-    text +=
-        "Put ordinary documents into a folder of their own beside these: next to their center "
-        "fewer\nstrangers are taken. Do not ask about that class.\n";
-  }
-  if (best != nullptr && !best->neighbourhood && suggestion.is_by_folder) {
-    text += fmt::format(
-        "To find copies and revisions of these files instead: -m dbscan --eps {} "
-        "--minpts {}\n",
-        for_copies.eps, for_copies.minpts);
+  for (std::string const& input : inputs) {
+    text += " " + quoted(printable(morvabs::from_path(input)));
   }
   return text;
 }
 
 }  // namespace
 
+bool Suggestion::has_structure() const {
+  auto const is_clear = [](Sweep const& sweep) {
+    return sweep.best && structure_of(greatest_silhouette(sweep)) != std::string_view("none");
+  };
+  return is_clear(k) || is_clear(neighbourhoods);
+}
+
 std::string Suggestion::command() const {
-  if (!best) {
-    return {};
-  }
-  std::string text = "morvaai learn";
-  for (std::string const& input : inputs) {
-    text += " " + quoted(printable(morvabs::from_path(input)));
-  }
-  text += is_by_folder ? " --box NAME --by-folder" : " --box NAME";
-  return text + " -m " + parameters_of(*this, tried[*best]);
+  return best ? "morvaai learn" + shown_inputs(inputs) + " --box NAME" +
+                    (is_by_folder ? " --by-folder" : "") + " -m " +
+                    parameters_of(*this, tried[*best])
+              : std::string();
 }
 
 std::string Suggestion::as_text() const {
@@ -271,8 +297,9 @@ std::string Suggestion::as_text() const {
   }
   text += "\n" + distances_text(*this);
   text += is_by_folder ? estimates_text(*this) : k_text(k) + neighbourhoods_text(neighbourhoods);
-  text += tried_text(*this) + "\n" + sentence(*this) + advice(*this);
-  return best ? text + "\n  " + styled(Role::name, command()) + "\n" : text;
+  text += tried_text(*this) + "\n";
+  return best ? text + sentence(*this, tried[*best]) + "\n  " + styled(Role::name, command()) + "\n"
+              : text + without_best(*this, shown_inputs(inputs));
 }
 
 }  // namespace tool

@@ -53,9 +53,12 @@ struct Suggestion {
   std::optional<Neighbourhood> proposed;
 
   std::vector<TriedBox> tried;
-  /// Of the boxes that were tried, the one that separates the classes best.
+  /// Of the boxes that were tried, the one that separates the classes best; none where no classes
+  /// are known or found.
   std::optional<std::size_t> best;
 
+  /// Without folders: whether files fall into classes of themselves by either method.
+  bool has_structure() const;
   /// The `learn` that was found best; empty where nothing was found.
   std::string command() const;
   /// Lines for a terminal, with styles.
