@@ -28,6 +28,39 @@ TEST_F(Program, an_unknown_option_is_wrong_use) {
   EXPECT_EQ(run({"features", "--nonsense", sample("budget.xlsx")}).status, 2);
 }
 
+TEST_F(Program, wrong_use_is_told_in_one_line_that_says_whose_help_tells_more) {
+  EXPECT_EQ(run({}).errors, "morvaai: a command is needed; morvaai --help tells more\n");
+  EXPECT_EQ(run({"box"}).errors, "morvaai: a command is needed; morvaai box --help tells more\n");
+  EXPECT_EQ(run({"features"}).errors,
+            "morvaai: FILE is missing; morvaai features --help tells more\n");
+  EXPECT_EQ(run({"compare", "a", "b", "c"}).errors,
+            "morvaai: 'c' is one argument too many; morvaai compare --help tells more\n");
+}
+
+TEST_F(Program, what_was_mistyped_is_told_with_what_may_have_been_meant) {
+  EXPECT_THAT(run({"feature", "a.txt"}).errors,
+              HasSubstr("there is no command 'feature'; did you mean features? morvaai --help"));
+  EXPECT_THAT(run({"box", "lsit"}).errors, HasSubstr("'lsit'; did you mean list? morvaai box --"));
+  EXPECT_THAT(run({"text", "--knid=notes", "a.txt"}).errors,
+              HasSubstr("there is no option '--knid'; did you mean --kind? morvaai text --help"));
+  EXPECT_THAT(run({"text", "--colr", "never"}).errors, HasSubstr("did you mean --color?"));
+}
+
+TEST_F(Program, nothing_is_guessed_that_is_not_near) {
+  EXPECT_THAT(run({"xyzzy"}).errors, HasSubstr("there is no command 'xyzzy'; morvaai --help"));
+}
+
+TEST_F(Program, what_was_mistyped_cannot_steer_the_terminal) {
+  EXPECT_THAT(run({"a\x1B[2J"}).errors, HasSubstr("'a\xEF\xBF\xBD[2J'"));
+}
+
+TEST_F(Program, a_value_that_is_none_is_told_with_those_there_are) {
+  EXPECT_THAT(run({"text", "--kind", "nonsense", "a.txt"}).errors,
+              HasSubstr("--kind: nonsense is none of main, header, comment"));
+  EXPECT_THAT(run({"features", "-n", "0", "a.txt"}).errors,
+              HasSubstr("--words: 0 is not in the range of 1 to 100000; morvaai features --help"));
+}
+
 TEST_F(Program, help_is_no_failure) {
   Finished const finished = run({"features", "--help"});
   EXPECT_EQ(finished.status, 0);
@@ -83,7 +116,7 @@ TEST_F(Program, a_wide_dna_has_1024_digits) {
 TEST_F(Program, the_count_stands_behind_the_dna) {
   auto const object = nlohmann::json::parse(run({"dna", "--json", sample("budget.xlsx")}).output);
   EXPECT_THAT(run({"dna", "--count", sample("budget.xlsx")}).output,
-              HasSubstr(" " + object["count"].dump() + "  "));
+              HasSubstr(" " + object["character_count"].dump() + "  "));
 }
 
 TEST_F(Program, a_failing_file_is_named_and_the_others_go_on) {

@@ -31,10 +31,13 @@ struct Decision {
   /// the products of their weights.
   std::vector<std::pair<HString, double>> words;
 
-  /// Two or three lines.
+  /// Two or three lines; of the words no more than a terminal has room for.
   std::string as_text(HString const& path) const;
   /// One object in one line.
   std::string as_json(HString const& path) const;
+
+ private:
+  std::string words_line() const;
 };
 
 /// The first of the classes of a box of `HFileClusterBoxMgr` that takes the document.

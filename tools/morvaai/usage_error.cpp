@@ -118,6 +118,14 @@ std::string about_value(std::string message) {
     }
   };
   replace("A subcommand is required", "a command is needed");
+  // Of a value that may be one of several kinds, what it is not of the first is told.
+  if (auto const begin = message.find(": ("), end = message.find(") OR (");
+      begin != std::string::npos && end != std::string::npos) {
+    message = message.substr(0, begin + 2) + message.substr(begin + 3, end - begin - 3);
+  }
+  if (auto const end = message.find(": 1 required "); end != std::string::npos) {
+    message = message.substr(0, end) + " needs a value";
+  }
   replace(" is required", " is missing");
   replace("Value ", "");
   replace(" not in range ", " is not in the range of ");
