@@ -75,7 +75,7 @@ function pageOf(script, style) {
   return filled(template, { POLICY: policy, SCRIPT: script, STYLE: style });
 }
 
-// As string literals in ASCII, in pieces that every compiler takes.
+// As string literals in ASCII, in pieces of a length that every compiler takes.
 function literals(text) {
   const bytes = Buffer.from(text, "utf8");
   const lines = [];
@@ -85,7 +85,7 @@ function literals(text) {
       const isPlain = byte >= 0x20 && byte < 0x7f && byte !== 0x22 && byte !== 0x5c && byte !== 0x3f;
       line += isPlain ? String.fromCharCode(byte) : "\\" + byte.toString(8).padStart(3, "0");
     }
-    lines.push(`    "${line}"`);
+    lines.push(`      "${line}"sv,`);
   }
   return lines.join("\n");
 }
@@ -104,11 +104,28 @@ writeFileSync(
   join(folder, "report_template.cpp"),
   `#include "report_template.h"
 
+#include <string>
+
 namespace tool {
 
+namespace {
+
+using namespace std::string_view_literals;
+
+constexpr std::string_view pieces[] = {
+${literals(page)}
+};
+
+}  // namespace
+
 std::string_view report_template() {
-  static constexpr std::string_view page =
-${literals(page)};
+  static std::string const page = [] {
+    std::string all;
+    for (std::string_view const piece : pieces) {
+      all += piece;
+    }
+    return all;
+  }();
   return page;
 }
 

@@ -55,7 +55,7 @@ export function curveChart({ values, eps, minpts, count }) {
   const most = known.reduce((a, [, distance]) => Math.max(a, distance), eps ?? 0);
   return Plot.plot({
     className: "chart",
-    width: 920,
+    width: 980,
     height: 320,
     marginLeft: 52,
     marginBottom: 40,

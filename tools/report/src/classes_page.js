@@ -51,7 +51,7 @@ function overview(data, folder) {
 
 function mapPart(data, files, changed) {
   const holder = h("div", { class: "canvas" });
-  const radii = h("input", { type: "checkbox", id: "radii", checked: data.classes.length <= 12, change: () => draw(last) });
+  const radii = h("input", { type: "checkbox", id: "radii", checked: data.files.length === 0, change: () => draw(last) });
   let last = { its: null, text: "" };
   const centers = data.classes.map((one, index) => ({ x: one.center[0], y: one.center[1], r: one.radius ?? 0, class: index, name: one.name,
     about: `${one.name}\nradius ${number(one.radius)}` })).filter((c) => c.x !== null && c.y !== null);
@@ -65,15 +65,15 @@ function mapPart(data, files, changed) {
       ? h("p", null, "There is nothing to draw.")
       : mapChart({
           points: points.map((p) => ({ ...p, isOut: isOut(p.class, p.path) })),
-          centers: centers.map((c) => ({ ...c, isOut: filter.its !== null && c.class !== filter.its })),
-          withRadii: radii.checked,
+          centers: centers.map((c) => ({ ...c, isOut: filter.its !== null && c.class !== filter.its,
+            withRadius: radii.checked || c.class === filter.its })),
         }));
   }
   changed.push(draw);
   draw(last);
   return section("map", "Map",
-    `The two dimensions in which ${points.length ? "the files" : "the centers of the classes"} differ most; they show ${shareText(data.map.shares)} of all differences. What lies apart here is apart. What lies together may differ in the others: distances on the map are shortened, radii are not.`,
-    h("p", { class: "tools" }, h("label", { for: "radii" }, radii, " Radii")),
+    `The two dimensions in which ${points.length ? "the files" : "the centers of the classes"} differ most; they show ${shareText(data.map.shares)} of all differences. What lies apart here is apart; what lies together may differ in the others. Distances on the map are shortened, radii are not: a class reaches less far here than its circle.${points.length ? " The circle of a class is drawn where it is chosen, or one of its files is pointed at." : ""}`,
+    h("p", { class: "tools" }, h("label", { for: "radii" }, radii, " All radii")),
     holder);
 }
 

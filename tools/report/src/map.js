@@ -3,7 +3,7 @@ import * as Plot from "@observablehq/plot";
 import { colourOf, shapeOf } from "./marks.js";
 import { number, plain, shortPath } from "./text.js";
 
-const width = 920;
+const width = 980;
 const margins = { marginTop: 12, marginRight: 12, marginBottom: 34, marginLeft: 44 };
 const tallest = 0.72;
 
@@ -22,11 +22,23 @@ function frameOf(points, circles) {
   return { x: around(x, extent), y: around(y, height), ratio: height / extent };
 }
 
+/** A radius is a line and no area: circles are large beside the files, and lie across each other. */
+const circle = { fill: "none", stroke: (c) => colourOf(c.class), strokeWidth: 1.3, strokeDasharray: "5 4", clip: true };
+
+/** The radius of the class of the file that is pointed at. */
+function pointedRadius(points, centers, pixels) {
+  const centerOf = new Map(centers.map((c) => [c.class, c]));
+  const classified = points.filter((p) => centerOf.has(p.class));
+  return Plot.dot(classified, Plot.pointer({ ...circle, px: "x", py: "y", maxRadius: 24,
+    x: (p) => centerOf.get(p.class).x, y: (p) => centerOf.get(p.class).y, r: (p) => centerOf.get(p.class).r * pixels }));
+}
+
 /**
- * `points`: {x, y, class, name, isOut}, of which those that are out are faded; `centers`: {x, y, r, class, name, isOut}.
+ * `points`: {x, y, class, name, isOut}, of which those that are out are faded; `centers`: {x, y, r, class, name, isOut,
+ * withRadius}. The map holds all circles that it draws, beside that of the file that is pointed at.
  */
-export function mapChart({ points, centers, withRadii }) {
-  const circles = centers.filter((c) => withRadii && c.r > 0).map((c) => ({ ...c }));
+export function mapChart({ points, centers }) {
+  const circles = centers.filter((c) => c.withRadius && c.r > 0);
   const frame = frameOf([...points, ...centers], circles);
   const inner = width - margins.marginLeft - margins.marginRight;
   const pixels = inner / (frame.x[1] - frame.x[0]);
@@ -49,9 +61,8 @@ export function mapChart({ points, centers, withRadii }) {
     marks: [
       Plot.gridX({ ticks: 6 }),
       Plot.gridY({ ticks: 6 }),
-      Plot.dot(circles, { x: "x", y: "y", r: (c) => c.r * pixels, fill: (c) => colourOf(c.class),
-        fillOpacity: (c) => (c.isOut ? 0.01 : 0.05), stroke: (c) => colourOf(c.class),
-        strokeOpacity: (c) => (c.isOut ? 0.12 : 0.75), strokeWidth: 1.2 }),
+      Plot.dot(circles, { ...circle, x: "x", y: "y", r: (c) => c.r * pixels, strokeOpacity: (c) => (c.isOut ? 0.25 : 1) }),
+      pointedRadius(points, centers, pixels),
       dots(points.filter((p) => p.isOut), 0.13),
       dots(points.filter(isNear), 0.85),
       Plot.text(centers.filter(isNear), { x: "x", y: "y", text: (c) => shortPath(c.name, 22), fill: "currentColor",
