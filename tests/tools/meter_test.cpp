@@ -84,6 +84,12 @@ TEST(AMeter, leaves_the_bar_out_of_a_narrow_terminal) {
   EXPECT_EQ(line(meter, 1000), " 50/100 files, 50/s, 0:01 left");
 }
 
+TEST(AMeter, counts_nothing_of_work_without_an_end) {
+  Meter meter("reading a.txt", 80, at(0));
+  meter.advance(1, "a.txt", at(1500));
+  EXPECT_EQ(line(meter, 2000), "reading a.txt, 0:02");
+}
+
 TEST(AMeter, tells_for_how_long_work_without_an_end_has_been_going_on) {
   Meter const meter("learning", 80, at(0));
   EXPECT_EQ(line(meter, 999), "");

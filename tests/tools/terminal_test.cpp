@@ -1,11 +1,13 @@
 #include <csignal>
+#include <filesystem>
 #include <string>
 #include <vector>
 
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <pty.h>
-#include <sys/stat.h>
+#include <sys/file.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -62,6 +64,10 @@ class OnTerminal : public test::Program {
     int status = 0;
     return rest_of(start(std::move(arguments), columns), status);
   }
+  std::string file_with_long_name() const {
+    return write("xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx-end.txt",
+                 "red blue");
+  }
   std::vector<std::string> features() const { return {"features", write("a.txt", "red blue")}; }
 
  private:
@@ -105,14 +111,14 @@ TEST_F(OnTerminal, columns_have_titles) {
 }
 
 TEST_F(OnTerminal, a_name_that_is_too_long_is_cut_in_the_middle) {
-  std::string const file = write((std::string(60, 'x') + "-end.txt").c_str(), "red blue");
+  std::string const file = file_with_long_name();
   EXPECT_THAT(shown({"dna", file}, 60), HasSubstr("…"));
   EXPECT_THAT(shown({"dna", file}, 60), EndsWith("xxx-end.txt\n"));
 }
 
 TEST_F(OnTerminal, COLUMNS_goes_before_what_it_says) {
   EnvironmentVariable const columns("COLUMNS", "300");
-  std::string const file = write((std::string(60, 'x') + "-end.txt").c_str(), "red blue");
+  std::string const file = file_with_long_name();
   EXPECT_THAT(shown({"dna", file}, 60), EndsWith(file + "\n"));
 }
 
@@ -126,9 +132,14 @@ TEST_F(OnTerminal, short_work_has_no_progress) {
 }
 
 TEST_F(OnTerminal, long_work_has_progress_that_a_signal_takes_away) {
-  std::string const pipe = path("pipe.txt");
-  ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
-  Run const run = start({"text", pipe});
+  test::TemporaryDirectory const boxes;
+  EnvironmentVariable const box_path("MORVA_BOX_PATH", boxes.path());
+  std::filesystem::create_directories(path("samples/colours"));
+  write("samples/colours/a.txt", "red blue");
+  // As long as another run changes the boxes, this one waits.
+  int const lock = open(boxes.path().c_str(), O_RDONLY | O_CLOEXEC);
+  ASSERT_EQ(flock(lock, LOCK_EX), 0);
+  Run const run = start({"learn", path("samples"), "--by-folder", "--box", "a"});
   std::string first;
   for (char c = 0; !first.ends_with("0:01") && ::read(run.terminal, &c, 1) == 1;) {
     first += c;
@@ -136,7 +147,8 @@ TEST_F(OnTerminal, long_work_has_progress_that_a_signal_takes_away) {
   kill(run.process, SIGINT);
   int status = 0;
   EXPECT_THAT(rest_of(run, status), EndsWith(cleared_line));
-  EXPECT_EQ(first, std::string(cleared_line) + "reading pipe.txt, 0:01");
+  close(lock);
+  EXPECT_EQ(first, std::string(cleared_line) + "writing the box, 0:01");
   EXPECT_TRUE(WIFSIGNALED(status));
   EXPECT_EQ(WTERMSIG(status), SIGINT);
 }
@@ -158,7 +170,7 @@ TEST_F(OffTerminal, there_are_colours_with_CLICOLOR_FORCE) {
 
 TEST_F(OffTerminal, names_are_whole) {
   EnvironmentVariable const columns("COLUMNS", "20");
-  std::string const file = write((std::string(60, 'x') + "-end.txt").c_str(), "red blue");
+  std::string const file = file_with_long_name();
   EXPECT_THAT(run({"dna", file}).output, EndsWith(file + "\n"));
 }
 

@@ -46,6 +46,9 @@ Meter::Meter(std::string work, std::size_t columns, Time now)
     : columns_(columns), begin_(now), work_(std::move(work)) {}
 
 void Meter::advance(std::size_t done, std::string const& name, Time now) {
+  if (total_ == 0) {
+    return;
+  }
   done_ = done;
   std::size_t const room = columns_ - std::min(columns_, figures_width() + bar_width);
   name_ = room < narrowest_name ? std::string() : cut_middle(name, room);

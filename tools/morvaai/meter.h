@@ -24,7 +24,8 @@ class Meter {
   /// Work of which only its name can be told.
   Meter(std::string work, std::size_t columns, Time now);
 
-  /// So many are done, the last one that of the name, which is fit for a terminal.
+  /// So many are done, the last one that of the name, which is fit for a terminal. Nothing to work
+  /// whose end cannot be told.
   void advance(std::size_t done, std::string const& name, Time now);
 
   /// The line, without its end, styled as `show` takes it; nothing in the first second.
