@@ -76,9 +76,9 @@ TEST_F(SimilarCommand, json_says_the_same_to_the_last_bit) {
 TEST_F(SimilarCommand, pairs_stand_in_columns) {
   std::string const list = line("合同", zeros) + line("b.txt", one_bit) + line("c", zeros);
   EXPECT_EQ(similar_in(list, {"--pairs"}).output,
-            "  99.2 %  合同   b.txt\n"
-            " 100.0 %  合同   c\n"
-            "  99.2 %  b.txt  c\n");
+            " 99.2 %  合同   b.txt\n"
+            "100.0 %  合同   c\n"
+            " 99.2 %  b.txt  c\n");
   EXPECT_THAT(similar_in(list, {"--pairs", "--json"}).lines(),
               ElementsAre(R"({"files":["合同","b.txt"],"similarity":99.21875})",
                           R"({"files":["合同","c"],"similarity":100.0})",
@@ -106,7 +106,7 @@ TEST_F(SimilarCommand, files_that_fail_are_told_and_left_out) {
   Finished const finished =
       similar({sample("travel-policy.odt"), sample("travel-policy.html"), path("none")});
   EXPECT_EQ(finished.status, 1);
-  EXPECT_THAT(finished.errors, HasSubstr("none: No such file or directory\n"));
+  EXPECT_THAT(finished.errors, HasSubstr("none: failed: No such file or directory\n"));
   EXPECT_THAT(finished.output, StartsWith("2 files compared at 90 %: 1 group, 0 files"));
   std::string const failed = R"({"file":"x","error":{"outcome":"encrypted","reason":"locked"}})";
   Finished const of_list = similar_in(failed + "\n" + line("a", zeros), {"--json"});

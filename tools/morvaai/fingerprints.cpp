@@ -132,10 +132,8 @@ class ListReader {
       return;
     }
     std::string const reason = printable(member(*error, "reason").value_or(HString()));
-    std::string problem = *outcome == L"failed" && !reason.empty() ? reason : printable(*outcome);
-    if (*outcome != L"failed" && !reason.empty()) {
-      problem += ": " + reason;
-    }
+    std::string const problem =
+        printable(*outcome) + (reason.empty() ? std::string() : ": " + reason);
     all_.status = some_failed;
     all_.failed.push_back({file, problem});
     complain(printable(file) + ": " + problem);

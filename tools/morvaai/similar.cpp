@@ -29,6 +29,10 @@ std::string percent(double similarity) {
   return fmt::format("{:.1f} %", similarity);
 }
 
+std::string at_least(double similarity) {
+  return similarity < 100.0 ? percent(similarity) + " or more" : percent(similarity);
+}
+
 std::size_t count_alone(Fingerprints const& all, Groups const& groups) {
   std::size_t alone = all.files.size();
   for (HFileDNAGroup const& group : groups) {
@@ -47,10 +51,9 @@ std::string groups_as_text(Fingerprints const& all, Groups const& groups, double
       counted(groups.size(), "group"), counted(count_alone(all, groups), "file"));
   for (std::size_t i = 0; i < groups.size(); ++i) {
     text += fmt::format(
-        "\n{}\n",
-        styled(Role::heading, fmt::format("group {}: {}, held together by {} or more", i + 1,
-                                          counted(groups[i].members.size(), "file"),
-                                          percent(groups[i].weakest_link))));
+        "\n{}\n", styled(Role::heading, fmt::format("group {}: {}, held together by {}", i + 1,
+                                                    counted(groups[i].members.size(), "file"),
+                                                    at_least(groups[i].weakest_link))));
     Table table({Align::right, Align::left}, 2);
     for (std::size_t const file : groups[i].members) {
       table.add({percent(similarity_to_first(all, groups[i], file)), printable(all.files[file])});

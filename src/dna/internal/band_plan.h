@@ -33,8 +33,8 @@ struct BandPlan {
 /// the lookup of a key, the comparison with a row that was looked up, and the entry of a row into a
 /// band or of a key into its table. Measured in bench/similar_bench.cpp.
 namespace band_cost {
-inline constexpr double lookup = 10.0;
-inline constexpr double candidate = 10.0;
+inline constexpr double lookup = 30.0;
+inline constexpr double candidate = 5.0;
 inline constexpr double entry = 20.0;
 }  // namespace band_cost
 
