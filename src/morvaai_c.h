@@ -284,8 +284,8 @@ char const* morva_boxes_class_name(morva_boxes const* boxes, size_t position);
 /// `morva_document_from_words` by all that it was made of.
 morva_status morva_boxes_match(morva_boxes const* boxes, morva_document const* document,
                                size_t* position);
-/// Whether the class at a position takes the document, 1 or 0, whether or not one before it does. In
-/// a box of method kmeans only the class with the nearest center can.
+/// Whether the class at a position takes the document, 1 or 0, whether or not one before it does.
+/// In a box of method kmeans only the class with the nearest center can.
 morva_status morva_boxes_is_in_class(morva_boxes const* boxes, morva_document const* document,
                                      size_t position, int* is_in_class);
 

@@ -247,6 +247,14 @@ class BoxesTest(unittest.TestCase):
             with self.subTest(module.__name__):
                 self.assertEqual(0, doctest.testmod(module, globs=names).failed)
 
+    def test_the_guide_is_true(self):
+        self.addCleanup(os.chdir, os.getcwd())
+        self.addCleanup(os.environ.pop, "MORVA_BOX_PATH")
+        os.chdir(SAMPLES.parent)
+        os.environ["MORVA_BOX_PATH"] = str(self.directory)
+        flags = doctest.NORMALIZE_WHITESPACE
+        self.assertEqual(0, doctest.testfile("docs/python.md", False, optionflags=flags).failed)
+
 
 class LoadingTest(unittest.TestCase):
     def test_a_library_that_is_missing_is_named(self):
