@@ -15,7 +15,7 @@ namespace morva {
 ///
 /// However the bits are chosen, finding what is near a row takes at most about three times as long
 /// as comparing it with all: the plan has no more lookups than would cost that, and where more rows
-/// are looked up than that, it is dropped for this row. The index takes at most 12 bytes for each
+/// are looked up than that, it is dropped for this row. The index takes at most 20 bytes for each
 /// row and band.
 class NearRows {
  public:
