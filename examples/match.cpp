@@ -6,6 +6,7 @@
 // to. A document may have been written by an attacker, so it is read in a worker process that can
 // reach nothing but that file: one that crashes its reader, hangs in it or takes it over costs its
 // own answer.
+#include <cstdio>
 #include <iostream>
 #include <memory>
 #include <set>
@@ -76,15 +77,20 @@ int main(int argc, char** argv) {
   morvabs::WorkerPool pool;
   pool.readable_folders = {Orlec::LocateMgr::pins()->get_dict_path(false)};
 
-  // One document at a time, as they come. Who has many at once hands them over together, with
-  // `jobs`.
+  // One document at a time, as they come; who has many at once hands them over together, with
+  // `jobs`. Names of files are shown as they are here: on a terminal they are to be made harmless
+  // first.
   for (std::string line; std::getline(std::cin, line);) {
     std::vector<HString> const file = {morvabs::from_path(line)};
-    pool.run(
+    bool const is_asked = pool.run(
         file, [&](std::size_t i) { return decide(file[i], box); },
         [&](std::size_t, morvabs::WorkerPool::Outcome const& outcome) {
           bool const is_answer = outcome.result && answers.contains(*outcome.result);
           std::cout << line << ": " << (is_answer ? *outcome.result : unreadable) << std::endl;
         });
+    if (!is_asked) {
+      std::perror("no worker can be started");
+      return 2;
+    }
   }
 }
