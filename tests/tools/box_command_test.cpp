@@ -49,7 +49,7 @@ TEST_F(BoxDump, as_json_shows_every_field) {
       {"id": "k2", "name": "", "radius": 0.0, "words": ["a", "b"],
        "weights": {"count": 200, "values": [[17, 3.5], [199, -0.0]]}, "dna": "", "reserve": 0}],
     "dbscan_classes": [
-      {"id": "d1", "name": "分类1", "eps": 0.75, "min_points": 4, "members": [
+      {"id": "d1", "name": "分类1", "eps": 0.75, "minpts": 4, "members": [
         {"id": "f1", "weights": {"count": 4, "values": [[1, 1.0]]}},
         {"id": "f2", "weights": {"count": 0, "values": []}}]}]})"));
 }

@@ -59,9 +59,9 @@ TEST_F(BoxesCommand, the_list_is_one_object_a_line_in_json) {
   json const object = box_json({"list"});
   EXPECT_EQ(object["id"], "ships");
   EXPECT_EQ(object["file"], box_file("ships.box"));
-  EXPECT_EQ(object["type"], "K-means");
-  EXPECT_EQ(object["classes"], 1);
-  EXPECT_EQ(object["words"], 1);
+  EXPECT_EQ(object["method"], "kmeans");
+  EXPECT_EQ(object["class_count"], 1);
+  EXPECT_EQ(object["word_count"], 1);
 }
 
 TEST_F(BoxesCommand, a_box_that_cannot_be_read_is_told_by_the_list) {

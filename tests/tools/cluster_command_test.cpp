@@ -299,7 +299,7 @@ TEST_F(ClusterCommand, a_folder_that_cannot_be_made_costs_the_lists_only) {
 TEST_F(ClusterCommand, help_says_the_defaults) {
   Finished const finished = cluster({"--help"});
   EXPECT_EQ(finished.status, 0);
-  EXPECT_THAT(finished.output, HasSubstr("estimated from the files, if not given"));
+  EXPECT_THAT(finished.output, HasSubstr("[default: auto]"));
 }
 
 TEST_F(ClusterCommand, there_is_no_progress_where_there_is_no_terminal) {

@@ -129,7 +129,7 @@ TEST_F(LearnCommand, as_json_tells_classes_box_and_failures) {
   write("samples/kitchen/0.bin", std::string("\0\1\2\377", 4));
   json const object = json_of({"learn", folder, "--by-folder", "--box", "subjects"});
   EXPECT_EQ(object["file_count"], 4);
-  EXPECT_EQ(object["classes"][1]["label"], "kitchen");
+  EXPECT_EQ(object["classes"][1]["name"], "kitchen");
   EXPECT_EQ(object["classes"][1]["id"],
             test::utf8_of(box("subjects.box").vt_kmeans_node[1].str_class_id));
   EXPECT_EQ(object["box"], (json{{"id", "subjects"}, {"file", box_file("subjects.box")}}));
@@ -174,7 +174,7 @@ TEST_F(LearnCommand, folders_of_one_name_are_one_class) {
   write("more/kitchen/e.txt", kitchen);
   json const object = json_of({"learn", folder, path("more"), "--by-folder", "--box", "subjects"});
   EXPECT_EQ(object["classes"].size(), 2U);
-  EXPECT_EQ(object["classes"][1]["size"], 3);
+  EXPECT_EQ(object["classes"][1]["file_count"], 3);
 }
 
 TEST_F(LearnCommand, a_class_smaller_than_minpts_is_told) {

@@ -97,7 +97,7 @@ class Pages(unittest.TestCase):
 
 
 class Examples(unittest.TestCase):
-    """Each in a folder of its own with the samples and a box file, and boxes to ask where it makes none."""
+    """Each in a folder of its own with the samples, what other examples write, and boxes to ask where it makes none."""
 
     def test_they_work(self):
         program = definitions()
@@ -110,6 +110,7 @@ class Examples(unittest.TestCase):
             self.prepared = pathlib.Path(scratch) / "boxes"
             for box in ("demo", "company"):
                 self.run_in(scratch, f"morvaai learn {SAMPLES}/corpus/learn --by-folder --box {box}", self.prepared)
+            self.run_in(scratch, f"morvaai dna {SAMPLES} --json > samples.jsonl", self.prepared)
             with concurrent.futures.ThreadPoolExecutor(2) as pool:
                 results = list(pool.map(self.run_example, examples))
         self.assertEqual([result for result in results if result], [])
@@ -128,6 +129,7 @@ class Examples(unittest.TestCase):
             (folder / "received").mkdir()
             for file in ("company.box", "received/0815.box"):
                 shutil.copy(self.prepared / "company.box", folder / file)
+            shutil.copy(self.prepared.parent / "samples.jsonl", folder)
             boxes = folder / "boxes"
             makes_box = " learn " in example or (" box add " in example and "--force" not in example)
             if not makes_box:

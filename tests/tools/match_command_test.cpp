@@ -212,7 +212,7 @@ TEST_F(MatchCommand, writes_nothing) {
 TEST_F(MatchCommand, help_has_examples) {
   Finished const finished = match({"--help"});
   EXPECT_EQ(finished.status, 0);
-  EXPECT_THAT(finished.output, HasSubstr("morvaai match --box company --class contracts"));
+  EXPECT_THAT(finished.output, HasSubstr("\n  morvaai match samples/corpus/decide --box demo"));
 }
 
 }  // namespace

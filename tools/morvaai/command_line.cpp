@@ -19,7 +19,7 @@ void add_color_option(CLI::App& app) {
                   : when == "never" ? ColorChoice::never
                                     : ColorChoice::automatic);
   };
-  app.add_option_function<std::string>("--color", choose, "Colours, of themselves on a terminal")
+  app.add_option_function<std::string>("--color", choose, "Colours")
       ->option_text("WHEN")
       ->default_str("auto")
       ->check(CLI::IsMember({"auto", "always", "never"}))
@@ -39,16 +39,16 @@ void add_commands(CLI::App& app, Commands& all) {
   add_corpus_commands(app, all);
   add_box_commands(app, all);
   add_program_commands(app, all);
-  set_examples(app, {"morvaai features samples/harbour-report.docx -n 10",
-                     "morvaai learn samples/corpus/learn --by-folder --box demo",
-                     "morvaai match samples/corpus/decide --box demo"});
+  set_examples(app,
+               {"morvaai learn samples/corpus/learn --by-folder --box demo",
+                "morvaai match samples/corpus/decide --box demo"},
+               "Exit status: 0 all done, 1 some failed, 2 wrong use.");
 }
 
 void add_run_options(CLI::App& command, RunOptions& options, char const* json_help) {
   options.jobs = std::max(1U, std::thread::hardware_concurrency());
   command
-      .add_option("FILE", options.inputs,
-                  "Files, folders, or - for paths listed on standard input")
+      .add_option("FILE", options.inputs, "Files, folders, or - for paths listed on standard input")
       ->required();
   command.add_option("-j,--jobs", options.jobs, "Worker processes")
       ->option_text("N")

@@ -174,7 +174,7 @@ void add_match(CLI::App& app, Commands& all) {
                     "Also write a page for the browser");
   set_examples(command,
                {"morvaai match samples/corpus/decide --box demo --report match.html",
-                "morvaai match samples/*.pdf --class invoices --class 采购合同 --json"},
+                "morvaai match samples/corpus/decide --box demo --class invoices --json"},
                "Exit status: 0 some file has a class, 1 none has, 2 trouble.");
   command.callback([&all] { all.status = run_match(all.match); });
 }

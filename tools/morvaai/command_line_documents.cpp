@@ -46,7 +46,7 @@ void add_compare(CLI::App& app, Commands& all) {
       ->check(CLI::Range(0, 100000));
   add_json_option(*command, all.compare.json);
   set_examples(*command,
-               {"morvaai compare samples/harbour-report.docx samples/harbour-report-revised.docx",
+               {"morvaai compare samples/harbour-report.docx samples/travel-policy.odt",
                 "morvaai compare samples/软件开发合同.docx samples/软件开发合同.pdf -n 5"},
                "Unrelated texts agree in about 50 % of the bits.");
   command->callback([&all] { all.status = run_compare(all.compare); });

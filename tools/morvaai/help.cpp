@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <sstream>
 
-#include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
 namespace tool {
@@ -14,7 +13,7 @@ using Json = nlohmann::ordered_json;
 
 constexpr std::size_t line_width = 80;
 constexpr std::size_t widest_left_column = 26;
-constexpr char const* example_prefix = "  morvaai ";
+constexpr std::size_t longest_command = 8;
 
 /// The text in lines that end before the width, all but the first with the indent before them.
 std::string wrapped(std::string const& text, std::size_t indent) {
@@ -34,12 +33,14 @@ std::string wrapped(std::string const& text, std::size_t indent) {
   return all + "\n";
 }
 
-/// A list of names with what is said of each, in two columns.
-std::string two_columns(std::vector<std::pair<std::string, std::string>> const& rows) {
-  std::size_t left = 0;
-  for (auto const& row : rows) {
-    left = std::max(left, std::min(row.first.size(), widest_left_column));
-  }
+/// Columns that the name of a row takes, if it is no longer than most.
+std::size_t left_column(std::string const& name) {
+  return std::min(name.size(), widest_left_column);
+}
+
+/// A list of names with what is said of each, in two columns, of which the first has that width.
+std::string two_columns(std::vector<std::pair<std::string, std::string>> const& rows,
+                        std::size_t left) {
   std::size_t const indent = 2 + left + 2;
   std::string text;
   for (auto const& [name, about] : rows) {
@@ -190,26 +191,32 @@ std::string shown_commands(CLI::App const& command) {
   for (auto const& [group, commands] : command_groups(command)) {
     std::vector<std::pair<std::string, std::string>> rows;
     for (CLI::App const* one : commands) {
-      // Lined up with those of the other groups.
-      rows.emplace_back(fmt::format("{:<8}", one->get_name()), one->get_description());
+      rows.emplace_back(one->get_name(), one->get_description());
     }
-    text += group + ":\n" + two_columns(rows);
+    text += group + ":\n" + two_columns(rows, longest_command);
   }
   return text;
 }
 
 std::string shown_options(CLI::App const& command) {
+  std::size_t left = 0;
+  for (CLI::Option const* argument : arguments_of(command)) {
+    left = std::max(left, left_column(argument->get_name(true, false)));
+  }
+  for (CLI::Option const* option : options_of(command)) {
+    left = std::max(left, left_column(option_name(*option)));
+  }
   std::vector<std::pair<std::string, std::string>> rows;
   for (CLI::Option const* argument : arguments_of(command)) {
     rows.emplace_back(argument->get_name(true, false), about_option(*argument));
   }
-  std::string text = rows.empty() ? std::string() : two_columns(rows);
+  std::string text = two_columns(rows, left);
   for (auto const& [group, options] : option_groups(command)) {
     rows.clear();
     for (CLI::Option const* option : options) {
       rows.emplace_back(option_name(*option), about_option(*option));
     }
-    text += group + ":\n" + two_columns(rows);
+    text += group + ":\n" + two_columns(rows, left);
   }
   return text;
 }
@@ -229,7 +236,7 @@ class HelpFormatter : public CLI::FormatterBase {
 std::vector<std::string> examples_of(CLI::App const& command) {
   std::vector<std::string> examples;
   for (std::string const& line : CLI::detail::split(command.get_footer(), '\n')) {
-    if (line.starts_with(example_prefix)) {
+    if (line.starts_with("  ")) {
       examples.push_back(line.substr(2));
     }
   }
