@@ -63,7 +63,7 @@ TEST_F(ReportCommand, a_box_file_will_do) {
 
 TEST_F(ReportCommand, matching_tells_why) {
   learn("subjects");
-  std::string const in = write("in.txt", kitchen);
+  std::string const in = write("in.txt", std::string(kitchen) + "Dough needs butter.");
   std::string const out = write("out.txt", orbit);
   EXPECT_EQ(run({"match", in, out, "--report", path("page.html")}).status, 0);
   json const data = data_of("page.html");

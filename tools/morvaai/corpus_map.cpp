@@ -16,6 +16,8 @@ using Vector = std::vector<double>;
 constexpr std::size_t block = 6;
 constexpr int rounds = 40;
 constexpr int sweeps = 12;
+// What is a smaller part than this is rounding.
+constexpr double nothing = 1e-12;
 
 double dot(Vector const& a, Vector const& b) {
   return std::inner_product(a.begin(), a.end(), b.begin(), 0.0);
@@ -73,12 +75,14 @@ class Centered {
     }
     return result;
   }
+  // Zero where the rows are equal but for rounding.
   double squares() const {
     double sum = 0.0;
     for (ReportRow const& row : rows_) {
       sum += square_of(row);
     }
-    return sum - static_cast<double>(rows_.size()) * dot(mean_, mean_);
+    double const around_mean = sum - static_cast<double>(rows_.size()) * dot(mean_, mean_);
+    return around_mean > nothing * sum ? around_mean : 0.0;
   }
 
  private:
@@ -199,14 +203,12 @@ bool is_turned(Vector const& of_rows) {
 }  // namespace
 
 CorpusMap::CorpusMap(std::vector<ReportRow> const& rows, std::size_t dimensions) {
-  // A component that shows less than this part is rounding.
-  constexpr double nothing = 1e-12;
   Centered const matrix(rows, dimensions);
   double const squares = matrix.squares();
   std::vector<Component> const components = components_of(matrix, rows.size());
   for (std::size_t i = 0; i < axes_.size(); ++i) {
     axes_[i].assign(dimensions, 0.0);
-    if (i >= components.size() || !(components[i].square > nothing * squares)) {
+    if (squares == 0.0 || i >= components.size() || components[i].square <= nothing * squares) {
       continue;
     }
     axes_[i] = matrix.transposed_times(components[i].of_rows);

@@ -1,6 +1,6 @@
 // The heat map of distances and the curve of neighbour distances.
 import * as Plot from "@observablehq/plot";
-import { number, plain, short } from "./text.js";
+import { number, plain, short, textWidth } from "./text.js";
 
 /** All pairs of classes of a triangle of distances, in both orders, and the classes with themselves. */
 export function pairsOf(distances) {
@@ -23,7 +23,7 @@ export function heatMap(distances, classes) {
   const cell = size <= 12 ? 52 : size <= 30 ? 26 : 13;
   const names = distances.map((_, i) => i);
   const label = (i) => short(classes[i].name, 16);
-  const margin = 16 + 8 * Math.max(...names.map((i) => [...label(i)].reduce((sum, c) => sum + (c > "\u2e80" ? 1.55 : 0.85), 0)));
+  const margin = 16 + Math.max(...names.map((i) => textWidth(label(i), 12)));
   const other = pairs.filter((p) => p.i !== p.j);
   return Plot.plot({
     className: "chart",
@@ -58,6 +58,7 @@ export function curveChart({ values, eps, minpts, count }) {
     width: 980,
     height: 320,
     marginLeft: 52,
+    marginTop: 28,
     marginBottom: 40,
     ariaLabel: "Neighbour distances",
     ariaDescription: "The table below says the same in numbers.",

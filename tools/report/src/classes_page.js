@@ -89,7 +89,7 @@ function filters(data, changed, summary) {
   text.addEventListener("input", apply);
   its.addEventListener("change", apply);
   return h("form", { class: "filters", submit: (event) => event.preventDefault(), role: "search" },
-    h("label", { for: "filter-class" }, "Class ", its), h("label", { for: "filter-text" }, "File ", text), summary);
+    h("label", { for: "filter-class" }, "Class ", its), data.files.length > 0 && h("label", { for: "filter-text" }, "File ", text), summary);
 }
 
 function memberTable(data, members, tables) {

@@ -1,10 +1,10 @@
 // The map of a corpus: files and centers of classes in two dimensions, radii as circles of their true length.
 import * as Plot from "@observablehq/plot";
 import { colourOf, shapeOf } from "./marks.js";
-import { number, plain, shortPath } from "./text.js";
+import { number, plain, shortPath, textWidth } from "./text.js";
 
 const width = 980;
-const margins = { marginTop: 12, marginRight: 12, marginBottom: 34, marginLeft: 44 };
+const margins = { marginTop: 28, marginRight: 12, marginBottom: 34, marginLeft: 44 };
 const tallest = 0.72;
 
 /** The ends of both axes, of one scale, around everything. */
@@ -25,6 +25,25 @@ function frameOf(points, circles) {
 /** A radius is a line and no area: circles are large beside the files, and lie across each other. */
 const circle = { fill: "none", stroke: (c) => colourOf(c.class), strokeWidth: 1.3, strokeDasharray: "5 4", clip: true };
 
+const labelSize = 12;
+const labelHeight = 15;
+
+/** Names beside their centers, moved up or down where they would lie across each other, left out where that is far. */
+function labelsOf(centers, pixels, above) {
+  const placed = [];
+  for (const center of centers) {
+    const text = shortPath(center.name, 22);
+    const reach = textWidth(text, labelSize) / 2;
+    const isFree = (y) => placed.every((other) => Math.abs(other.y - y) * pixels >= labelHeight
+      || Math.abs(other.x - center.x) * pixels >= other.reach + reach + 4);
+    const y = [0, 1, -1, 2, -2, 3, -3].map((step) => center.y + (above + step * labelHeight) / pixels).find(isFree);
+    if (y !== undefined) {
+      placed.push({ x: center.x, y, text, reach, class: center.class });
+    }
+  }
+  return placed;
+}
+
 /** The radius of the class of the file that is pointed at. */
 function pointedRadius(points, centers, pixels) {
   const centerOf = new Map(centers.map((c) => [c.class, c]));
@@ -43,9 +62,13 @@ export function mapChart({ points, centers }) {
   const inner = width - margins.marginLeft - margins.marginRight;
   const pixels = inner / (frame.x[1] - frame.x[0]);
   const isNear = (p) => !p.isOut;
-  const dots = (list, opacity) =>
-    Plot.dot(list, { x: "x", y: "y", fill: (p) => colourOf(p.class), symbol: (p) => shapeOf(p.class), r: 4.2,
-      fillOpacity: opacity });
+  const dots = (list, opacity) => [
+    Plot.dot(list.filter((p) => p.class >= 0), { x: "x", y: "y", fill: (p) => colourOf(p.class),
+      symbol: (p) => shapeOf(p.class), r: 4.2, fillOpacity: opacity }),
+    // The cross of what is in no class is a line.
+    Plot.dot(list.filter((p) => p.class < 0), { x: "x", y: "y", stroke: colourOf(-1), symbol: "times", r: 3.2,
+      strokeOpacity: opacity }),
+  ];
   return Plot.plot({
     className: "chart",
     width,
@@ -65,8 +88,8 @@ export function mapChart({ points, centers }) {
       pointedRadius(points, centers, pixels),
       dots(points.filter((p) => p.isOut), 0.13),
       dots(points.filter(isNear), 0.85),
-      Plot.text(centers.filter(isNear), { x: "x", y: "y", text: (c) => shortPath(c.name, 22), fill: "currentColor",
-        stroke: "var(--surface)", strokeWidth: 4, fontSize: 12, fontWeight: 600, dy: points.length ? 0 : -12 }),
+      Plot.text(labelsOf(centers.filter(isNear), pixels, points.length ? 0 : 14), { x: "x", y: "y", text: "text",
+        fill: (c) => colourOf(c.class), stroke: "var(--surface)", strokeWidth: 4, fontSize: labelSize, fontWeight: 600 }),
       points.length ? null : dots(centers.filter(isNear), 0.95),
       Plot.tip(points.length ? points : centers, Plot.pointer({ x: "x", y: "y", maxRadius: 24,
         title: (p) => plain(p.about ?? p.name), fill: "var(--surface)", stroke: "var(--line)" })),

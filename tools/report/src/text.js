@@ -22,6 +22,9 @@ export function shortPath(text, length) {
     : characters.join("");
 }
 
+/** About how wide a text is in the font of the page, in pixels. */
+export const textWidth = (text, size) => size * [...text].reduce((sum, c) => sum + (c > "\u2e80" ? 1 : 0.6), 0);
+
 const whole = new Intl.NumberFormat("en-US");
 
 export const count = (n) => whole.format(n);
