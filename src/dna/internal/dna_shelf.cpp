@@ -77,6 +77,7 @@ std::vector<DnaShelf> dna_shelves(std::vector<HString> const& dnas) {
     }
   }
   std::vector<DnaShelf> shelves;
+  shelves.reserve(by_length.size());
   for (auto& [digits, indices] : by_length) {
     shelves.emplace_back(dnas, std::move(indices), digits);
   }

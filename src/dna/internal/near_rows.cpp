@@ -59,10 +59,9 @@ compare(Search& search, std::uint32_t const* begin, std::uint32_t const* end) {
       return false;
     }
     std::uint64_t const* const other = search.rows + std::size_t{end[-1]} * words_in_group;
-    auto const differing = static_cast<std::size_t>(std::popcount(mine[0] ^ other[0]) +
-                                                    std::popcount(mine[1] ^ other[1]));
-    if (differing <= search.most) {
-      search.found.push_back({end[-1], differing});
+    int const differing = std::popcount(mine[0] ^ other[0]) + std::popcount(mine[1] ^ other[1]);
+    if (auto const bits = static_cast<std::size_t>(differing); bits <= search.most) {
+      search.found.push_back({end[-1], bits});
     }
   }
   return true;
