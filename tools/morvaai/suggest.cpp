@@ -104,6 +104,7 @@ void try_members(Measured const& measured, HeldOutFiles const& files,
                  std::vector<Neighbourhood> const& neighbourhoods, Suggestion& suggestion) {
   std::vector<HeldOut> const outcomes =
       files.by_members(neighbourhoods, measured.note_of_rounds("boxes of files", files));
+  suggestion.is_too_large_for_files = outcomes.empty();
   for (std::size_t i = 0; i < outcomes.size(); ++i) {
     suggestion.tried.push_back({neighbourhoods[i], outcomes[i]});
   }

@@ -133,8 +133,8 @@ std::string neighbourhoods_text(Sweep const& sweep) {
     Trial const& trial = sweep.trials[i];
     bool const is_proposed = i == sweep.best;
     rows.back().emplace_back(
-        fmt::format("{:3} {:>5} {:6.3f}{}", trial.classes.size(), percent(trial.unclassified),
-                    trial.silhouette, is_proposed ? " *" : "  "),
+        fmt::format("{}{:3} {:>5} {:6.3f}", is_proposed ? "*" : "", trial.classes.size(),
+                    percent(trial.unclassified), trial.silhouette),
         is_proposed ? Role::good : Role::plain);
   }
   Table table(std::vector<Table::Column>(titles.size(), Align::right), 2);
@@ -162,8 +162,9 @@ std::string estimates_text(Suggestion const& suggestion) {
     bool const is_proposed = suggestion.proposed && *suggestion.proposed == neighbourhood;
     bool const is_silent = outcome.right + outcome.wrong + outcome.accepted == 0;
     rows.back().emplace_back(
-        (is_silent ? std::string("-") : fmt::format("{:.2f}", outcome.precision())) +
-            fmt::format(" / {:.2f}{}", outcome.recall(), is_proposed ? " *" : "  "),
+        fmt::format("{}{} / {:.2f}", is_proposed ? "* " : "",
+                    is_silent ? std::string("-") : fmt::format("{:.2f}", outcome.precision()),
+                    outcome.recall()),
         is_proposed ? Role::good : Role::plain);
   }
   Table table(std::vector<Table::Column>(titles.size(), Align::right), 2);
@@ -210,6 +211,9 @@ std::string tried_text(Suggestion const& suggestion) {
                {i == suggestion.best ? "<- best" : "", Role::good}});
   }
   text += table.text();
+  if (suggestion.is_too_large_for_files) {
+    text += "  a box of so many files would be larger than a box may be: none was tried\n";
+  }
   text += "  strangers: files of classes that were left out of the box, which it should refuse\n";
   if (!suggestion.is_by_folder) {
     text +=
