@@ -21,17 +21,19 @@ const test = (name, run) => tests.push({ name, run });
 const rowsOf = (page, section) => page.locator(`#${section} > .table tbody tr:not(.detail):not(.empty)`);
 
 for (const name of [...real, "hostile-classes", "hostile-match"]) {
-  for (const colorScheme of ["light", "dark"]) {
-    test(`${name} opens without a wrong in ${colorScheme}, with all that opens`, async (browser) => {
-      const page = await browser.open(file(name), { colorScheme });
-      await page.evaluate(() => document.querySelectorAll("details").forEach((each) => (each.open = true)));
-      await page.waitForTimeout(50);
-      assert.deepEqual(page.wrongs, []);
-      const ground = await page.evaluate(() => getComputedStyle(document.body).backgroundColor);
-      assert.equal(ground, colorScheme === "light" ? "rgb(246, 247, 248)" : "rgb(18, 22, 26)");
-      return page;
-    });
-  }
+  test(`${name} opens without a wrong, with all that opens, in light and in dark`, async (browser) => {
+    const page = await browser.open(file(name));
+    await page.evaluate(() => document.querySelectorAll("details").forEach((each) => (each.open = true)));
+    await page.waitForTimeout(50);
+    assert.deepEqual(page.wrongs, []);
+    const groundIn = async (colorScheme) => {
+      await page.emulateMedia({ colorScheme });
+      return page.evaluate(() => getComputedStyle(document.body).backgroundColor);
+    };
+    assert.equal(await groundIn("light"), "rgb(246, 247, 248)");
+    assert.equal(await groundIn("dark"), "rgb(18, 22, 26)");
+    return page;
+  });
 }
 
 test("hostile names are text, and what is hidden in them is named", async (browser) => {
@@ -50,6 +52,17 @@ test("the theme is chosen by the switch, whatever the system has", async (browse
   await page.selectOption("#theme", "dark");
   assert.equal(await page.evaluate(() => getComputedStyle(document.body).backgroundColor), "rgb(18, 22, 26)");
   await page.selectOption("#theme", "auto");
+  return page;
+});
+
+test("the radius of the class that is chosen is drawn, and all where that is wanted", async (browser) => {
+  const page = await browser.open(file("learn-kmeans"));
+  const circles = () => page.locator("#map g[stroke-dasharray] path, #map g[stroke-dasharray] circle").count();
+  assert.equal(await circles(), 0);
+  await page.selectOption("#filter-class", "1");
+  assert.equal(await circles(), 1);
+  await page.check("#radii");
+  assert.ok(await circles() > 1);
   return page;
 });
 
