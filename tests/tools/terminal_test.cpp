@@ -123,8 +123,8 @@ TEST_F(OnTerminal, COLUMNS_goes_before_what_it_says) {
 }
 
 TEST_F(OnTerminal, the_text_of_a_document_cannot_steer_it) {
-  std::string const file = write("a.txt", "red \x1B[2J blue\n");
-  EXPECT_THAT(shown({"text", file}), HasSubstr("red \xEF\xBF\xBD[2J blue\n"));
+  std::string const file = write("a.txt", "red \u009B2J \u202E blue\n");
+  EXPECT_THAT(shown({"text", file}), HasSubstr("red \uFFFD2J \uFFFD blue\n"));
 }
 
 TEST_F(OnTerminal, short_work_has_no_progress) {
@@ -175,8 +175,8 @@ TEST_F(OffTerminal, names_are_whole) {
 }
 
 TEST_F(OffTerminal, the_text_of_a_document_is_as_it_is) {
-  std::string const file = write("a.txt", "red \x1B[2J blue\n");
-  EXPECT_THAT(run({"text", file}).output, HasSubstr("red \x1B[2J blue\n"));
+  std::string const file = write("a.txt", "red \u009B2J \u202E blue\n");
+  EXPECT_THAT(run({"text", file}).output, HasSubstr("red \u009B2J \u202E blue\n"));
 }
 
 TEST_F(OffTerminal, a_reader_that_goes_is_no_failure_to_tell) {

@@ -12,6 +12,7 @@
 #include "box_store.h"
 #include "box_text.h"
 
+#include "columns.h"
 #include "commands.h"
 #include "style.h"
 
@@ -91,8 +92,9 @@ class BoxJson {
   }
 };
 
-/// How many words have a weight, and the ten heaviest of them.
-std::string summary(std::vector<HString> const& words, std::vector<double> const& weights) {
+/// How many words have a weight, and the ten heaviest of them; behind so many columns.
+std::string summary(std::vector<HString> const& words, std::vector<double> const& weights,
+                    std::size_t columns_before = 2) {
   constexpr std::size_t most_shown = 10;
   std::vector<std::pair<double, std::size_t>> used;
   for (std::size_t i = 0; i < weights.size(); ++i) {
@@ -103,14 +105,14 @@ std::string summary(std::vector<HString> const& words, std::vector<double> const
   }
   std::size_t const shown = std::min(most_shown, used.size());
   std::partial_sort(used.begin(), used.begin() + static_cast<std::ptrdiff_t>(shown), used.end());
-  std::string text = fmt::format("{} of {} words:", used.size(), weights.size());
+  std::vector<std::pair<std::string, double>> heaviest;
   for (std::size_t i = 0; i < shown; ++i) {
     std::size_t const at = used[i].second;
-    text +=
-        fmt::format(" {}({:.6g})",
-                    at < words.size() ? printable(words[at]) : fmt::format("#{}", at), weights[at]);
+    heaviest.emplace_back(at < words.size() ? printable(words[at]) : fmt::format("#{}", at),
+                          weights[at]);
   }
-  return text + "\n";
+  return weighted_words(fmt::format("{} of {} words:", used.size(), weights.size()), heaviest,
+                        columns_before);
 }
 
 }  // namespace
@@ -145,8 +147,8 @@ bool write_box_text(QXPPolicyMorvaClustBox const& box) {
                                    styled(Role::faint, "(" + printable(node.str_class_id) + ")"),
                                    node.d_eps, node.i_minpts, node.vt_file_node.size());
     for (QXPFeatureNode const& member : node.vt_file_node) {
-      text += fmt::format("  {}: {}", printable(member.str_file_id),
-                          summary(box.vt_words, member.vt_weight));
+      std::string const begin = "  " + printable(member.str_file_id) + ": ";
+      text += begin + summary(box.vt_words, member.vt_weight, columns_of(begin));
     }
     is_written = is_written && show(text);
   }

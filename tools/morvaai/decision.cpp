@@ -5,10 +5,8 @@
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
-#include "columns.h"
 #include "report.h"
 #include "style.h"
-#include "terminal.h"
 
 namespace tool {
 
@@ -199,23 +197,13 @@ std::string Decision::as_text(HString const& path) const {
                         neighbours->minpts);
   }
   if (!words.empty()) {
-    text += words_line();
+    std::vector<std::pair<std::string, double>> shown;
+    for (auto const& [word, product] : words) {
+      shown.emplace_back(printable(word), product);
+    }
+    text += "  " + weighted_words("words:", shown, 2);
   }
   return text;
-}
-
-std::string Decision::words_line() const {
-  std::string line = "  words:";
-  std::size_t columns = line.size();
-  for (auto const& [word, product] : words) {
-    std::string const next = fmt::format(" {}({:.3g})", printable(word), product);
-    columns += columns_of(next);
-    if (columns > output_screen().columns.value_or(columns)) {
-      break;
-    }
-    line += next;
-  }
-  return line + "\n";
 }
 
 std::string Decision::as_json(HString const& path) const {

@@ -35,9 +35,6 @@ struct Decision {
   std::string as_text(HString const& path) const;
   /// One object in one line.
   std::string as_json(HString const& path) const;
-
- private:
-  std::string words_line() const;
 };
 
 /// The first of the classes of a box of `HFileClusterBoxMgr` that takes the document.

@@ -10,6 +10,7 @@
 #include <limits>
 #include <string_view>
 
+#include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
 #include "host/worker_pool.h"
@@ -152,6 +153,21 @@ std::string shown_path(HString const& path, std::size_t columns_before) {
   std::size_t const width = output_screen().columns.value_or(0);
   std::string const whole = printable(path);
   return width < columns_before + narrowest ? whole : cut_middle(whole, width - columns_before);
+}
+
+std::string weighted_words(std::string line,
+                           std::vector<std::pair<std::string, double>> const& words,
+                           std::size_t columns_before) {
+  std::size_t columns = columns_before + columns_of(line);
+  for (auto const& [word, weight] : words) {
+    std::string const next = fmt::format(" {}({:.3g})", word, weight);
+    columns += columns_of(next);
+    if (columns > output_screen().columns.value_or(columns)) {
+      break;
+    }
+    line += next;
+  }
+  return line + "\n";
 }
 
 std::string json_failure(HString const& path, std::string const& outcome,

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <functional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "morvaai.h"
@@ -65,6 +66,12 @@ std::string printable(HString const& text);
 /// A path as it may stand in a line of standard output behind so many columns: printable, and cut
 /// in the middle where standard output is a terminal that has no room for all of it.
 std::string shown_path(HString const& path, std::size_t columns_before = 0);
+
+/// A line that has words with their weights behind its beginning, which stands behind so many
+/// columns: all of them, but on a terminal no more than there is room for.
+std::string weighted_words(std::string line,
+                           std::vector<std::pair<std::string, double>> const& words,
+                           std::size_t columns_before);
 
 /// UTF-8 of the text as it is; what is no Unicode text becomes U+FFFD.
 std::string utf8(HString const& text);
