@@ -41,7 +41,7 @@ class ReadTest(unittest.TestCase):
         self.assertEqual([each["tag"] for each in expected["words"]], document.tags)
 
     def test_fingerprints_are_those_of_the_program(self):
-        (narrow,), (wide,) = program("dna", REPORT), program("dna", REPORT, "--wide")
+        (narrow,), (wide,) = program("dna", REPORT, "--count"), program("dna", REPORT, "--wide")
         document = morvaai.read(REPORT, wide=True)
         self.assertEqual((narrow["dna"], wide["dna"]), (document.dna, document.wide_dna))
         self.assertEqual(narrow["count"], document.covered)
