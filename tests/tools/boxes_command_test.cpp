@@ -51,7 +51,7 @@ TEST_F(BoxesCommand, without_boxes_the_list_is_empty) {
 
 TEST_F(BoxesCommand, the_list_tells_type_classes_and_words) {
   box({"add", box_elsewhere("ships.box")});
-  EXPECT_THAT(box({"list"}).output, StartsWith("ships: K-means, 1 classes, 1 words, "));
+  EXPECT_THAT(box({"list"}).output, StartsWith("ships  K-means  1 class  1 word  "));
 }
 
 TEST_F(BoxesCommand, the_list_is_one_object_a_line_in_json) {
@@ -91,7 +91,8 @@ TEST_F(BoxesCommand, show_as_json_tells_md5_and_classes) {
 TEST_F(BoxesCommand, show_of_an_unknown_box_fails) {
   Finished const finished = box({"show", "ships"});
   EXPECT_EQ(finished.status, 1);
-  EXPECT_EQ(finished.errors, "morvaai: there is no box ships\n");
+  EXPECT_EQ(finished.errors,
+            "morvaai: there is no box ships; morvaai box list shows those there are\n");
 }
 
 TEST_F(BoxesCommand, add_copies_the_file_and_enters_it) {
@@ -185,7 +186,8 @@ TEST_F(BoxesCommand, remove_of_a_box_without_a_file_takes_its_entry) {
 TEST_F(BoxesCommand, remove_of_an_unknown_box_fails) {
   Finished const finished = box({"remove", "ships"});
   EXPECT_EQ(finished.status, 1);
-  EXPECT_EQ(finished.errors, "morvaai: there is no box ships\n");
+  EXPECT_EQ(finished.errors,
+            "morvaai: there is no box ships; morvaai box list shows those there are\n");
 }
 
 TEST_F(BoxesCommand, verify_finds_nothing_wrong_with_what_was_added) {

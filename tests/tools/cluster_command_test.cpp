@@ -306,7 +306,7 @@ TEST_F(ClusterCommand, there_is_no_progress_where_there_is_no_terminal) {
   EXPECT_THAT(cluster({four_texts(), "--method", "canopy"}).errors, IsEmpty());
 }
 
-TEST_F(ClusterCommand, a_terminal_sees_a_bar) {
+TEST_F(ClusterCommand, a_terminal_sees_no_bar_of_what_is_done_at_once) {
   std::string const folder = four_texts();
   int terminal = -1;
   pid_t const child = forkpty(&terminal, nullptr, nullptr, nullptr);
@@ -325,7 +325,7 @@ TEST_F(ClusterCommand, a_terminal_sees_a_bar) {
   int status = -1;
   waitpid(child, &status, 0);
   EXPECT_EQ(status, 0);
-  EXPECT_THAT(shown, HasSubstr("[==========          ] 2/4 b.txt"));
+  EXPECT_THAT(shown, Not(HasSubstr("/4 ")));
 }
 
 TEST_F(ClusterCommand, the_console_tool_asks_and_prints) {
