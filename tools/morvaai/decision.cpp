@@ -5,8 +5,10 @@
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
+#include "columns.h"
 #include "report.h"
 #include "style.h"
+#include "terminal.h"
 
 namespace tool {
 
@@ -183,11 +185,12 @@ void Explainer::measure_members(HFeatureNode const& document, QXPDBScanNode cons
 }
 
 std::string Decision::as_text(HString const& path) const {
-  std::string text = fmt::format(
-      "{}: {} {}\n  distance {:.6f}", printable(path), styled(Role::name, printable(class_name)),
-      styled(Role::faint,
-             fmt::format("(class {}, box {})", printable(class_id), printable(box_id))),
-      distance);
+  std::string text = printable(path) + ": " + styled(Role::name, printable(class_name));
+  std::string const place =
+      fmt::format("(class {}, box {})", printable(class_id), printable(box_id));
+  std::size_t const columns = columns_of(text) + 1 + columns_of(place);
+  text += columns > output_screen().columns.value_or(columns) ? "\n  " : " ";
+  text += styled(Role::faint, place) + fmt::format("\n  distance {:.6f}", distance);
   if (radius) {
     text += fmt::format(", radius {:.6f}\n", *radius);
   }
