@@ -62,11 +62,12 @@ export function mapChart({ points, centers }) {
   const inner = width - margins.marginLeft - margins.marginRight;
   const pixels = inner / (frame.x[1] - frame.x[0]);
   const isNear = (p) => !p.isOut;
+  const size = points.length > 300 ? 3.2 : 4.2;
   const dots = (list, opacity) => [
     Plot.dot(list.filter((p) => p.class >= 0), { x: "x", y: "y", fill: (p) => colourOf(p.class),
-      symbol: (p) => shapeOf(p.class), r: 4.2, fillOpacity: opacity }),
+      symbol: (p) => shapeOf(p.class), r: size, fillOpacity: opacity }),
     // The cross of what is in no class is a line.
-    Plot.dot(list.filter((p) => p.class < 0), { x: "x", y: "y", stroke: colourOf(-1), symbol: "times", r: 3.2,
+    Plot.dot(list.filter((p) => p.class < 0), { x: "x", y: "y", stroke: colourOf(-1), symbol: "times", r: size * 0.8,
       strokeOpacity: opacity }),
   ];
   return Plot.plot({

@@ -1,5 +1,5 @@
 // The report of a match: why each file was taken by a class, or by none.
-import { h, opening, section, sized } from "./dom.js";
+import { bar, h, opening, section, sized } from "./dom.js";
 import { figures, head, notes, openForPrint } from "./frame.js";
 import { table } from "./table.js";
 import { commonFolder, count, counted, number, plain, signed } from "./text.js";
@@ -134,7 +134,7 @@ function takenPart(data) {
     pageSize: 30,
     columns: [
       { title: "Class", value: (row) => row.one.name, cell: (row) => h("a", { href: "#files", "data-class": row.index }, h("bdi", null, nameOf(data, row.index))) },
-      { title: "Files", value: (row) => row.size, first: "descending", cell: (row) => h("span", { class: "weighted" }, sized(h("span", { class: "bar", "aria-hidden": "true" }), row.size / (most || 1)), h("span", { class: "value" }, count(row.size))) },
+      { title: "Files", value: (row) => row.size, first: "descending", cell: (row) => h("span", { class: "weighted" }, row.size > 0 && bar(row.size / most), h("span", { class: "value" }, count(row.size))) },
       { title: "Limit", value: (row) => row.one.limit, cell: (row) => `${isByMembers(row.one) ? "eps" : "radius"} ${number(row.one.limit)}`, align: "right" },
     ],
   });
