@@ -172,7 +172,7 @@ int run_learn(LearnOptions const& options) {
                                      : cluster_corpus(options.how, corpus, false);
   drop_empty_classes(run, samples.class_names);
   if (run.failure.empty() && run.clusters.empty()) {
-    run.failure = "no classes were found: try other parameters";
+    run.failure = "no classes were found: morvaai suggest proposes other parameters";
   }
   if (run.failure.empty()) {
     run.failure = too_large_for_box(options.how, run);

@@ -63,7 +63,8 @@ std::string contradiction(MethodOptions const& options) {
   }
   if (is_by_k(options) && !options.k && !options.canopy_seeds) {
     return fmt::format(
-        "--method {} needs -k, the number of classes, or --canopy-seeds, which finds one",
+        "--method {} needs -k, the number of classes, or --canopy-seeds, which finds one; morvaai "
+        "suggest proposes a number",
         options.method);
   }
   if (options.t1 && !options.t2) {
