@@ -37,8 +37,8 @@ set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY ">=")
 # Each package has a summary of its own.
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "")
 
-# The trigger has the loader's cache renewed. CPack would write scripts for that too, but not in the place of scripts of a
-# package's own; ones that are not there are left out.
+# The trigger has the loader's cache renewed. CPack would write scripts for that too, but not where a package has its
+# own; ones that do not exist are left out.
 set(library_control "${packaging}/triggers" "${packaging}/none/postinst" "${packaging}/none/postrm")
 set(component_control "${packaging}/none/postinst" "${packaging}/none/postrm")
 set(python_control "${packaging}/python/postinst" "${packaging}/python/prerm")
