@@ -6,8 +6,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
-#include <pty.h>
-#include <unistd.h>
 
 #include "tools/program.h"
 
@@ -19,7 +17,6 @@ using testing::ElementsAre;
 using testing::EndsWith;
 using testing::HasSubstr;
 using testing::IsEmpty;
-using testing::Not;
 using testing::StartsWith;
 
 constexpr char const* harbour =
@@ -304,28 +301,6 @@ TEST_F(ClusterCommand, help_says_the_defaults) {
 
 TEST_F(ClusterCommand, there_is_no_progress_where_there_is_no_terminal) {
   EXPECT_THAT(cluster({four_texts(), "--method", "canopy"}).errors, IsEmpty());
-}
-
-TEST_F(ClusterCommand, a_terminal_sees_no_bar_of_what_is_done_at_once) {
-  std::string const folder = four_texts();
-  int terminal = -1;
-  pid_t const child = forkpty(&terminal, nullptr, nullptr, nullptr);
-  if (child == 0) {
-    execl(MORVAAI_PROGRAM, MORVAAI_PROGRAM, "cluster", folder.c_str(), "--method", "canopy",
-          nullptr);
-    _exit(127);
-  }
-  ASSERT_GT(child, 0);
-  std::string shown;
-  char buffer[4096];
-  for (ssize_t size = 0; (size = ::read(terminal, buffer, sizeof buffer)) > 0;) {
-    shown.append(buffer, static_cast<std::size_t>(size));
-  }
-  close(terminal);
-  int status = -1;
-  waitpid(child, &status, 0);
-  EXPECT_EQ(status, 0);
-  EXPECT_THAT(shown, Not(HasSubstr("/4 ")));
 }
 
 TEST_F(ClusterCommand, the_console_tool_asks_and_prints) {
