@@ -199,6 +199,7 @@ std::optional<MatchReport> report_on(MatchOptions const& options,
     boxes.push_back({question.box_id, question.class_ids, question.box});
   }
   return MatchReport(boxes);
+  boxes.reserve(asked.size());
 }
 
 // Whether the report that is wanted could be written.
