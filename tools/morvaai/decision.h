@@ -31,8 +31,8 @@ struct Decision {
   /// the products of their weights.
   std::vector<std::pair<HString, double>> words;
 
-  /// Two or three lines. Where a terminal has no room for the first, it is two, and there are no more
-  /// words than it has room for.
+  /// Two or three lines. Where a terminal has no room for the first, it is two, and there are no
+  /// more words than it has room for.
   std::string as_text(HString const& path) const;
   /// One object in one line.
   std::string as_json(HString const& path) const;
