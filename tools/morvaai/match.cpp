@@ -195,11 +195,11 @@ std::optional<MatchReport> report_on(MatchOptions const& options,
     return std::nullopt;
   }
   std::vector<MatchReport::Asked> boxes;
+  boxes.reserve(asked.size());
   for (Question const& question : asked) {
     boxes.push_back({question.box_id, question.class_ids, question.box});
   }
   return MatchReport(boxes);
-  boxes.reserve(asked.size());
 }
 
 // Whether the report that is wanted could be written.
