@@ -22,8 +22,10 @@ void take_record(int level, HString const& tag, int line, HString const& text) {
   constexpr char const* severities[] = {"off", "error", "warning", "info", "debug"};
   std::wstring harmless = text.get_ws();
   for (wchar_t& c : harmless) {
-    bool const is_control = c < L' ' || (c >= 0x7F && c < 0xA0) || c == 0x2028 || c == 0x2029;
-    c = is_control ? L'?' : c;
+    bool const is_control = c < L' ' || (c >= 0x7F && c < 0xA0);
+    // Ends the line, or has it read from the other side.
+    bool const turns_line = (c >= 0x2028 && c <= 0x202E) || (c >= 0x2066 && c <= 0x2069);
+    c = is_control || turns_line ? L'?' : c;
   }
   std::string const source =
       morvabs::to_utf8(tag.get_short_name().get_ws()) + ":" + std::to_string(line);

@@ -6,7 +6,8 @@
 
 namespace morva::c {
 
-/// UTF-8 of a text as it may stand in a message: control characters become U+FFFD.
+/// UTF-8 of a text as it may stand in a message: control characters, and those that turn the
+/// direction of what stands behind them, become U+FFFD.
 std::string shown(HString const& text);
 
 }  // namespace morva::c
