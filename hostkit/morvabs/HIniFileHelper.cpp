@@ -127,6 +127,7 @@ bool HIniFileHelper::read_all() {
   trailing_comment_ = found.trailing_comment;
   vt_section = std::move(found.sections);
   unread_ = unread;
+  errno = is_read ? errno : error;
   return is_read;
 }
 

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <cerrno>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -11,6 +12,7 @@
 #include "classify/HFileMatchClassifyMgr.h"
 #include "cluster/cluster_type.h"
 #include "host/HFile.h"
+#include "host/HIniFileHelper.h"
 #include "host/Orlec/LocateMgr.h"
 #include "host/native_path.h"
 #include "host/utf8.h"
@@ -82,11 +84,23 @@ struct Class {
   HString wide_id;
 };
 
+// The class that reads the index takes one that it cannot read for an empty one.
+void check_index(HString const& path) {
+  HIniFileHelper index;
+  index.mb_utf8 = true;
+  index.setFile(path);
+  if (!index.read_all()) {
+    std::string const reason = std::system_category().message(errno);
+    throw Failure(MORVA_BAD_BOX, shown(path) + ": the index of boxes cannot be read: " + reason);
+  }
+}
+
 std::vector<HClusterBoxLocalNode> read_index(HString const& directory) {
   HString const index = HString(directory).dir_fit(true) + L"box.ini";
   if (!HFile::IsFileExistFile(index)) {
-    throw Failure(MORVA_CANNOT_OPEN, shown(index) + ": there is no index of boxes");
+    throw Failure(MORVA_CANNOT_OPEN, shown(index) + ": there is no index of boxes", ENOENT);
   }
+  check_index(index);
   IndexPath const in_force(index);
   std::vector<HClusterBoxLocalNode> entries;
   HFileClusterBoxIni::read_local_box_node(entries);
@@ -97,7 +111,8 @@ QXPPolicyMorvaClustBox read_box(HString const& path) {
   QXPPolicyMorvaClustBox box;
   int const error = -box.from_file(path);
   if (error == ENOENT || error == EACCES) {
-    throw Failure(MORVA_CANNOT_OPEN, shown(path) + ": " + std::system_category().message(error));
+    throw Failure(MORVA_CANNOT_OPEN, shown(path) + ": " + std::system_category().message(error),
+                  error);
   }
   if (error == EBADMSG) {
     throw Failure(MORVA_BAD_BOX, shown(path) + ": it is no box file, or it is damaged");

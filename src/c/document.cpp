@@ -27,7 +27,7 @@ void hand_over(Reading reading, Wants const& wants, HString const& path,
   document = std::make_unique<morva_document>(std::move(reading), wants).release();
   Reading const& done = document->reading();
   if (done.status != MORVA_OK) {
-    throw Failure(done.status, failure_line(path, done));
+    throw Failure(done.status, failure_line(path, done), done.error);
   }
 }
 

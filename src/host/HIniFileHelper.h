@@ -52,7 +52,7 @@ class MORVA_EXPORT HIniFileHelper {
   /// The section list of this object stays as it is. False, with the file untouched and the reason
   /// in `errno`, on failure.
   bool write_string(HString const& section, HString const& key, HString const& value);
-  /// Loads the whole file into the section list; a file that cannot be read gives an empty list.
+  /// Loads the whole file into the section list; if it cannot: false, no sections, and `errno`.
   bool read_all();
   /// Replaces the file by the section list. False, with the file untouched and the reason in
   /// `errno`, on failure, and where the last `read_all` could not read what is there, so that it is

@@ -516,10 +516,28 @@ TEST_F(CBoxes, ThatAreMissingOrDamagedAreTold) {
   directory_.write("bad.box", "no box");
   open(path() + "/no.box", MORVA_CANNOT_OPEN);
   EXPECT_EQ(morva_last_error(), path() + "/no.box: No such file or directory");
+  open(path() + "/no\u202E.box", MORVA_CANNOT_OPEN);
+  EXPECT_EQ(morva_last_error(), path() + "/no\uFFFD.box: No such file or directory");
   open(path() + "/bad.box", MORVA_BAD_BOX);
   EXPECT_EQ(morva_last_error(), path() + "/bad.box: it is no box file, or it is damaged");
   open(path(), MORVA_CANNOT_OPEN);
   EXPECT_EQ(morva_last_error(), path() + "/box.ini: there is no index of boxes");
+}
+
+TEST_F(CBoxes, ThatDoNotOpenLeaveTheSystemsError) {
+  errno = 0;
+  open(path() + "/no.box", MORVA_CANNOT_OPEN);
+  EXPECT_EQ(std::exchange(errno, 0), ENOENT);
+  open(path(), MORVA_CANNOT_OPEN);
+  EXPECT_EQ(errno, ENOENT);
+}
+
+TEST_F(CBoxes, OfAnIndexThatIsTooLargeAreTold) {
+  write("traffic.box", ships_and_trains());
+  directory_.write("box.ini", std::string(std::size_t{9} << 20, ';') + "\n[traffic]\nCLASS=1\n");
+  open(path(), MORVA_BAD_BOX);
+  EXPECT_EQ(morva_last_error(),
+            path() + "/box.ini: the index of boxes cannot be read: File too large");
 }
 
 TEST_F(CBoxes, OfAnotherDirectoryAreNotReachedThroughTheIndex) {
@@ -568,6 +586,17 @@ TEST(CPool, OutlivesADocumentThatNeedsMoreMemoryThanItMay) {
   ASSERT_EQ(read_all(pool, {(directory.path() / "large.txt").string(), report()}, taken), MORVA_OK);
   EXPECT_THAT(taken.statuses, ElementsAre(MORVA_NOT_READ, MORVA_OK));
   EXPECT_STREQ(morva_document_reason(taken.documents[0].get()), "out of memory");
+}
+
+TEST(CPool, LogsNothingInWorkersWhereThereIsASink) {
+  auto const ignore = [](void*, int, char const*) {};
+  int const level = HFileLog::ins()->mi_level;
+  ASSERT_EQ(morva_set_log(4, ignore, nullptr), MORVA_OK);
+  ::testing::internal::CaptureStderr();
+  Taken taken;
+  read_all(make_pool(1), {"/nowhere/a.docx", report()}, taken);
+  EXPECT_EQ(::testing::internal::GetCapturedStderr(), "");
+  ASSERT_EQ(morva_set_log(level, nullptr, nullptr), MORVA_OK);
 }
 
 TEST(CPool, StopsWhereTheCallerWantsNoMore) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cerrno>
 #include <exception>
 #include <mutex>
 #include <new>
@@ -10,16 +11,19 @@
 
 namespace morva::c {
 
-/// Why a call fails: its status, and the text of `morva_last_error`.
+/// Why a call fails: its status, the text of `morva_last_error`, and the number of the system's
+/// error where that is the cause, else 0.
 class Failure : public std::runtime_error {
  public:
-  Failure(morva_status status, std::string const& reason)
-      : std::runtime_error(reason), status_(status) {}
+  Failure(morva_status status, std::string const& reason, int error = 0)
+      : std::runtime_error(reason), status_(status), error_(error) {}
 
   morva_status status() const { return status_; }
+  int error() const { return error_; }
 
  private:
   morva_status status_;
+  int error_;
 };
 
 /// Keeps the text for `morva_last_error` of this thread. Where there is no memory for it, a shorter
@@ -46,7 +50,7 @@ Value& emptied(Value* result, char const* name) {
   return *result;
 }
 
-/// The status of what `work` does: what it throws ends here.
+/// The status of what `work` does: what it throws ends here. A failure's error is left in `errno`.
 template <typename Work>
 morva_status status_of(Work const& work) noexcept {
   try {
@@ -54,6 +58,7 @@ morva_status status_of(Work const& work) noexcept {
     return MORVA_OK;
   } catch (Failure const& failure) {
     keep_error(failure.what());
+    errno = failure.error() == 0 ? errno : failure.error();
     return failure.status();
   } catch (std::bad_alloc const&) {
     keep_error("out of memory");
