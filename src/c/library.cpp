@@ -8,10 +8,12 @@
 
 #include "c/internal/call.h"
 #include "c/internal/dictionary.h"
+#include "c/internal/log.h"
 
 namespace {
 
 constexpr int most_verbose = 4;
+bool has_sink = false;
 
 std::string version_text() {
   auto const& version = morva::version;
@@ -20,6 +22,12 @@ std::string version_text() {
 }
 
 }  // namespace
+
+void morva::c::leave_sink() {
+  HFileLog* const log = HFileLog::ins();
+  log->set_sink({});
+  log->mi_level = has_sink ? 0 : log->mi_level;
+}
 
 int morva_interface_version(void) {
   return 1;
@@ -52,6 +60,7 @@ morva_status morva_set_log(int level, morva_log_sink sink, void* user) {
         sink(user, at, morvabs::to_utf8(text_view(text)).c_str());
       });
     }
+    has_sink = sink != nullptr;
     log->mi_level = level;
   });
 }

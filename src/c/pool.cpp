@@ -6,7 +6,6 @@
 #include <utility>
 #include <vector>
 
-#include "host/HFileLog.h"
 #include "host/native_path.h"
 #include "host/worker_pool.h"
 #include "morvaai_c.h"
@@ -14,6 +13,7 @@
 #include "c/internal/call.h"
 #include "c/internal/dictionary.h"
 #include "c/internal/document.h"
+#include "c/internal/log.h"
 #include "c/internal/reading.h"
 #include "c/internal/reading_bytes.h"
 
@@ -46,9 +46,9 @@ std::vector<HString> paths_of(char const* const* paths, std::size_t count) {
   return files;
 }
 
-// In a worker, where a sink of the host would run among copies of what the host holds.
+// In a worker.
 std::string work_on(HString const& file, Wants const& wants) {
-  HFileLog::ins()->set_sink({});
+  morva::c::leave_sink();
   return pack(read_file(file, wants));
 }
 
@@ -69,7 +69,7 @@ bool hand_out(std::size_t index, HString const& file, Reading reading, Wants con
   morva_status const status = morva::c::status_of([&] {
     document = std::make_unique<morva_document>(std::move(reading), wants);
     if (Reading const& done = document->reading(); done.status != MORVA_OK) {
-      throw Failure(done.status, failure_line(file, done));
+      throw Failure(done.status, failure_line(file, done), done.error);
     }
   });
   return take(user, index, status, document.release()) == 0;
