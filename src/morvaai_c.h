@@ -9,10 +9,11 @@
 /// with version 1 runs with every `libmorvaai_c.so.1`.
 ///
 /// Results: every function that can fail returns a status, and `morva_last_error` then says why. No
-/// C++ exception leaves the library. Where a function gives something through a pointer, that is
-/// set to null or 0 first. A null pointer where something is needed gives
-/// `MORVA_INVALID_ARGUMENT`; to free null does nothing. A handle must not be used once it has been
-/// freed.
+/// C++ exception leaves the library. Where a function gives one thing through a pointer, that is
+/// set to null or 0 first, the position of a class to SIZE_MAX; an array that the caller gives to
+/// be filled is left as it is unless the function succeeds. A null pointer where something is
+/// needed gives `MORVA_INVALID_ARGUMENT`; to free null does nothing. A handle must not be used once
+/// it has been freed.
 ///
 /// Ownership: who gets a handle frees it, with the function named for that. Texts and arrays that a
 /// handle gives belong to it: they are good until it is freed.
@@ -50,7 +51,7 @@ enum {
   /// A null pointer, a number out of range, or a text that is not what it should be.
   MORVA_INVALID_ARGUMENT = 1,
   MORVA_OUT_OF_MEMORY = 2,
-  /// The system does not open the file.
+  /// The system does not open the file; `errno` says why.
   MORVA_CANNOT_OPEN = 3,
   /// The document is of no known type, needs a password or is damaged, or its worker was lost; the
   /// outcome says which.
@@ -77,8 +78,9 @@ int morva_interface_version(void);
 char const* morva_library_version(void);
 
 /// One line, without its end, on the last failure in this thread; empty before the first. It names
-/// the file, if there is one, and the cause. Control characters in it are replaced, so that it may
-/// be shown. Good until the next failure in this thread.
+/// the file, if there is one, and the cause. Characters in it that would steer a terminal or turn
+/// the direction of the line are replaced, so that it may be shown. Good until the next failure in
+/// this thread.
 char const* morva_last_error(void);
 
 /// Loads the dictionary now; otherwise the first document does. With null from where it is found
@@ -90,8 +92,8 @@ morva_status morva_load_dictionary(char const* directory);
 typedef void (*morva_log_sink)(void* user, int level, char const* text);
 /// How much is logged, 0 (nothing) to 4, and to where: to `sink`, or with null to the file that
 /// MORVA_LOG_FILE names, else to standard error. At the start the level is what MORVA_LOG_LEVEL
-/// says, else 1. Worker processes do not call the sink. Must not be called while another thread
-/// reads.
+/// says, else 1. Worker processes do not call the sink: where one is set they log nothing, else to
+/// where this process does. Must not be called while another thread reads.
 morva_status morva_set_log(int level, morva_log_sink sink, void* user);
 
 /* ---- Documents ---- */
@@ -264,7 +266,8 @@ typedef struct morva_boxes morva_boxes;
 /// ~/.local/share/morvaai/box. One box that cannot be read is a failure of the whole. Boxes are
 /// read once: what becomes of the files later changes nothing.
 morva_status morva_boxes_open(char const* path, morva_boxes** boxes);
-/// Frees the boxes and all texts that they gave.
+/// Frees the boxes and all texts that they gave. What was made of them so that they are asked fast
+/// is kept a while: it goes as boxes that are opened later are asked for the first time.
 void morva_boxes_close(morva_boxes* boxes);
 
 /// What documents must be read for to be matched with these boxes: a sum of `MORVA_WANT_...`.
