@@ -53,7 +53,8 @@ class Boxes:
         self.close()
 
     def close(self) -> None:
-        """Gives their memory back; also done when the object ends."""
+        """Gives their memory back; what was made of them to ask them fast goes as other boxes are asked. Also done
+        when the object ends."""
         self._handle.close()
 
     @property

@@ -14,7 +14,8 @@ class MorvaError(Exception):
 
     Beside them the built-in ones are raised where they say it as well: :class:`FileNotFoundError` and other
     kinds of :class:`OSError` for a file that the system does not open, :class:`ValueError` for an argument that
-    is not what it should be, :class:`MemoryError`.
+    is not what it should be, :class:`MemoryError`. Without the shared library, importing the module raises
+    :class:`ImportError`.
     """
 
 
@@ -34,7 +35,7 @@ class NotAskedError(MorvaError, ValueError):
 
 
 class DictionaryError(MorvaError, RuntimeError):
-    """There is no dictionary where it is looked for, or no library."""
+    """There is no dictionary where it is looked for."""
 
 
 class BoxError(MorvaError, ValueError):

@@ -91,7 +91,7 @@ def _load() -> ctypes.CDLL:
         if os.sep in candidate and not os.environ.get("MORVA_LIBRARY") and not os.path.exists(candidate):
             continue
         try:
-            return ctypes.CDLL(candidate)
+            return ctypes.CDLL(candidate, use_errno=True)
         except OSError as error:
             problems.append(str(error))
     raise ImportError(f"{'; '.join(problems)}. Install libmorvaai_c, or name it in the variable MORVA_LIBRARY.")
@@ -120,7 +120,6 @@ def text_of(value: "bytes | None") -> str:
 _exceptions: "dict[int, type[Exception]]" = {
     INVALID_ARGUMENT: ValueError,
     OUT_OF_MEMORY: MemoryError,
-    CANNOT_OPEN: FileNotFoundError,
     NOT_READ: DocumentError,
     NO_DICTIONARY: DictionaryError,
     NOT_ASKED: NotAskedError,
@@ -131,6 +130,9 @@ _exceptions: "dict[int, type[Exception]]" = {
 
 def check(status: int) -> None:
     """Raises what a status stands for, with the library's reason."""
+    if status == CANNOT_OPEN:
+        number = ctypes.get_errno()
+        raise OSError(number, text_of(lib.morva_last_error()))
     if status != OK:
         raise _exceptions.get(status, MorvaError)(text_of(lib.morva_last_error()))
 
