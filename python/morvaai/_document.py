@@ -75,7 +75,7 @@ class Document:
             return None
         if self._status == library.CANNOT_OPEN:
             return cannot_open(int(lib.morva_document_error(self._handle.address)), self.path)
-        name = "" if self.path is None else f"{os.fsdecode(self.path)}: "
+        name = "" if self.path is None else f"{os.fsdecode(self.path)!r}: "
         return DocumentError(f"{name}{self.outcome}: {self.reason}", self)
 
     def _read_words(self) -> Tuple[List[str], List[str], Floats, Counts]:
@@ -248,23 +248,38 @@ def from_words(words: Sequence[str], weights: "npt.ArrayLike", counts: "Optional
 
 class _Interrupts:
     """Keeps an interrupt by the user for the end of a call, where it becomes a KeyboardInterrupt as ever; within a
-    function that the library calls it would be lost."""
+    function that the library calls it would be lost. Whichever thread it comes to, the handler runs in the main one,
+    so that this is of concern there alone, and where there is a handler of Python's."""
 
     def __enter__(self) -> "_Interrupts":
+        #: There was one.
+        self.is_waiting = False
+        self._former = signal.getsignal(signal.SIGINT)
         self._is_main = threading.current_thread() is threading.main_thread()
-        if self._is_main:
-            self._former = signal.pthread_sigmask(signal.SIG_BLOCK, [signal.SIGINT])
+        if self._is_main and callable(self._former):
+            signal.signal(signal.SIGINT, self._note)
         return self
 
-    def is_waiting(self) -> bool:
-        return self._is_main and signal.SIGINT in signal.sigpending()
+    def _note(self, *_: object) -> None:
+        self.is_waiting = True
 
     def __exit__(self, *_: object) -> None:
-        if self._is_main:
-            signal.pthread_sigmask(signal.SIG_SETMASK, self._former)
+        if self._is_main and callable(self._former):
+            signal.signal(signal.SIGINT, self._former)
+        if self.is_waiting:
+            signal.raise_signal(signal.SIGINT)
 
 
 def _read_batch(pool: Handle, paths: List[Path], wants: int, most_words: int) -> List[Document]:
+    documents: List[Document] = []
+    # Where a handler takes an interrupt for nothing, it goes on behind it.
+    while len(documents) < len(paths):
+        documents += _read_some(pool, paths[len(documents):], wants, most_words)
+    return documents
+
+
+def _read_some(pool: Handle, paths: List[Path], wants: int, most_words: int) -> List[Document]:
+    """The documents up to an interrupt."""
     documents: List[Document] = []
     failed: List[int] = []
 
@@ -273,14 +288,15 @@ def _read_batch(pool: Handle, paths: List[Path], wants: int, most_words: int) ->
             failed.append(status)
             return 1
         documents.append(Document(Handle(address, lib.morva_document_free), paths[index], status))
-        return int(interrupts.is_waiting())
+        return int(interrupts.is_waiting)
 
     raw = library.c_texts([library.path_bytes(path) for path in paths])
     with _Interrupts() as interrupts:
         status = lib.morva_pool_read(pool.address, raw, len(paths), wants, most_words, library.TAKE(take), None)
     if failed:
         raise MemoryError("out of memory")
-    check(status)
+    if status != library.STOPPED:
+        check(status)
     return documents
 
 

@@ -3,6 +3,7 @@
 import doctest
 import gc
 import importlib
+import itertools
 import json
 import os
 import pathlib
@@ -78,9 +79,18 @@ class ReadTest(unittest.TestCase):
         with tempfile.TemporaryDirectory() as directory:
             path = pathlib.Path(directory, "half.docx")
             path.write_bytes(REPORT.read_bytes()[:REPORT.stat().st_size // 2])
-            with self.assertRaisesRegex(morvaai.DocumentError, "half.docx: damaged: ") as raised:
+            with self.assertRaisesRegex(morvaai.DocumentError, "half.docx': damaged: ") as raised:
                 morvaai.read(path)
             self.assertEqual("damaged", raised.exception.document.outcome)
+
+    def test_a_failure_names_its_file_so_that_it_can_be_shown(self):
+        with tempfile.TemporaryDirectory() as directory:
+            path = os.path.join(os.fsencode(directory), b"\xff\x1b[31m.docx")
+            with open(path, "wb") as file:
+                file.write(REPORT.read_bytes()[:2000])
+            with self.assertRaises(morvaai.DocumentError) as raised:
+                morvaai.read(path)
+            self.assertTrue(str(raised.exception).isprintable())
 
     def test_what_was_not_asked_for_is_refused(self):
         with self.assertRaises(morvaai.NotAskedError):
@@ -188,6 +198,30 @@ class ReadAllTest(unittest.TestCase):
         self.assertTrue(errors.endswith("KeyboardInterrupt\n"), errors)
         self.assertNotIn("ignored", errors)
 
+    def test_an_interrupt_that_another_thread_gets_ends_it_as_well(self):
+        swallowed = []
+        self.addCleanup(setattr, sys, "unraisablehook", sys.unraisablehook)
+        sys.unraisablehook = swallowed.append
+        interrupting = threading.Timer(0.1, lambda: signal.pthread_kill(threading.get_ident(), signal.SIGINT))
+        interrupting.start()
+        self.addCleanup(interrupting.join)
+        with self.assertRaises(KeyboardInterrupt):
+            for _ in morvaai.read_all(itertools.repeat(REPORT), jobs=1):
+                pass
+        self.assertEqual([], swallowed)
+
+    def test_an_interrupt_that_its_handler_takes_for_nothing_loses_no_document(self):
+        came = []
+        self.addCleanup(signal.signal, signal.SIGINT, signal.signal(signal.SIGINT, lambda *_: came.append(True)))
+        interrupting = threading.Timer(0.1, lambda: os.kill(os.getpid(), signal.SIGINT))
+        interrupting.start()
+        paths = [SAMPLES / "launch.pptx", REPORT] * 32
+        found = []
+        while not came:
+            found = [document.path for document in morvaai.read_all(paths, jobs=1)]
+            self.assertEqual(paths, found)
+        interrupting.join()
+
     def test_several_threads_read(self):
         found = []
         threads = [threading.Thread(target=lambda: found.append([d.dna for d in morvaai.read_all([REPORT], jobs=1)]))
@@ -232,6 +266,19 @@ class BoxesTest(unittest.TestCase):
             morvaai.Boxes(REPORT)
         with self.assertRaises(FileNotFoundError):
             morvaai.Boxes("/nowhere/a.box")
+
+    def test_a_box_that_may_not_be_opened_is_told_as_such(self):
+        with tempfile.TemporaryDirectory() as directory:
+            user = os.geteuid()
+            os.chmod(directory, 0)
+            # Root is kept out of nothing.
+            os.seteuid(user or 65534)
+            try:
+                with self.assertRaises(PermissionError):
+                    morvaai.Boxes(pathlib.Path(directory, "a.box"))
+            finally:
+                os.seteuid(user)
+                os.chmod(directory, 0o700)
 
     def test_closed_boxes_are_refused(self):
         boxes = morvaai.Boxes(self.directory)
