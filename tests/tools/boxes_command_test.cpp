@@ -215,6 +215,17 @@ TEST_F(BoxesCommand, verify_takes_an_index_without_md5) {
   EXPECT_EQ(box({"verify"}).status, 0);
 }
 
+TEST_F(BoxesCommand, an_index_that_is_too_large_is_a_failure) {
+  boxes.write("box.ini", std::string(std::size_t{9} << 20, ';') + "\n[ships]\nCLASS = c1\n");
+  std::string const told = box_file("box.ini") + ": the index of boxes cannot be read: ";
+  Finished const listed = box({"list"});
+  EXPECT_EQ(listed.status, 1);
+  EXPECT_THAT(listed.errors, HasSubstr(told));
+  Finished const matched = run({"match", write("file.txt", "ships")});
+  EXPECT_EQ(matched.status, 2);
+  EXPECT_THAT(matched.errors, HasSubstr(told));
+}
+
 TEST_F(BoxesCommand, verify_finds_a_damaged_file) {
   box({"add", box_elsewhere("ships.box")});
   boxes.write("ships.box", "no box");

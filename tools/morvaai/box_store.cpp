@@ -5,6 +5,7 @@
 #include <cstring>
 #include <filesystem>
 #include <functional>
+#include <stdexcept>
 #include <system_error>
 
 #include "box_change.h"
@@ -144,7 +145,23 @@ BoxStore::Problem put(HString const& id,
 
 }  // namespace
 
+BoxStore::Problem BoxStore::refuse_index() {
+  HString const& path = HFileClusterBoxIni::mstr_box_ini;
+  if (!HFile::IsFileExistFile(path)) {
+    return std::nullopt;
+  }
+  HIniFileHelper index;
+  index.setFile(path);
+  if (index.read_all()) {
+    return std::nullopt;
+  }
+  return about(path, std::string("the index of boxes cannot be read: ") + std::strerror(errno));
+}
+
 std::vector<HClusterBoxLocalNode> BoxStore::entries() {
+  if (Problem const unread = refuse_index()) {
+    throw std::runtime_error(*unread);
+  }
   std::vector<HClusterBoxLocalNode> all;
   // Before the first box there is no index, which is nothing to log.
   if (HFile::IsFileExistFile(HFileClusterBoxIni::mstr_box_ini)) {
@@ -223,6 +240,9 @@ BoxStore::Problem BoxStore::refuse_id(HString const& id) {
 }
 
 BoxStore::Problem BoxStore::refuse_replacing(HString const& id) {
+  if (Problem unread = refuse_index()) {
+    return unread;
+  }
   if (!has(id)) {
     return std::nullopt;
   }
@@ -265,6 +285,9 @@ BoxStore::Problem BoxStore::remove(HString const& id) {
   BoxLock const lock(real_path(directory()));
   if (lock.problem()) {
     return about(directory(), *lock.problem());
+  }
+  if (Problem unread = refuse_index()) {
+    return unread;
   }
   if (!has(id)) {
     return no_such_box(id);

@@ -16,7 +16,10 @@ class BoxStore {
  public:
   using Problem = std::optional<std::string>;
 
-  /// The entries of the index, in its order.
+  /// Why the index cannot be read; nothing where there is none.
+  static Problem refuse_index();
+  /// The entries of the index, in its order. This and what asks it, as `has`, throws where the
+  /// index cannot be read: the library would take it for an empty one.
   static std::vector<HClusterBoxLocalNode> entries();
   static std::optional<HClusterBoxLocalNode> entry(HString const& id);
   /// The ids of box files that the index does not have, in order.

@@ -80,6 +80,10 @@ QXPPolicyMorvaClustBox const* load(HString const& box_id) {
 
 Questions ask_boxes(std::vector<HString> const& box_ids) {
   Questions questions;
+  if (auto const unread = BoxStore::refuse_index()) {
+    questions.problem = *unread;
+    return questions;
+  }
   std::vector<HClusterBoxLocalNode> entries;
   HFileClusterBoxMgr::pins()->get_local_box(entries);
   for (HString const& id : box_ids) {
