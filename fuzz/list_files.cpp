@@ -9,7 +9,7 @@
 
 #include "fuzz/require.h"
 #include "support/temporary_directory.h"
-#include "tools/morvaai/inputs.h"
+#include "tools/morvaai/documents/inputs.h"
 
 // Lists of paths on standard input: each line is a path as it stands, a folder stands for its
 // files.

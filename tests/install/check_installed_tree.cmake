@@ -62,7 +62,8 @@ endif()
 if(NOT SANITIZE)
   run("${CMAKE_COMMAND}" -S "${prefix}/share/doc/morvaai/examples" -B "${WORK_DIR}/examples" -G Ninja
     "-DCMAKE_PREFIX_PATH=${prefix}" "-DCMAKE_CXX_COMPILER=${CXX}")
-  run("${CMAKE_COMMAND}" --build "${WORK_DIR}/examples")
+  # One of each kind; the others differ in nothing that an installed tree could lack.
+  run("${CMAKE_COMMAND}" --build "${WORK_DIR}/examples" --target example-fingerprint example-own_host_library)
   set(samples "${SOURCE_DIR}/../../samples")
   run("${WORK_DIR}/examples/fingerprint" "${samples}/budget.xlsx" "${samples}/harbour-report.docx")
   run("${WORK_DIR}/examples/own_host_library/own_host_library" "${samples}/harbour-report.docx")

@@ -9,12 +9,12 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "distance_rows.h"
-#include "held_out.h"
-#include "neighbour_distances.h"
-#include "parameter_sweep.h"
-#include "samples.h"
-#include "silhouette.h"
+#include "classes/distance_rows.h"
+#include "classes/neighbour_distances.h"
+#include "classes/samples.h"
+#include "suggest/held_out.h"
+#include "suggest/parameter_sweep.h"
+#include "suggest/silhouette.h"
 
 namespace {
 

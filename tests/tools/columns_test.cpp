@@ -1,4 +1,4 @@
-#include "columns.h"
+#include "terminal/columns.h"
 
 #include <string>
 

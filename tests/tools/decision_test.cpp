@@ -1,4 +1,4 @@
-#include "decision.h"
+#include "classes/decision.h"
 
 #include <cmath>
 #include <random>

@@ -1,4 +1,4 @@
-#include "meter.h"
+#include "terminal/meter.h"
 
 #include <chrono>
 #include <string>
@@ -6,7 +6,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "columns.h"
+#include "terminal/columns.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "method.h"
+#include "classes/method.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

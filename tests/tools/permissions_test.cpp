@@ -5,8 +5,8 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include "documents/work_directory.h"
 #include "tools/boxes_program.h"
-#include "work_directory.h"
 
 namespace {
 

@@ -4,7 +4,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "report_template.h"
+#include "report/report_template.h"
 #include "tools/boxes_program.h"
 
 namespace {

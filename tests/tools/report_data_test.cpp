@@ -1,4 +1,4 @@
-#include "report_data.h"
+#include "report/report_data.h"
 
 #include <bit>
 #include <cmath>
@@ -10,10 +10,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "corpus_map.h"
-#include "report_classes.h"
-#include "report_match.h"
-#include "report_page.h"
+#include "report/corpus_map.h"
+#include "report/report_classes.h"
+#include "report/report_match.h"
+#include "report/report_page.h"
 
 namespace {
 

@@ -1,3 +1,5 @@
+#include "documents/run_on_files.h"
+
 #include <string>
 #include <vector>
 
@@ -5,7 +7,6 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
-#include "report.h"
 #include "support/temporary_directory.h"
 #include "support/worker_socket.h"
 

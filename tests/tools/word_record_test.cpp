@@ -1,4 +1,4 @@
-#include "word_record.h"
+#include "documents/word_record.h"
 
 #include <cstring>
 #include <limits>

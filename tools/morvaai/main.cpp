@@ -5,8 +5,8 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-#include "command_line.h"
-#include "usage_error.h"
+#include "command_line/command_line.h"
+#include "command_line/usage_error.h"
 
 namespace {
 

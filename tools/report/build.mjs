@@ -102,7 +102,7 @@ mkdirSync(folder, { recursive: true });
 writeFileSync(join(folder, "template.html"), page);
 writeFileSync(
   join(folder, "report_template.cpp"),
-  `#include "report_template.h"
+  `#include "report/report_template.h"
 
 #include <string>
 

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+#include "morvaai.h"
+
+#include "classes/corpus.h"
+
+namespace tool {
+
+/// The files that classes are made of, and where folders say which class each is in, the names of
+/// the classes and beside each file the position of its own.
+struct Samples {
+  std::vector<HString> files;
+  std::vector<HString> class_names;
+  std::vector<std::size_t> class_of_file;
+  /// Files in no sub-folder.
+  std::vector<HString> strays;
+};
+
+/// Why the inputs cannot be the folders whose sub-folders are classes; empty where they can.
+std::string no_folders_of_classes(std::vector<std::string> const& inputs);
+
+/// The files of the inputs; with `by_folder` each sub-folder is a class.
+Samples find_samples(std::vector<std::string> const& inputs, bool by_folder);
+
+/// At most so many of the samples: evenly spaced in each class, and of large classes less than of
+/// small ones, which stay whole.
+Samples some_of(Samples const& samples, std::size_t most);
+
+/// Reads the samples; strays are told and count as failed.
+Corpus read_samples(Samples const& samples, std::size_t jobs, CorpusNeeds const& needs = {});
+
+/// For each class the positions of its files in the corpus that was read of the samples.
+std::vector<std::vector<int>> members_by_folder(Samples const& samples, Corpus const& corpus);
+
+}  // namespace tool

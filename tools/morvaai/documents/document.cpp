@@ -1,0 +1,90 @@
+#include "documents/document.h"
+
+#include <limits>
+#include <system_error>
+
+#include <nlohmann/json.hpp>
+
+namespace tool {
+
+namespace {
+
+FileReport failure_report(HString const& path, bool json, std::string const& outcome,
+                          std::string const& reason) {
+  return {json ? json_failure(path, outcome, reason) : std::string(),
+          reason.empty() ? outcome : outcome + ": " + reason};
+}
+
+}  // namespace
+
+Document::Document(HString const& path)
+    : file_(path, false), parser_(Orlec::GetParser(&file_, false)) {
+  if (parser_ == nullptr) {
+    reason_ = explain_missing_parser(path);
+    return;
+  }
+  parser_->SetMask(1);
+  parser_->SetCallBack(&callback_, false);
+  is_read_ = parser_->InitFile();
+  outcome_ = parser_->GetOutcome();
+  reason_ = utf8(parser_->GetReason());
+}
+
+std::string Document::explain_missing_parser(HString const& path) {
+  if (!file_.IsOpen()) {
+    outcome_ = Orlec::ParseOutcome::failed;
+    return std::system_category().message(file_.GetError());
+  }
+  HTessarineResult recognised;
+  if (!HTessarine::recognize(path, recognised)) {
+    return "the type of the file is not known";
+  }
+  return "there is no reader for files of the type " + printable(recognised.str_suffix);
+}
+
+std::optional<FileReport> Document::failure(HString const& path, bool json) const {
+  if (is_read_ && outcome_ != Orlec::ParseOutcome::no_text) {
+    return std::nullopt;
+  }
+  return failure_report(path, json, outcome_name(), reason_);
+}
+
+std::string Document::incompleteness() const {
+  bool const complete =
+      outcome_ == Orlec::ParseOutcome::text || outcome_ == Orlec::ParseOutcome::no_text;
+  return complete ? std::string() : "read only in part: " + reason_;
+}
+
+nlohmann::ordered_json json_head(HString const& path, Document const& document) {
+  nlohmann::ordered_json object;
+  object["file"] = utf8(path);
+  object["outcome"] = document.outcome_name();
+  if (!document.reason().empty()) {
+    object["reason"] = document.reason();
+  }
+  return object;
+}
+
+FileReport no_dictionary(HString const& path, bool json) {
+  HString const directory = Orlec::LocateMgr::pins()->get_dict_path(false);
+  return failure_report(path, json, "failed",
+                        "there is no dictionary in " + printable(directory) +
+                            "; MORVA_DICT_PATH names another directory");
+}
+
+FileReport no_words(HString const& path, bool json) {
+  return failure_report(path, json, "no words", "there are no words in its text");
+}
+
+HString Document::text(Orlec::ParseTextType type) const {
+  Orlec::ParseText* const text = callback_.GetTextByType(type);
+  if (text == nullptr) {
+    return {};
+  }
+  wchar_t* buffer = nullptr;
+  int length = 0;
+  text->GetTextBuff(&buffer, length, std::numeric_limits<int>::max());
+  return {buffer, length};
+}
+
+}  // namespace tool

@@ -1,0 +1,57 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+
+#include <nlohmann/json_fwd.hpp>
+
+#include "morvaai.h"
+
+#include "documents/run_on_files.h"
+
+namespace tool {
+
+/// A document opened and parsed, its text in memory.
+class Document {
+ public:
+  explicit Document(HString const& path);
+
+  /// There is text to work with, perhaps not all of it.
+  bool is_read() const { return is_read_; }
+  Orlec::ParseOutcome outcome() const { return outcome_; }
+  /// The outcome as a word, as "encrypted".
+  std::string outcome_name() const { return utf8(Orlec::GetOutcomeName(outcome_)); }
+  /// Why the document was not read, or not whole: a phrase for a person.
+  std::string const& reason() const { return reason_; }
+
+  /// What to report of a document that gave no main text at all; nothing where there is some.
+  std::optional<FileReport> failure(HString const& path, bool json) const;
+  /// What to report of a document that was not read to its end; empty where it was.
+  std::string incompleteness() const;
+
+  HString main_text() const { return text(Orlec::ParseTextType_main); }
+  /// The text of one kind; empty where the document has none.
+  HString text(Orlec::ParseTextType type) const;
+  /// The parser, after parsing; null where the file has none.
+  Orlec::ParseFile* parser() const { return parser_.get(); }
+
+ private:
+  std::string explain_missing_parser(HString const& path);
+
+  Orlec::IFile file_;
+  Orlec::TextLineCallback callback_;
+  std::unique_ptr<Orlec::ParseFile> parser_;
+  bool is_read_ = false;
+  Orlec::ParseOutcome outcome_ = Orlec::ParseOutcome::not_supported;
+  std::string reason_;
+};
+
+/// The begin of a result: the file, the outcome, and why it is not the whole text, where it is not.
+nlohmann::ordered_json json_head(HString const& path, Document const& document);
+
+/// What to report where words are needed and there is no dictionary, or none were found.
+FileReport no_dictionary(HString const& path, bool json);
+FileReport no_words(HString const& path, bool json);
+
+}  // namespace tool

@@ -1,0 +1,75 @@
+#pragma once
+
+#include <cstddef>
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <nlohmann/json.hpp>
+
+#include "morvaai.h"
+
+#include "classes/decision.h"
+#include "report/report_measure.h"
+
+namespace tool {
+
+/// Why files were taken by classes or by none, word by word, as a page shows it. The classifiers
+/// decide; this measures what they measure and tells it apart by words.
+class MatchReport {
+ public:
+  /// A box and the classes of it that are asked; the box must live as long as the report.
+  struct Asked {
+    HString box_id;
+    std::vector<HString> class_ids;
+    QXPPolicyMorvaClustBox const* box = nullptr;
+  };
+  explicit MatchReport(std::vector<Asked> const& asked);
+
+  /// A file, and the class that took it, if one did.
+  void add(HString const& file, HFeatureNode const& document,
+           std::optional<Decision> const& decision);
+  void add_failure(HString const& file, std::string const& reason);
+
+  /// The data of the page, as docs/report.md describes them.
+  nlohmann::ordered_json as_json() const;
+
+ private:
+  struct Box {
+    HString id;
+    BoxMeasure measure;
+    /// Of each class whether it is asked.
+    std::vector<bool> is_asked;
+    /// Position of its first class among those of all boxes.
+    std::size_t first_class;
+  };
+  /// How a document lies to a class of one of the boxes.
+  struct Candidate {
+    Box const* box;
+    ClassMeasure measure;
+    /// The class of the box with a nearer center, which alone could take the document.
+    std::optional<std::size_t> nearer;
+  };
+
+  std::vector<Candidate> candidates_of(HFeatureNode const& document) const;
+  nlohmann::ordered_json candidate_json(Candidate const& candidate) const;
+  nlohmann::ordered_json words_json(WordComparison const& words);
+  nlohmann::ordered_json lone_json(std::vector<WordComparison::Lone> const& words);
+  nlohmann::ordered_json explained(HFeatureNode const& document,
+                                   std::optional<Decision> const& decision);
+  std::size_t number_of(HString const& word);
+  void keep(HString const& file, nlohmann::ordered_json about);
+
+  std::vector<Box> boxes_;
+  std::size_t accepted_ = 0;
+  std::size_t refused_ = 0;
+  std::size_t failed_ = 0;
+  std::size_t bytes_ = 0;
+  nlohmann::ordered_json files_ = nlohmann::ordered_json::array();
+  /// The words that the files name, each once, by their numbers.
+  std::map<HString, std::size_t> numbers_;
+  nlohmann::ordered_json words_ = nlohmann::ordered_json::array();
+};
+
+}  // namespace tool
