@@ -6,7 +6,7 @@ set_property(CACHE MORVA_WITH_REPORT PROPERTY STRINGS AUTO ON OFF)
 # morva_report_template(VARIABLE): the source file that holds the page, or one that holds none.
 function(morva_report_template variable)
   set(sources "${PROJECT_SOURCE_DIR}/tools/report")
-  set(${variable} "${PROJECT_SOURCE_DIR}/tools/morvaai/report_template_absent.cpp" PARENT_SCOPE)
+  set(${variable} "${PROJECT_SOURCE_DIR}/tools/morvaai/report/report_template_absent.cpp" PARENT_SCOPE)
   if(NOT MORVA_WITH_REPORT AND NOT MORVA_WITH_REPORT STREQUAL "AUTO")
     return()
   endif()
