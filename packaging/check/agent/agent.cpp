@@ -6,7 +6,7 @@ int main(int argc, char** argv) {
     HString const path = morvabs::from_path(argv[i]);
     HFeatureNode words;
     bool const is_read = HFileFeature::get_file_feature(path, words, true);
-    *HStdOutStream::ins() << path << L": " << (is_read ? words.vt_words.at(0) : HString(L"not read"))
-                          << L"\n";
+    *HStdOutStream::ins() << path << L": "
+                          << (is_read ? words.vt_words.at(0) : HString(L"not read")) << L"\n";
   }
 }
