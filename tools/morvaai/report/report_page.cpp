@@ -5,6 +5,7 @@
 
 #include <unistd.h>
 
+#include "documents/no_signals.h"
 #include "documents/run_on_files.h"
 #include "report/report_template.h"
 
@@ -40,9 +41,19 @@ std::string fill_template(std::string_view page, nlohmann::ordered_json const& d
   return filled.append(page.substr(at + report_data_mark.size()));
 }
 
-std::optional<std::string> refuse_report(HString const& path) {
+std::optional<std::string> refuse_any_report() {
   if (report_template().empty()) {
-    return "this program was built without reports: run scripts/setup and build again";
+    return "this program was built without reports: run scripts/setup --report and build again";
+  }
+  return std::nullopt;
+}
+
+std::optional<std::string> refuse_report(HString const& path) {
+  if (auto const refused = refuse_any_report()) {
+    return refused;
+  }
+  if (path == L"-") {
+    return "standard output has the results: name a file for the report, or ./- for one named -";
   }
   auto const bytes = morvabs::to_path(path);
   if (!bytes || bytes->empty()) {
@@ -61,10 +72,15 @@ std::optional<std::string> refuse_report(HString const& path) {
 
 std::optional<std::string> write_report(HString const& path, nlohmann::ordered_json const& data) {
   HString const page(morvabs::from_utf8(fill_template(report_template(), data)).c_str());
+  NoSignals const whole;
   if (HFile::write_to_file(path, page, false, false)) {
     return std::nullopt;
   }
   return printable(path) + ": the report cannot be written: " + std::strerror(errno);
+}
+
+bool print_report(nlohmann::ordered_json const& data) {
+  return write_output(fill_template(report_template(), data));
 }
 
 }  // namespace tool
