@@ -31,6 +31,12 @@ std::string behind_links(std::string const& path) {
   return ::realpath(path.c_str(), resolved.data()) == nullptr ? path : std::string(resolved.data());
 }
 
+/// Of a link that `behind_links` left: it leads to nothing, or to what has no path, as a pipe.
+int why_unresolved(std::string const& link) {
+  struct stat target {};
+  return ::stat(link.c_str(), &target) == 0 ? EINVAL : errno;
+}
+
 /// A rename lasts only when its directory is on disk too. A file system that cannot do that has
 /// still taken the file, so this is no failure.
 void sync_directory(char const* path) {
@@ -60,6 +66,9 @@ AtomicFile::~AtomicFile() {
 bool AtomicFile::open(Access access) {
   struct stat old {};
   bool const exists = ::lstat(path_.c_str(), &old) == 0;
+  if (exists && access == Access::keep && S_ISLNK(old.st_mode)) {
+    return fail(why_unresolved(path_));
+  }
   bool const is_replaceable = S_ISREG(old.st_mode) || S_ISLNK(old.st_mode);
   if (exists && !is_replaceable) {
     return fail(S_ISDIR(old.st_mode) ? EISDIR : EINVAL);

@@ -23,7 +23,8 @@ class MORVA_EXPORT AtomicFile {
   enum class Access {
     keep,        ///< an existing file's owner and permissions, which the temporary gets once it is
                  ///< whole, else `new_file_permissions`; a symbolic link stays, the file behind it
-                 ///< is replaced
+                 ///< is replaced; one that leads to nothing (ENOENT), or to what has no path
+                 ///< (EINVAL), as /dev/stdout may, stays too: that is a failure
     owner_only,  ///< `private_file_permissions`, from the first byte on; a symbolic link is
                  ///< replaced
   };

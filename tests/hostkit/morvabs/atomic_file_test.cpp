@@ -1,5 +1,6 @@
 #include "morvabs/atomic_file.h"
 
+#include <array>
 #include <cerrno>
 #include <filesystem>
 #include <iterator>
@@ -125,6 +126,28 @@ TEST(AtomicFile, a_kept_link_stays_a_link) {
   write_whole(directory.path() / "link", "new", Access::keep);
   EXPECT_TRUE(std::filesystem::is_symlink(directory.path() / "link"));
   EXPECT_EQ(directory.read("target"), "new");
+}
+
+TEST(AtomicFile, a_kept_link_to_nothing_stays_and_is_a_failure) {
+  test::TemporaryDirectory const directory;
+  std::filesystem::create_symlink("missing", directory.path() / "link");
+  EXPECT_FALSE(write_whole(directory.path() / "link", "new", Access::keep));
+  EXPECT_EQ(errno, ENOENT);
+  EXPECT_TRUE(std::filesystem::is_symlink(directory.path() / "link"));
+  EXPECT_EQ(entries(directory), 1);
+}
+
+TEST(AtomicFile, a_kept_link_to_a_pipe_stays_and_is_a_failure) {
+  test::TemporaryDirectory const directory;
+  std::array<int, 2> ends{};
+  ASSERT_EQ(pipe(ends.data()), 0);
+  std::filesystem::create_symlink("/proc/self/fd/" + std::to_string(ends[1]),
+                                  directory.path() / "link");
+  EXPECT_FALSE(write_whole(directory.path() / "link", "new", Access::keep));
+  EXPECT_EQ(errno, EINVAL);
+  EXPECT_TRUE(std::filesystem::is_symlink(directory.path() / "link"));
+  close(ends[0]);
+  close(ends[1]);
 }
 
 TEST(AtomicFile, private_content_does_not_follow_a_link) {
