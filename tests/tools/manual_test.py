@@ -181,6 +181,8 @@ class BashCompletion(unittest.TestCase):
         self.assertEqual(self.complete("match", "--class", "", boxes=boxes), [folder.name])
         self.assertEqual(self.complete("match", "--box", "other", "--class", "", boxes=boxes), [])
         self.assertFalse((pathlib.Path(self.folder.name) / "owned").exists())
+        self.assertEqual(self.complete("match", "--box", name.replace(" ", "\\ "), "--class", "", boxes=boxes),
+                         [folder.name])
 
 
 class OtherCompletions(unittest.TestCase):

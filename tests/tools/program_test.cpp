@@ -158,6 +158,23 @@ TEST_F(Program, an_empty_file_is_told) {
   EXPECT_THAT(finished.errors, HasSubstr("no text"));
 }
 
+TEST_F(Program, a_path_in_brackets_is_one_path) {
+  std::string const text = "anchor vessel cargo harbour\n";
+  write("[draft].txt]", text);
+  write("[a,b]", text);
+  std::string const inside = "cd " + path("") + " && " MORVAAI_PROGRAM " dna ";
+  EXPECT_EQ(std::system((inside + "'[a,b]' '[draft].txt]' >dnas").c_str()), 0);
+  EXPECT_THAT(read("dnas"), HasSubstr("  [a,b]\n"));
+  EXPECT_THAT(read("dnas"), HasSubstr("  [draft].txt]\n"));
+  EXPECT_EQ(run({"dna", "[draft]"}).errors,
+            "morvaai: [draft]: failed: No such file or directory\n");
+}
+
+TEST_F(Program, what_stands_behind_two_dashes_is_no_option_wherever_they_stand) {
+  EXPECT_THAT(run({"dna", sample("budget.xlsx"), "--", "-missing"}).errors,
+              HasSubstr("-missing: failed: No such file or directory"));
+}
+
 TEST_F(Program, a_dash_reads_paths_from_standard_input) {
   std::string const list = sample("budget.xlsx") + "\n\n" + sample("launch.pptx") + "\n";
   Finished const finished = run({"dna", "-"}, list);

@@ -45,11 +45,21 @@ void add_commands(CLI::App& app, Commands& all) {
                "Exit status: 0 all done, 1 some failed, 2 wrong use.");
 }
 
+CLI::Option& take_any_number(CLI::Option& argument) {
+  constexpr int most = CLI::detail::expected_max_vector_size - 1;
+  // What may have extra values has them in the form of a list too, and what is expected to be more
+  // takes arguments until then. That it was less is seen only where not all are taken.
+  argument.expected(most)
+      ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
+      ->allow_extra_args(false);
+  return argument;
+}
+
 void add_run_options(CLI::App& command, RunOptions& options, char const* json_help) {
   options.jobs = std::max(1U, std::thread::hardware_concurrency());
-  command
-      .add_option("FILE", options.inputs, "Files, folders, or - for paths listed on standard input")
-      ->required();
+  take_any_number(*command.add_option("FILE", options.inputs,
+                                      "Files, folders, or - for paths listed on standard input"))
+      .required();
   command.add_option("-j,--jobs", options.jobs, "Worker processes")
       ->option_text("N")
       ->default_str("one for each processor")

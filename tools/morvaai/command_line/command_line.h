@@ -53,6 +53,10 @@ inline constexpr char const* document_group = "What a file says";
 inline constexpr char const* class_group = "Classes of files";
 inline constexpr char const* machine_group = "This machine";
 
+/// Has the argument be any number of words, each taken as it is: CLI11 would take one in brackets
+/// for a list of several.
+CLI::Option& take_any_number(CLI::Option& argument);
+
 /// What commands over many files share: the files, `--json` and `--jobs`.
 void add_run_options(CLI::App& command, RunOptions& options,
                      char const* json_help = "Print one JSON object a line for each file");

@@ -15,7 +15,9 @@ void add_id(CLI::App& command, BoxOptions& options, bool is_one) {
   CLI::Option* const id = command.add_option(
       "BOX", options.ids, is_one ? "Name of a box" : "Names of boxes; without any, all boxes");
   if (is_one) {
-    id->required()->expected(1);
+    id->required()->expected(1)->allow_extra_args(false);
+  } else {
+    take_any_number(*id);
   }
 }
 

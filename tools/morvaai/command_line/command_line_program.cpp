@@ -29,7 +29,7 @@ void add_program_commands(CLI::App& app, Commands& all) {
 
   command = app.add_subcommand("help", "Help on a command, or all commands as JSON");
   command->group(machine_group);
-  command->add_option("COMMAND", all.help.command, "A command, as box add");
+  take_any_number(*command->add_option("COMMAND", all.help.command, "A command, as box add"));
   add_json_option(*command, all.help.json, "Print the commands and their options as a JSON object");
   set_examples(*command, {"morvaai help learn", "morvaai help box add"});
   command->callback([&app, &all] { all.status = run_help(app, all.help.command, all.help.json); });
@@ -37,8 +37,9 @@ void add_program_commands(CLI::App& app, Commands& all) {
   // What shells ask for while a command line is being typed: in no group, it is not shown.
   command = app.add_subcommand("complete", "Names of boxes, or of the classes of boxes");
   command->group("");
-  command->add_option("WHAT", all.completed, "boxes, or classes and the boxes that have them")
-      ->required();
+  take_any_number(
+      *command->add_option("WHAT", all.completed, "boxes, or classes and the boxes that have them"))
+      .required();
   command->callback([&all] { all.status = run_complete(all.completed); });
 }
 
