@@ -178,6 +178,8 @@ class BashCompletion(unittest.TestCase):
                        env={**os.environ, "MORVA_BOX_PATH": str(boxes)})
         self.assertEqual(self.complete("match", "--box", "a", boxes=boxes), [name])
         self.assertEqual(self.complete("box", "show", "a\\ $", boxes=boxes), [name])
+        (pathlib.Path(self.folder.name) / "a received.box").touch()
+        self.assertEqual(self.complete("report", "a", boxes=boxes), [name, "a received.box"])
         self.assertEqual(self.complete("match", "--class", "", boxes=boxes), [folder.name])
         self.assertEqual(self.complete("match", "--box", "other", "--class", "", boxes=boxes), [])
         self.assertFalse((pathlib.Path(self.folder.name) / "owned").exists())

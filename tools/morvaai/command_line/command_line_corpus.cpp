@@ -173,8 +173,8 @@ void add_match(CLI::App& app, Commands& all) {
 void add_report(CLI::App& app, Commands& all) {
   CLI::App& command =
       *add_command(app, "report", "Writes a page for the browser about the classes of a box");
-  command.add_option("BOX", all.report.box, "Name of a box, or a box file")->required();
-  command.add_option("-o,--output", all.report.output, "File for the page")
+  command.add_option("BOX|FILE", all.report.box, "Name of a box, or a box file")->required();
+  command.add_option("-o,--output", all.report.output, "File for the page; - for standard output")
       ->option_text("FILE")
       ->default_str("BOX.html");
   set_examples(command, {"morvaai report demo -o demo.html"});
