@@ -90,6 +90,23 @@ TEST(AMeter, counts_nothing_of_work_without_an_end) {
   EXPECT_EQ(line(meter, 2000), "reading a.txt, 0:02");
 }
 
+TEST(AMeter, goes_on_where_work_is_renamed) {
+  Meter meter("reading", 80, at(0));
+  meter.rename("radii: 1 of 14");
+  EXPECT_EQ(line(meter, 999), "");
+  meter.rename("radii: 2 of 14");
+  EXPECT_EQ(line(meter, 1000), "radii: 2 of 14, 0:01");
+  meter.rename("radii: 3 of 14");
+  EXPECT_EQ(line(meter, 3000), "radii: 3 of 14, 0:03");
+}
+
+TEST(AMeter, counts_no_more_once_it_is_renamed) {
+  Meter meter(10, "files", 80, at(0));
+  meter.advance(10, "a.txt", at(1500));
+  meter.rename("writing");
+  EXPECT_EQ(line(meter, 2000), "writing, 0:02");
+}
+
 TEST(AMeter, tells_for_how_long_work_without_an_end_has_been_going_on) {
   Meter const meter("learning", 80, at(0));
   EXPECT_EQ(line(meter, 999), "");

@@ -14,6 +14,7 @@
 #include "documents/inputs.h"
 #include "report/report_match.h"
 #include "report/report_page.h"
+#include "terminal/progress.h"
 #include "terminal/style.h"
 
 namespace tool {
@@ -208,6 +209,7 @@ std::optional<MatchReport> report_on(MatchOptions const& options,
 
 // Whether the report that is wanted could be written.
 bool write_report_of(MatchOptions const& options, std::optional<MatchReport> const& report) {
+  Progress const progress("writing the report");
   auto const problem =
       report ? write_report(morvabs::from_path(*options.report), report->as_json()) : std::nullopt;
   if (problem) {

@@ -139,6 +139,7 @@ class PairLines {
 };
 
 bool print_pairs(Fingerprints const& all, SimilarOptions const& options) {
+  Progress const progress("comparing");
   PairLines const lines(all, options.json);
   std::string text;
   for (std::size_t i = 0; options.json && i < all.failed.size(); ++i) {

@@ -6,6 +6,7 @@
 #include "command_line/commands.h"
 #include "report/report_classes.h"
 #include "report/report_page.h"
+#include "terminal/progress.h"
 
 namespace tool {
 
@@ -40,6 +41,7 @@ int run_report(ReportOptions const& options) {
     return some_failed;
   }
   QXPPolicyMorvaClustBox box;
+  Progress const progress("making the report");
   if (auto const problem = BoxStore::read(where.file, box)) {
     complain(*problem);
     return some_failed;

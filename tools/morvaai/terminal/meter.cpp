@@ -60,6 +60,11 @@ void Meter::advance(std::size_t done, std::string const& name, Time now) {
   }
 }
 
+void Meter::rename(std::string work) {
+  work_ = std::move(work);
+  total_ = 0;
+}
+
 // The most columns that all but bar and name take, with one more behind them.
 std::size_t Meter::figures_width() const {
   std::size_t const brackets = 3;

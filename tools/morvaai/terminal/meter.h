@@ -28,6 +28,9 @@ class Meter {
   /// whose end cannot be told.
   void advance(std::size_t done, std::string const& name, Time now);
 
+  /// Other work of the same run begins, of which only its name can be told; the time goes on.
+  void rename(std::string work);
+
   /// The line, without its end, styled as `show` takes it; nothing in the first second.
   std::string line(Time now) const;
 

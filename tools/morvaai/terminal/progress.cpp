@@ -117,10 +117,9 @@ class Progress::Line {
     std::lock_guard const lock(mutex_);
     meter_.advance(done, name, std::chrono::steady_clock::now());
   }
-  void begin(Meter meter) {
+  void rename(std::string work) {
     std::lock_guard const lock(mutex_);
-    clear();
-    meter_ = std::move(meter);
+    meter_.rename(std::move(work));
   }
   void hush() {
     mutex_.lock();
@@ -197,7 +196,7 @@ void Progress::show(std::size_t finished, HString const& path) const {
 
 void Progress::note(std::string work) const {
   if (line_ != nullptr) {
-    line_->begin(Meter(std::move(work), columns(), std::chrono::steady_clock::now()));
+    line_->rename(std::move(work));
   }
 }
 

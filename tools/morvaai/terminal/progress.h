@@ -26,7 +26,8 @@ class Progress {
 
   /// So many are done, `path` the last of them.
   void show(std::size_t finished, HString const& path) const;
-  /// Other work begins, whose end cannot be told.
+  /// Other work of the same run begins, whose end cannot be told; the first second is that of the
+  /// run, and so is the time that is shown.
   void note(std::string work) const;
   /// The work has ended.
   void clear();
