@@ -181,10 +181,10 @@ class BashCompletion(unittest.TestCase):
         (pathlib.Path(self.folder.name) / "a received.box").touch()
         self.assertEqual(self.complete("report", "a", boxes=boxes), [name, "a received.box"])
         self.assertEqual(self.complete("match", "--class", "", boxes=boxes), [folder.name])
-        self.assertEqual(self.complete("match", "--box", "other", "--class", "", boxes=boxes), [])
-        self.assertFalse((pathlib.Path(self.folder.name) / "owned").exists())
         self.assertEqual(self.complete("match", "--box", name.replace(" ", "\\ "), "--class", "", boxes=boxes),
                          [folder.name])
+        self.assertEqual(self.complete("match", "--box", "other", "--class", "", boxes=boxes), [])
+        self.assertFalse((pathlib.Path(self.folder.name) / "owned").exists())
 
 
 class OtherCompletions(unittest.TestCase):
