@@ -239,9 +239,22 @@ TEST(HeldOutFiles, are_right_where_classes_are_apart) {
   EXPECT_EQ(by_members.strangers, 6U);
   EXPECT_EQ(by_members.accepted, 0U);
   EXPECT_EQ(by_members.f_measure(), 1.0);
-  HeldOut const by_centers = files.by_centers(no_round);
+  HeldOut const by_centers = files.by_centers(no_round).value();
   EXPECT_EQ(by_centers.decided(), 6U);
   EXPECT_EQ(by_centers.wrong, 0U);
+}
+
+TEST(HeldOutFiles, are_not_learnt_into_boxes_that_would_be_too_large) {
+  constexpr int count = 12000;
+  std::vector<std::vector<int>> classes;
+  for (int i = 0; i < count; ++i) {
+    classes.push_back({i});
+  }
+  tool::Corpus const corpus = corpus_of(std::vector<std::wstring>(count, L"x"));
+  HeldOutFiles const files(corpus, classes);
+  auto const no_round = [](std::size_t) { FAIL(); };
+  EXPECT_FALSE(files.by_centers(no_round));
+  EXPECT_THAT(files.by_members({{0.5, 1}}, no_round), IsEmpty());
 }
 
 TEST(HeldOutFiles, are_estimated_as_they_are_decided) {

@@ -153,7 +153,16 @@ void HeldOutFiles::decide(TrialBox const& box, Round const& round, HeldOut& outc
   }
 }
 
-HeldOut HeldOutFiles::by_centers(Note const& note) const {
+bool HeldOutFiles::fits_into_box(char const* method) const {
+  MethodOptions how;
+  how.method = method;
+  return too_large_for_box(how, learn(corpus_.data, classes_).run).empty();
+}
+
+std::optional<HeldOut> HeldOutFiles::by_centers(Note const& note) const {
+  if (!fits_into_box("kmeans")) {
+    return std::nullopt;
+  }
   HeldOut outcome;
   for (std::size_t r = 0; r < rounds_.size(); ++r) {
     note(r);
@@ -165,16 +174,13 @@ HeldOut HeldOutFiles::by_centers(Note const& note) const {
 
 std::vector<HeldOut> HeldOutFiles::by_members(std::vector<Neighbourhood> const& neighbourhoods,
                                               Note const& note) const {
-  MethodOptions how;
-  how.method = "dbscan";
+  if (!fits_into_box("dbscan")) {
+    return {};
+  }
   std::vector<HeldOut> outcomes(neighbourhoods.size());
   for (std::size_t r = 0; r < rounds_.size(); ++r) {
     note(r);
-    Learnt learnt = learn(corpus_.data, rounds_[r].learnt);
-    if (!too_large_for_box(how, learnt.run).empty()) {
-      return {};
-    }
-    TrialBox box(box_of_members(std::move(learnt)));
+    TrialBox box(box_of_members(learn(corpus_.data, rounds_[r].learnt)));
     for (std::size_t i = 0; i < neighbourhoods.size(); ++i) {
       box.set_neighbourhood(neighbourhoods[i]);
       decide(box, rounds_[r], outcomes[i]);

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <functional>
+#include <optional>
 #include <vector>
 
 #include "classes/corpus.h"
@@ -63,10 +64,11 @@ class HeldOutFiles {
 
   /// Hears of each round before it is done.
   using Note = std::function<void(std::size_t)>;
-  /// What boxes of centers decide: by the library's own classifiers, as `match` does.
-  HeldOut by_centers(Note const& note) const;
+  /// What boxes of centers decide: by the library's own classifiers, as `match` does; nothing where
+  /// one of all these files would be larger than a box may be.
+  std::optional<HeldOut> by_centers(Note const& note) const;
   /// What boxes of files decide with each of these neighbourhoods, by the classifiers too; no
-  /// outcomes where such a box would be larger than a box may be.
+  /// outcomes where one of all these files would be larger than a box may be.
   std::vector<HeldOut> by_members(std::vector<Neighbourhood> const& neighbourhoods,
                                   Note const& note) const;
   /// The same of one neighbourhood from the distances between the files alone, much sooner. A file
@@ -81,6 +83,7 @@ class HeldOutFiles {
     return corpus_.records[static_cast<std::size_t>(file)];
   }
   std::size_t class_of(int file) const { return class_of_[static_cast<std::size_t>(file)]; }
+  bool fits_into_box(char const* method) const;
   void decide(TrialBox const& box, Round const& round, HeldOut& outcome) const;
 
   Corpus const& corpus_;

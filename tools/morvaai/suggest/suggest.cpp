@@ -96,8 +96,12 @@ std::vector<Neighbourhood> with_others(Neighbourhood const& proposed,
 }
 
 void try_centers(Measured const& measured, HeldOutFiles const& files, Suggestion& suggestion) {
-  suggestion.tried.push_back(
-      {std::nullopt, files.by_centers(measured.note_of_rounds("boxes of centers", files))});
+  std::optional<HeldOut> const outcome =
+      files.by_centers(measured.note_of_rounds("boxes of centers", files));
+  suggestion.is_too_large_for_centers = !outcome;
+  if (outcome) {
+    suggestion.tried.push_back({std::nullopt, *outcome});
+  }
 }
 
 void try_members(Measured const& measured, HeldOutFiles const& files,

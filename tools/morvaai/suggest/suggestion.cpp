@@ -189,8 +189,15 @@ std::string parameters_of(Suggestion const& suggestion, Suggestion::TriedBox con
 }
 
 std::string tried_text(Suggestion const& suggestion) {
+  std::string not_tried;
+  if (suggestion.is_too_large_for_centers) {
+    not_tried += "  a box of so many classes would be larger than a box may be: none was tried\n";
+  }
+  if (suggestion.is_too_large_for_files) {
+    not_tried += "  a box of so many files would be larger than a box may be: none was tried\n";
+  }
   if (suggestion.tried.empty()) {
-    return {};
+    return not_tried.empty() ? not_tried : heading("Boxes") + not_tried;
   }
   std::string text = heading("Boxes, learnt from two thirds of the files and asked about the rest");
   Table table({Align::left, Align::right, Align::right, Align::right, Align::right, Align::right,
@@ -210,10 +217,7 @@ std::string tried_text(Suggestion const& suggestion) {
                fmt::format("{:.2f}", outcome.f_measure()),
                {i == suggestion.best ? "<- best" : "", Role::good}});
   }
-  text += table.text();
-  if (suggestion.is_too_large_for_files) {
-    text += "  a box of so many files would be larger than a box may be: none was tried\n";
-  }
+  text += table.text() + not_tried;
   text += "  strangers: files of classes that were left out of the box, which it should refuse\n";
   if (!suggestion.is_by_folder) {
     text +=
@@ -236,6 +240,9 @@ std::string without_best(Suggestion const& suggestion, std::string const& files)
     return "These files do not fall into classes of themselves. Sort samples into folders, one "
            "for\neach class, and try --by-folder. To see how far clustering goes:\n" +
            cluster_command(suggestion, files);
+  }
+  if (suggestion.tried.empty()) {
+    return "These classes are too many for a box: learn fewer of them.\n";
   }
   bool const is_decided =
       std::any_of(suggestion.tried.begin(), suggestion.tried.end(),

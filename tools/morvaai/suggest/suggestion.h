@@ -53,7 +53,9 @@ struct Suggestion {
   std::optional<Neighbourhood> proposed;
 
   std::vector<TriedBox> tried;
-  /// A box of all these files would be larger than a box may be, and so none was tried.
+  /// A box of the centers, or of the files, of all these classes would be larger than a box may be,
+  /// and so none was tried.
+  bool is_too_large_for_centers = false;
   bool is_too_large_for_files = false;
   /// Of the boxes that were tried, the one that separates the classes best; none where no classes
   /// are known or found.
