@@ -74,6 +74,14 @@ TEST_F(SuggestCommand, looks_at_so_many_files) {
   EXPECT_THAT(suggest({path("subjects"), "--sample", "9"}).output, HasSubstr("of 15 found"));
 }
 
+TEST_F(SuggestCommand, needs_two_files_of_each_folder_in_the_sample) {
+  Finished const finished = suggest({subjects(5), "--by-folder", "--sample", "5"});
+  EXPECT_EQ(finished.status, 1);
+  EXPECT_EQ(finished.errors,
+            "morvaai: 3 folders are too many for a sample of 5 files, which takes 2 of each: give "
+            "a larger --sample, or fewer folders\n");
+}
+
 TEST_F(SuggestCommand, needs_four_files) {
   write("a.txt", harbour);
   write("b.txt", kitchen);

@@ -29,18 +29,17 @@ void add_folder(HString folder, Samples& samples) {
   }
 }
 
-// The largest number of files that each class may have for all to have `most`.
-std::size_t most_of_a_class(std::vector<std::size_t> sizes, std::size_t most) {
-  std::sort(sizes.begin(), sizes.end());
-  std::size_t left = most;
-  for (std::size_t i = 0; i < sizes.size(); ++i) {
-    std::size_t const share = left / (sizes.size() - i);
-    if (sizes[i] > share) {
-      return share;
-    }
-    left -= sizes[i];
+std::size_t class_of(Samples const& samples, std::size_t file) {
+  return samples.class_names.empty() ? 0 : samples.class_of_file[file];
+}
+
+// How many files each class has; without classes all are in one.
+std::vector<std::size_t> sizes_of(Samples const& samples) {
+  std::vector<std::size_t> sizes(std::max<std::size_t>(samples.class_names.size(), 1));
+  for (std::size_t i = 0; i < samples.files.size(); ++i) {
+    ++sizes[class_of(samples, i)];
   }
-  return most;
+  return sizes;
 }
 
 }  // namespace
@@ -66,27 +65,35 @@ Samples find_samples(std::vector<std::string> const& inputs, bool by_folder) {
   return samples;
 }
 
-Samples some_of(Samples const& samples, std::size_t most) {
-  auto const class_of = [&](std::size_t file) {
-    return samples.class_names.empty() ? 0 : samples.class_of_file[file];
-  };
-  std::vector<std::size_t> sizes(std::max<std::size_t>(samples.class_names.size(), 1));
-  for (std::size_t i = 0; i < samples.files.size(); ++i) {
-    ++sizes[class_of(i)];
+std::size_t most_of_each(Samples const& samples, std::size_t most) {
+  std::vector<std::size_t> sizes = sizes_of(samples);
+  std::sort(sizes.begin(), sizes.end());
+  std::size_t left = most;
+  for (std::size_t i = 0; i < sizes.size(); ++i) {
+    std::size_t const share = left / (sizes.size() - i);
+    if (sizes[i] > share) {
+      return share;
+    }
+    left -= sizes[i];
   }
-  std::size_t const wanted = most_of_a_class(sizes, most);
+  return most;
+}
+
+Samples some_of(Samples const& samples, std::size_t most) {
+  std::vector<std::size_t> const sizes = sizes_of(samples);
+  std::size_t const wanted = most_of_each(samples, most);
   Samples some;
   some.class_names = samples.class_names;
   some.strays = samples.strays;
   std::vector<std::size_t> places(sizes.size());
   for (std::size_t i = 0; i < samples.files.size(); ++i) {
-    std::size_t const size = sizes[class_of(i)];
-    std::size_t const kept = std::min(size, wanted);
-    std::size_t const place = places[class_of(i)]++;
-    if (place * kept % size < kept) {
+    std::size_t const own = class_of(samples, i);
+    std::size_t const kept = std::min(sizes[own], wanted);
+    std::size_t const place = places[own]++;
+    if (place * kept % sizes[own] < kept) {
       some.files.push_back(samples.files[i]);
       if (!samples.class_names.empty()) {
-        some.class_of_file.push_back(class_of(i));
+        some.class_of_file.push_back(own);
       }
     }
   }

@@ -26,6 +26,10 @@ std::string no_folders_of_classes(std::vector<std::string> const& inputs);
 /// The files of the inputs; with `by_folder` each sub-folder is a class.
 Samples find_samples(std::vector<std::string> const& inputs, bool by_folder);
 
+/// How many files of a class are kept at most for all classes to have so many; 0 where there are
+/// more classes than that.
+std::size_t most_of_each(Samples const& samples, std::size_t most);
+
 /// At most so many of the samples: evenly spaced in each class, and of large classes less than of
 /// small ones, which stay whole.
 Samples some_of(Samples const& samples, std::size_t most);

@@ -19,6 +19,8 @@ namespace tool {
 namespace {
 
 constexpr std::size_t fewest_files = 4;
+// Of the files of a class one is held out, and one learnt.
+constexpr std::size_t fewest_of_each = 2;
 // Of the answers of a box, so many have to be right before it counts how many there are.
 constexpr double wanted_precision = 0.9;
 constexpr std::array counts_of_boxes = {1, 2, 4};
@@ -206,6 +208,13 @@ int run_suggest(SuggestOptions const& options) {
     return wrong_use;
   }
   Samples const all = find_samples(options.inputs, options.by_folder);
+  if (most_of_each(all, options.sample) < fewest_of_each) {
+    complain(fmt::format(
+        "{} folders are too many for a sample of {} files, which takes {} of each: give a larger "
+        "--sample, or fewer folders",
+        all.class_names.size(), options.sample, fewest_of_each));
+    return some_failed;
+  }
   Samples const samples = some_of(all, options.sample);
   Corpus const corpus = read_samples(samples, options.jobs, {.records = true});
   if (corpus.files.size() < fewest_files) {
