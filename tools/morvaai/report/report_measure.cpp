@@ -12,6 +12,12 @@ namespace {
 
 // What the classifiers add to a radius.
 constexpr double tolerance = 0.000001;
+constexpr double infinity = std::numeric_limits<double>::infinity();
+
+// Weights that are too large to be squared give no number; what they belong to is out of reach.
+double reach_of(double distance) {
+  return std::isnan(distance) ? infinity : distance;
+}
 
 }  // namespace
 
@@ -23,7 +29,9 @@ BoxMeasure::BoxMeasure(QXPPolicyMorvaClustBox const& box)
   if (box.i_cluster_type == 0) {
     for (QXPKMeansNode const& node : box.vt_kmeans_node) {
       add_class({node.str_class_id, node.str_class_name, node.d_radius, 0, 0, 0});
-      add_row({}, node.vt_weight);
+      if (is_by_fingerprint_ || node.vt_weight.size() == box.vt_words.size()) {
+        add_row({}, node.vt_weight);
+      }
     }
     return;
   }
@@ -63,8 +71,8 @@ std::vector<double> BoxMeasure::distances(HFeatureNode const& document) const {
     HPointN const point = HFileDNA::get_pointn(document.str_file_id, document.str_dna);
     for (std::size_t i = 0; i < result.size(); ++i) {
       QXPKMeansNode const& node = box_.vt_kmeans_node[i];
-      result[i] =
-          HPointN::get_distance(point, HFileDNA::get_pointn(node.str_class_id, node.str_dna));
+      result[i] = reach_of(
+          HPointN::get_distance(point, HFileDNA::get_pointn(node.str_class_id, node.str_dna)));
     }
     return result;
   }
@@ -78,7 +86,7 @@ std::vector<double> BoxMeasure::distances(HFeatureNode const& document) const {
     }
   }
   for (std::size_t i = 0; i < result.size(); ++i) {
-    result[i] = std::sqrt(std::max(square + squares_[i] - 2.0 * result[i], 0.0));
+    result[i] = reach_of(std::sqrt(std::max(square + squares_[i] - 2.0 * result[i], 0.0)));
   }
   return result;
 }
@@ -88,7 +96,7 @@ ClassMeasure BoxMeasure::measure_class(std::size_t index,
   Class const& one = classes_[index];
   ClassMeasure measure;
   measure.in_box = index;
-  measure.distance = measure.nearest_distance = std::numeric_limits<double>::infinity();
+  measure.distance = measure.nearest_distance = infinity;
   auto const first = distances.begin() + static_cast<std::ptrdiff_t>(one.first_row);
   std::vector<double> own(first, first + static_cast<std::ptrdiff_t>(one.row_count));
   if (!own.empty()) {
@@ -107,7 +115,7 @@ ClassMeasure BoxMeasure::measure_class(std::size_t index,
       measure.distance = *reached;
     }
   }
-  measure.excess = measure.distance - one.limit;
+  measure.excess = reach_of(measure.distance - one.limit);
   return measure;
 }
 
