@@ -1,9 +1,12 @@
 #include "report/report_data.h"
 
+#include <algorithm>
+#include <array>
 #include <bit>
 #include <cmath>
 #include <cstdint>
 #include <limits>
+#include <random>
 #include <string>
 #include <vector>
 
@@ -236,6 +239,26 @@ TEST(BoxMeasure, tells_by_how_much_a_class_is_missed) {
   EXPECT_NEAR(measures[0].excess, std::sqrt(4.25) - 0.5, 1e-12);
 }
 
+TEST(BoxMeasure, a_center_whose_weights_do_not_go_with_the_words_is_out_of_reach) {
+  QXPPolicyMorvaClustBox box = box_of_centers();
+  box.vt_kmeans_node[0].vt_weight.resize(2'000'000, 1.0);
+  BoxMeasure const measure(box);
+  auto const measures = measure.measure(document());
+  EXPECT_TRUE(std::isinf(measures[0].distance));
+  EXPECT_THAT(measure.compare(document(), measures[0]).class_only, IsEmpty());
+  EXPECT_TRUE(std::isfinite(measures[1].distance));
+}
+
+TEST(BoxMeasure, weights_too_large_to_be_squared_are_out_of_reach) {
+  QXPPolicyMorvaClustBox box = box_of_centers();
+  box.vt_kmeans_node[0].vt_weight[0] = 1e308;
+  HFeatureNode heavy = document();
+  heavy.map_word_weight[L"harbour"] = 1e308;
+  auto const measures = BoxMeasure(box).measure(heavy);
+  EXPECT_TRUE(std::isinf(measures[0].distance) && measures[0].distance > 0.0);
+  EXPECT_FALSE(std::isnan(measures[0].excess));
+}
+
 TEST(BoxMeasure, tells_words_of_both_from_words_of_one) {
   QXPPolicyMorvaClustBox const box = box_of_centers();
   BoxMeasure const measure(box);
@@ -283,7 +306,115 @@ TEST(MatchReport, the_class_that_took_a_file_stands_first) {
   decision.box_id = L"box";
   decision.class_id = L"k";
   report.add(L"a.txt", document(), decision);
-  EXPECT_EQ(report.as_json()["files"][0]["classes"][0]["class"], 1);
+  ordered_json const data = report.as_json();
+  EXPECT_EQ(data["files"][0]["classes"][0]["class"], 0);
+  EXPECT_EQ(data["classes"][0]["id"], "k");
+}
+
+TEST(MatchReport, lists_only_classes_that_a_file_names_and_counts_all) {
+  QXPPolicyMorvaClustBox box = box_of_centers();
+  QXPKMeansNode const far = box.vt_kmeans_node[1];
+  std::vector<HString> ids;
+  for (int i = 0; i < 3000; ++i) {
+    QXPKMeansNode& node = box.vt_kmeans_node.emplace_back(far);
+    node.str_class_id = HString(i, false);
+    node.str_class_name = HString(std::wstring(2000, L'合').c_str());
+    ids.push_back(node.str_class_id);
+  }
+  MatchReport report({{L"box", ids, &box}});
+  report.add(L"a.txt", document(), std::nullopt);
+  ordered_json const data = report.as_json();
+  EXPECT_EQ(data["counts"]["classes"], 3000);
+  // The nearest class was not asked.
+  EXPECT_EQ(data["classes"].size(), tool::report_limits::nearest_classes + 1);
+  EXPECT_EQ(data["classes"][data["files"][0]["classes"][0]["nearer"].get<std::size_t>()]["id"],
+            "h");
+}
+
+TEST(MatchReport, is_bounded_by_what_it_takes_in_the_page) {
+  MatchReport report({});
+  HString const text(std::wstring(300, L'<').c_str());
+  for (int i = 0; i < 6000; ++i) {
+    report.add_failure(text, std::string(300, '&'));
+  }
+  ordered_json const data = report.as_json();
+  EXPECT_LT(tool::script_text(data).size(), tool::report_limits::bytes_of_files + 10'000);
+  EXPECT_EQ(data["counts"]["failed"], 6000);
+}
+
+TEST(ClassesReport, failures_are_bounded_by_what_they_take_in_the_page) {
+  ClassesReport report = report_of(0, 0);
+  report.failed.assign(1000, {HString(std::wstring(300, L'<').c_str()), "damaged"});
+  EXPECT_LT(tool::script_text(report.as_json()["failed"]).size(),
+            tool::report_limits::bytes_of_failures + 10'000);
+}
+
+// Boxes of either kind in which every list may be too short, too long or full of extremes.
+class DamagedBoxes {
+ public:
+  QXPPolicyMorvaClustBox next() {
+    QXPPolicyMorvaClustBox box;
+    box.i_cluster_type = up_to(1);
+    for (int i = up_to(3); i > 0; --i) {
+      box.vt_words.push_back(up_to(1) == 0 ? HString(L"harbour") : HString(i, false));
+    }
+    for (int i = up_to(3); i > 0; --i) {
+      QXPKMeansNode& center = box.vt_kmeans_node.emplace_back();
+      center.str_class_id = HString(up_to(2), false);
+      center.d_radius = number();
+      center.str_dna = up_to(5) == 0 ? L"no fingerprint" : L"";
+      center.vt_weight = weights(box.vt_words.size());
+      QXPDBScanNode& files = box.vt_dbscan_node.emplace_back();
+      files.str_class_id = center.str_class_id;
+      files.d_eps = number();
+      files.i_minpts = up_to(1) == 0 ? up_to(4) - 1 : std::numeric_limits<int>::max();
+      for (int k = up_to(4); k > 0; --k) {
+        files.vt_file_node.emplace_back().vt_weight = weights(box.vt_words.size());
+      }
+    }
+    return box;
+  }
+
+ private:
+  int up_to(int most) { return std::uniform_int_distribution(0, most)(random_); }
+  double number() {
+    constexpr std::array numbers{0.0,
+                                 -1.0,
+                                 0.5,
+                                 1e308,
+                                 -1e308,
+                                 std::numeric_limits<double>::infinity(),
+                                 std::numeric_limits<double>::quiet_NaN()};
+    return numbers[static_cast<std::size_t>(up_to(static_cast<int>(numbers.size()) - 1))];
+  }
+  std::vector<double> weights(std::size_t whole) {
+    std::vector<double> list(up_to(2) > 0 ? whole : static_cast<std::size_t>(up_to(3000)));
+    std::generate(list.begin(), list.end(), [this] { return number(); });
+    return list;
+  }
+
+  std::mt19937 random_{8};
+};
+
+TEST(MatchReport, of_damaged_boxes_names_only_classes_and_words_that_it_lists) {
+  DamagedBoxes boxes;
+  HFeatureNode heavy = document();
+  heavy.map_word_weight[L"1"] = 1e308;
+  for (int i = 0; i < 300; ++i) {
+    QXPPolicyMorvaClustBox const box = boxes.next();
+    MatchReport report({{L"box", {L"0", L"1"}, &box}});
+    report.add(L"a.txt", document(), std::nullopt);
+    report.add(L"b.txt", heavy, std::nullopt);
+    ordered_json const data = report.as_json();
+    for (ordered_json const& file : data["files"]) {
+      for (ordered_json const& lies : file["classes"]) {
+        EXPECT_LT(lies["class"], data["classes"].size());
+        EXPECT_LT(lies.value("nearer", 0U), data["classes"].size());
+      }
+    }
+    EXPECT_LE(data["words"].size(), box.vt_words.size() + heavy.map_word_weight.size());
+    EXPECT_EQ(tool::report_of_box({}, box).as_json()["kind"], "box");
+  }
 }
 
 TEST(MatchReport, counts_and_tells_what_failed) {

@@ -8,6 +8,7 @@
 #include <fmt/format.h>
 
 #include "report/corpus_map.h"
+#include "report/report_page.h"
 
 namespace tool {
 
@@ -91,7 +92,7 @@ Json files_json(ClassesReport const& report, CorpusMap const& map) {
       one.push_back(report_number(place[0]));
       one.push_back(report_number(place[1]));
     }
-    bytes += one.dump(-1, ' ', true).size();
+    bytes += report_bytes(one);
     list.push_back(std::move(one));
   }
   return list;
@@ -142,8 +143,10 @@ CorpusMap map_of(ClassesReport const& report) {
 Json failures_json(std::vector<Corpus::Failure> const& failed) {
   Json list = Json::array();
   std::size_t const shown = std::min(failed.size(), report_limits::failures);
-  for (std::size_t i = 0; i < shown; ++i) {
+  std::size_t bytes = 0;
+  for (std::size_t i = 0; i < shown && bytes < report_limits::bytes_of_failures; ++i) {
     list.push_back({report_text(failed[i].file), report_text(failed[i].reason)});
+    bytes += report_bytes(list.back());
   }
   return list;
 }
@@ -167,6 +170,10 @@ nlohmann::ordered_json report_number(double number) {
     return nullptr;
   }
   return std::strtod(fmt::format("{:.6g}", number).c_str(), nullptr);
+}
+
+std::size_t report_bytes(nlohmann::ordered_json const& listed) {
+  return script_text(listed).size() + 1;
 }
 
 nlohmann::ordered_json ClassesReport::as_json() const {
@@ -193,7 +200,7 @@ nlohmann::ordered_json ClassesReport::as_json() const {
       break;
     }
     object["classes"].push_back(class_json(one, words, map));
-    bytes += object["classes"].back().dump(-1, ' ', true).size();
+    bytes += report_bytes(object["classes"].back());
   }
   object["files"] = files_json(*this, map);
   object["map"] = {{"shares", place_json(map.shares())}};

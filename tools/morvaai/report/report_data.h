@@ -31,9 +31,11 @@ inline constexpr std::size_t lone_words = 12;
 inline constexpr std::size_t nearest_classes = 5;
 /// Characters of one text.
 inline constexpr std::size_t characters = 200;
-/// Bytes of all that is listed of files, and of classes: no more are added once they take so much.
+/// Bytes of the page for all that is listed of files, which of a match are boxes, classes and words
+/// too; of classes; and of failures. No more are added once they take so much.
 inline constexpr std::size_t bytes_of_files = 12'000'000;
 inline constexpr std::size_t bytes_of_classes = 6'000'000;
+inline constexpr std::size_t bytes_of_failures = 1'000'000;
 }  // namespace report_limits
 
 /// A text for a page: cut at `report_limits::characters`, with an ellipsis for what was left out.
@@ -41,6 +43,8 @@ std::string report_text(HString const& text);
 std::string report_text(std::string const& text);
 /// A number with six digits; null for what is no finite number.
 nlohmann::ordered_json report_number(double number);
+/// How much of a page it takes as one of a list.
+std::size_t report_bytes(nlohmann::ordered_json const& listed);
 
 /// The classes of a corpus or a box, as a page shows them.
 struct ClassesReport {

@@ -31,21 +31,24 @@ std::size_t nearest_of(std::vector<ClassMeasure> const& measures) {
 }  // namespace
 
 MatchReport::MatchReport(std::vector<Asked> const& asked) {
-  std::size_t first_class = 0;
   for (Asked const& each : asked) {
     BoxMeasure measure(*each.box);
     std::vector<bool> is_asked = asked_of(measure, each.class_ids);
-    std::size_t const count = is_asked.size();
-    boxes_.push_back({each.box_id, std::move(measure), std::move(is_asked), first_class});
-    first_class += count;
+    asked_ += static_cast<std::size_t>(std::count(is_asked.begin(), is_asked.end(), true));
+    listed_boxes_.push_back({{"id", report_text(each.box_id)},
+                             {"method", measure.is_by_members() ? "dbscan" : "kmeans"},
+                             {"by", measure.is_by_fingerprint() ? "fingerprint" : "words"}});
+    bytes_ += report_bytes(listed_boxes_.back());
+    std::vector<std::optional<std::size_t>> numbers(is_asked.size());
+    boxes_.push_back({each.box_id, std::move(measure), std::move(is_asked), std::move(numbers)});
   }
 }
 
 // The class that is missed by least stands first, before those that another one keeps from taking
 // anything; of equal ones, as where all are out of reach, the nearest.
-std::vector<MatchReport::Candidate> MatchReport::candidates_of(HFeatureNode const& document) const {
+std::vector<MatchReport::Candidate> MatchReport::candidates_of(HFeatureNode const& document) {
   std::vector<Candidate> candidates;
-  for (Box const& box : boxes_) {
+  for (Box& box : boxes_) {
     std::vector<ClassMeasure> const measures = box.measure.measure(document);
     std::size_t const nearest = nearest_of(measures);
     for (ClassMeasure const& measure : measures) {
@@ -65,14 +68,14 @@ std::vector<MatchReport::Candidate> MatchReport::candidates_of(HFeatureNode cons
   return candidates;
 }
 
-nlohmann::ordered_json MatchReport::candidate_json(Candidate const& candidate) const {
-  Box const& box = *candidate.box;
+nlohmann::ordered_json MatchReport::candidate_json(Candidate const& candidate) {
+  Box& box = *candidate.box;
   ClassMeasure const& measure = candidate.measure;
-  Json object = {{"class", box.first_class + measure.in_box},
+  Json object = {{"class", number_of(box, measure.in_box)},
                  {"distance", report_number(measure.distance)},
                  {"excess", report_number(measure.excess)}};
   if (candidate.nearer) {
-    object["nearer"] = box.first_class + *candidate.nearer;
+    object["nearer"] = number_of(box, *candidate.nearer);
   }
   if (box.measure.is_by_members()) {
     object["nearest"] = report_text(box.measure.nearest_name(measure));
@@ -86,9 +89,30 @@ std::size_t MatchReport::number_of(HString const& word) {
   auto const [found, is_new] = numbers_.try_emplace(word, numbers_.size());
   if (is_new) {
     words_.push_back(report_text(word));
-    bytes_ += words_.back().dump(-1, ' ', true).size();
+    bytes_ += report_bytes(words_.back());
   }
   return found->second;
+}
+
+std::size_t MatchReport::number_of(Box& box, std::size_t in_box) {
+  std::optional<std::size_t>& number = box.numbers[in_box];
+  if (number) {
+    return *number;
+  }
+  BoxMeasure::Class const& one = box.measure.classes()[in_box];
+  Json shown = {{"name", report_text(one.name)},
+                {"id", report_text(one.id)},
+                {"box", &box - boxes_.data()},
+                {"limit", report_number(one.limit)},
+                {"asked", bool(box.is_asked[in_box])}};
+  if (one.minpts > 0) {
+    shown["minpts"] = one.minpts;
+    shown["size"] = one.row_count;
+  }
+  bytes_ += report_bytes(shown);
+  number = classes_.size();
+  classes_.push_back(std::move(shown));
+  return *number;
 }
 
 nlohmann::ordered_json MatchReport::lone_json(std::vector<WordComparison::Lone> const& words) {
@@ -140,21 +164,25 @@ nlohmann::ordered_json MatchReport::explained(HFeatureNode const& document,
 
 void MatchReport::keep(HString const& file, nlohmann::ordered_json about) {
   about["file"] = report_text(file);
-  bytes_ += about.dump(-1, ' ', true).size();
+  bytes_ += report_bytes(about);
   files_.push_back(std::move(about));
+}
+
+bool MatchReport::has_room() const {
+  return files_.size() < report_limits::files && bytes_ < report_limits::bytes_of_files;
 }
 
 void MatchReport::add(HString const& file, HFeatureNode const& document,
                       std::optional<Decision> const& decision) {
   ++(decision ? accepted_ : refused_);
-  if (files_.size() < report_limits::files && bytes_ < report_limits::bytes_of_files) {
+  if (has_room()) {
     keep(file, explained(document, decision));
   }
 }
 
 void MatchReport::add_failure(HString const& file, std::string const& reason) {
   ++failed_;
-  if (files_.size() < report_limits::files && bytes_ < report_limits::bytes_of_files) {
+  if (has_room()) {
     keep(file, {{"decision", "failed"}, {"reason", report_text(reason)}});
   }
 }
@@ -164,28 +192,10 @@ nlohmann::ordered_json MatchReport::as_json() const {
   object["counts"] = {{"files", accepted_ + refused_ + failed_},
                       {"accepted", accepted_},
                       {"refused", refused_},
-                      {"failed", failed_}};
-  object["boxes"] = Json::array();
-  object["classes"] = Json::array();
-  for (std::size_t i = 0; i < boxes_.size(); ++i) {
-    Box const& box = boxes_[i];
-    object["boxes"].push_back({{"id", report_text(box.id)},
-                               {"method", box.measure.is_by_members() ? "dbscan" : "kmeans"},
-                               {"by", box.measure.is_by_fingerprint() ? "fingerprint" : "words"}});
-    for (std::size_t k = 0; k < box.measure.classes().size(); ++k) {
-      BoxMeasure::Class const& one = box.measure.classes()[k];
-      Json shown = {{"name", report_text(one.name)},
-                    {"id", report_text(one.id)},
-                    {"box", i},
-                    {"limit", report_number(one.limit)},
-                    {"asked", bool(box.is_asked[k])}};
-      if (one.minpts > 0) {
-        shown["minpts"] = one.minpts;
-        shown["size"] = one.row_count;
-      }
-      object["classes"].push_back(std::move(shown));
-    }
-  }
+                      {"failed", failed_},
+                      {"classes", asked_}};
+  object["boxes"] = listed_boxes_;
+  object["classes"] = classes_;
   object["words"] = words_;
   object["files"] = files_;
   return object;

@@ -41,32 +41,39 @@ class MatchReport {
     BoxMeasure measure;
     /// Of each class whether it is asked.
     std::vector<bool> is_asked;
-    /// Position of its first class among those of all boxes.
-    std::size_t first_class;
+    /// Of each class its number among those that files name, if any does.
+    std::vector<std::optional<std::size_t>> numbers;
   };
   /// How a document lies to a class of one of the boxes.
   struct Candidate {
-    Box const* box;
+    Box* box;
     ClassMeasure measure;
     /// The class of the box with a nearer center, which alone could take the document.
     std::optional<std::size_t> nearer;
   };
 
-  std::vector<Candidate> candidates_of(HFeatureNode const& document) const;
-  nlohmann::ordered_json candidate_json(Candidate const& candidate) const;
+  std::vector<Candidate> candidates_of(HFeatureNode const& document);
+  nlohmann::ordered_json candidate_json(Candidate const& candidate);
   nlohmann::ordered_json words_json(WordComparison const& words);
   nlohmann::ordered_json lone_json(std::vector<WordComparison::Lone> const& words);
   nlohmann::ordered_json explained(HFeatureNode const& document,
                                    std::optional<Decision> const& decision);
   std::size_t number_of(HString const& word);
+  std::size_t number_of(Box& box, std::size_t in_box);
+  bool has_room() const;
   void keep(HString const& file, nlohmann::ordered_json about);
 
   std::vector<Box> boxes_;
   std::size_t accepted_ = 0;
   std::size_t refused_ = 0;
   std::size_t failed_ = 0;
+  std::size_t asked_ = 0;
+  /// Of all that is listed.
   std::size_t bytes_ = 0;
   nlohmann::ordered_json files_ = nlohmann::ordered_json::array();
+  /// The classes that the files name, each once, by their numbers.
+  nlohmann::ordered_json classes_ = nlohmann::ordered_json::array();
+  nlohmann::ordered_json listed_boxes_ = nlohmann::ordered_json::array();
   /// The words that the files name, each once, by their numbers.
   std::map<HString, std::size_t> numbers_;
   nlohmann::ordered_json words_ = nlohmann::ordered_json::array();

@@ -105,15 +105,16 @@ function detailOf(data, file, columns) {
 }
 
 function overview(data, folder) {
-  const asked = data.classes.filter((one) => one.asked).length;
+  const listed = data.classes.filter((one) => one.asked).length;
   return section("overview", "Overview", null,
     figures([
       ["Files", data.counts.files], ["Accepted", data.counts.accepted], ["Refused", data.counts.refused], ["Failed", data.counts.failed],
-      [data.boxes.length === 1 ? "Box" : "Boxes", data.boxes.map((box) => plain(box.id)).join(", ")], ["Classes asked", asked],
+      [data.boxes.length === 1 ? "Box" : "Boxes", data.boxes.map((box) => plain(box.id)).join(", ")], ["Classes asked", data.counts.classes],
     ]),
     notes([
       folder && ["All files are below ", h("code", null, plain(folder)), "."],
       data.files.length < data.counts.files && `The first ${count(data.files.length)} of ${count(data.counts.files)} files are listed.`,
+      listed < data.counts.classes && `${counted(listed, "class is", "classes are")} listed of the ${count(data.counts.classes)}: those that a listed file lies near to.`,
       "K-means classes take a file whose nearest center of the box is theirs and lies within their radius; DBSCAN classes one that has enough of their files within eps.",
     ]));
 }

@@ -20,7 +20,7 @@ export const hostileClasses = () => ({
 });
 
 export const hostileMatch = () => ({
-  schema: 1, kind: "match", counts: { files: 2, accepted: 1, refused: 0, failed: 1 },
+  schema: 1, kind: "match", counts: { files: 2, accepted: 1, refused: 0, failed: 1, classes: 3 },
   boxes: [{ id: hostile, method: "dbscan", by: "words" }],
   classes: [{ name: hostile, id: hostile, box: 0, limit: 1.5, asked: true, minpts: 2, size: 3 }],
   words: [hostile],
@@ -54,7 +54,7 @@ export function largeClasses() {
 export function largeMatch() {
   const list = (i, n) => Array.from({ length: n }, (_, k) => [(i + k * 7) % 5000, 0.123456 + k]);
   return {
-    schema: 1, kind: "match", counts: { files: 10_000, accepted: 5_000, refused: 5_000, failed: 0 },
+    schema: 1, kind: "match", counts: { files: 10_000, accepted: 5_000, refused: 5_000, failed: 0, classes: 100 },
     boxes: [{ id: "large", method: "kmeans", by: "words" }],
     classes: Array.from({ length: 100 }, (_, i) => ({ name: `class ${i}`, id: `id-${i}`, box: 0, limit: 0.8, asked: true })),
     words: Array.from({ length: 5000 }, (_, i) => `word-${i}`),
