@@ -61,6 +61,21 @@ TEST_F(ReportCommand, a_box_file_will_do) {
   EXPECT_EQ(data_of("page.html")["files"][2][0], "c.txt");
 }
 
+TEST_F(ReportCommand, a_page_is_printed_where_that_is_asked) {
+  learn("subjects");
+  Finished const finished = run({"report", "subjects", "-o", "-"});
+  EXPECT_EQ(finished.status, 0);
+  EXPECT_EQ(finished.output.find("<!"), 0U);
+  EXPECT_THAT(finished.output, testing::EndsWith("</html>\n"));
+}
+
+TEST_F(ReportCommand, a_page_is_not_mixed_with_results) {
+  learn("subjects");
+  Finished const finished = run({"match", write("in.txt", kitchen), "--report", "-"});
+  EXPECT_EQ(finished.status, 2);
+  EXPECT_THAT(finished.errors, HasSubstr("name a file for the report"));
+}
+
 TEST_F(ReportCommand, matching_tells_why) {
   learn("subjects");
   std::string const in = write("in.txt", std::string(kitchen) + "Dough needs butter.");

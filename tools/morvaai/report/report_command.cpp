@@ -36,17 +36,22 @@ int run_report(ReportOptions const& options) {
   }
   HString const output =
       options.output ? morvabs::from_path(*options.output) : where.id + HString(L".html");
-  if (auto const refused = refuse_report(output)) {
+  bool const is_printed = output == L"-";
+  if (auto const refused = is_printed ? refuse_any_report() : refuse_report(output)) {
     complain(*refused);
     return some_failed;
   }
-  QXPPolicyMorvaClustBox box;
   Progress const progress("making the report");
+  QXPPolicyMorvaClustBox box;
   if (auto const problem = BoxStore::read(where.file, box)) {
     complain(*problem);
     return some_failed;
   }
-  if (auto const problem = write_report(output, report_of_box(where, box).as_json())) {
+  nlohmann::ordered_json const data = report_of_box(where, box).as_json();
+  if (is_printed) {
+    return print_report(data) ? all_done : some_failed;
+  }
+  if (auto const problem = write_report(output, data)) {
     complain(*problem);
     return some_failed;
   }
