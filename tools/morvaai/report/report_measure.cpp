@@ -16,7 +16,10 @@ constexpr double infinity = std::numeric_limits<double>::infinity();
 
 // Weights that are too large to be squared give no number; what they belong to is out of reach.
 double reach_of(double distance) {
-  return std::isnan(distance) ? infinity : distance;
+  if (std::isnan(distance)) {
+    return infinity;
+  }
+  return distance;
 }
 
 }  // namespace
