@@ -10,6 +10,7 @@
 
 #include "cluster/internal/members.h"
 #include "numeric/internal/distance_table.h"
+#include "numeric/internal/divided_search.h"
 #include "numeric/internal/float_search.h"
 
 namespace {
@@ -18,9 +19,13 @@ constexpr double least_t2 = 1e-6;
 constexpr int most_steps = 2000;
 constexpr std::size_t no_limit = std::numeric_limits<std::size_t>::max();
 
-// One canopy after the other, as `HClusterCanopy::start`, but no more than `most` of them.
+// One canopy after the other, as `HClusterCanopy::start`, but no more than `most` of them. A table
+// with a group is that of a run over all its points.
 std::vector<std::vector<int>> pass(morva::DistanceTable const& table, std::size_t count,
                                    std::vector<int> const& indices, double t2, std::size_t most) {
+  if (table.group()) {
+    return morva::divided::canopies(table, t2, most);
+  }
   auto const is_point = [count](int index) {
     return index >= 0 && static_cast<std::size_t>(index) < count;
   };

@@ -2,8 +2,12 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
+#include <iterator>
 #include <limits>
 #include <set>
+#include <span>
+#include <utility>
 
 #include "cluster/internal/kernel_groups.h"
 #include "cluster/internal/members.h"
@@ -69,29 +73,34 @@ std::shared_ptr<morva::NeighbourMatrix const> HClusterDBScan::neighbours() const
     return neighbours_;
   }
   std::shared_ptr<morva::DistanceTable const> const points = table();
-  auto matrix = std::make_shared<morva::NeighbourMatrix>(points->size());
+  morva::NeighbourRows rows(points->size());
+  std::vector<std::uint32_t> row;
   if (mb_use_similarity) {
     std::vector<double> similarities(points->size());
     for (std::size_t i = 0; i < points->size(); ++i) {
-      std::span<double> const row = std::span<double>(similarities).subspan(i);
-      points->similarities((*points)[i], i, row);
-      for (std::size_t j = 0; j < row.size(); ++j) {
-        if (row[j] > md_similarity) {
-          matrix->join(i, i + j);
+      points->similarities((*points)[i], i, std::span(similarities).subspan(i));
+      row.clear();
+      for (std::size_t j = i; j < points->size(); ++j) {
+        if (similarities[j] > md_similarity) {
+          row.push_back(static_cast<std::uint32_t>(j));
         }
       }
+      rows.append(row);
     }
-    return matrix;
-  }
-  morva::for_each_neighbourhood(*points, md_eps, morva::DistanceTable::Border::outside,
-                                [&](std::size_t i, std::span<char const> near) {
-                                  for (std::size_t j = 0; j < near.size(); ++j) {
-                                    if (near[j] != 0) {
-                                      matrix->join(i, i + j);
+  } else {
+    morva::for_each_neighbourhood(*points, md_eps,
+                                  morva::DistanceTable::Border::outside,
+                                  [&](std::size_t i, std::span<char const> near) {
+                                    row.clear();
+                                    for (std::size_t j = 0; j < near.size(); ++j) {
+                                      if (near[j] != 0) {
+                                        row.push_back(static_cast<std::uint32_t>(i + j));
+                                      }
                                     }
-                                  }
-                                });
-  return matrix;
+                                    rows.append(row);
+                                  });
+  }
+  return std::make_shared<morva::NeighbourMatrix const>(std::move(rows));
 }
 
 void HClusterDBScan::mark_kernel_point() {
@@ -100,7 +109,7 @@ void HClusterDBScan::mark_kernel_point() {
   }
   std::shared_ptr<morva::NeighbourMatrix const> const matrix = neighbours();
   for (std::size_t i = 0; i < point_count(); ++i) {
-    auto const count = static_cast<long long>(matrix->count_neighbours(i, point_count()));
+    auto const count = static_cast<long long>(matrix->count_below(i, point_count()));
     if (mi_min_points <= count) {
       vt_kernel.push_back(static_cast<int>(i));
     }
@@ -115,14 +124,16 @@ void HClusterDBScan::mark_border_point() {
   std::vector<int> others = vt_index;
   morva::remove_each(vt_kernel, others);
   std::shared_ptr<morva::NeighbourMatrix const> const matrix = neighbours();
-  for (int const point : others) {
-    auto const is_neighbour = [&matrix, point](int kernel) {
-      return matrix->are_neighbours(point, kernel);
-    };
-    if (std::any_of(vt_kernel.begin(), vt_kernel.end(), is_neighbour)) {
-      vt_border.push_back(point);
+  morva::IndexSet kernels(matrix->size());
+  for (int const kernel : vt_kernel) {
+    if (matrix->has_point(kernel)) {
+      kernels.insert(static_cast<std::size_t>(kernel));
     }
   }
+  std::copy_if(others.begin(), others.end(), std::back_inserter(vt_border), [&](int point) {
+    return matrix->has_point(point) &&
+           matrix->has_neighbour_in(static_cast<std::size_t>(point), kernels);
+  });
   mb_mark_border = true;
 }
 
@@ -164,9 +175,9 @@ void HClusterDBScan::hand_out_border_points() {
       continue;
     }
     std::size_t group = none;
-    morva::for_each_index(
-        neighbours_->of(static_cast<std::size_t>(point)), 0,
-        [&](std::size_t neighbour) { group = std::min(group, first_group[neighbour]); });
+    neighbours_->for_each(static_cast<std::size_t>(point), [&](std::size_t neighbour) {
+      group = std::min(group, first_group[neighbour]);
+    });
     if (group != none) {
       vt_result[group].push_back(point);
       std::size_t& first = first_group[static_cast<std::size_t>(point)];

@@ -62,8 +62,10 @@ class MORVA_EXPORT HClusterDBScan : public HClusterBase {
   using HClusterBase::cluster;
   /// 1.
   int get_cluster_type() const override;
-  /// True when there is a cluster. What is no point leaves `vt_kernel`. Memory: one bit for each
-  /// pair of points.
+  /// True when there is a cluster. What is no point leaves `vt_kernel`. Memory beside the points:
+  /// eight bytes for each pair of neighbours, at most two bits for each pair of points, which is
+  /// what it takes where all are neighbours of all. Behind the search for neighbours, time grows
+  /// with their number.
   bool cluster() override;
   /// The distance is below `md_eps`.
   bool is_less_than_eps(HPointN const& a, HPointN const& b) const;

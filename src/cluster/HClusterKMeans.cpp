@@ -14,6 +14,7 @@
 #include "host/internal/log_line.h"
 #include "numeric/internal/center_finder.h"
 #include "numeric/internal/distance_table.h"
+#include "numeric/internal/divided_search.h"
 #include "numeric/internal/no_distance.h"
 #include "numeric/internal/ranked_columns.h"
 
@@ -40,6 +41,15 @@ SparsePoint moved_mean(morva::CenterFinder& finder, DistanceTable const& points,
   return valid.empty() ? SparsePoint() : finder.median(points[0].n, valid);
 }
 
+// The same of each of the clusters.
+std::vector<SparsePoint> moved_means(morva::CenterFinder& finder, DistanceTable const& points,
+                                     std::vector<std::vector<int> const*> const& clusters,
+                                     int rule) {
+  return morva::divided::make_points(points, clusters, [&](std::vector<int> const& members) {
+    return moved_mean(finder, points, members, rule);
+  });
+}
+
 // Assigns the first `count` points to the nearest of the first `mean_count` means; each mean has
 // its key.
 HClusterKMeans::ClusterMap assign(DistanceTable const& points, std::size_t count,
@@ -53,8 +63,7 @@ HClusterKMeans::ClusterMap assign(DistanceTable const& points, std::size_t count
                                   std::make_move_iterator(means.end()));
   means.erase(used, means.end());
   DistanceTable table(std::move(means), points.form());
-  std::vector<std::size_t> nearest(count);
-  morva::find_nearest(table, points, nearest);
+  std::vector<std::size_t> const nearest = morva::divided::find_nearest(table, points, count);
   for (std::size_t i = 0; i < count; ++i) {
     clusters[static_cast<int>(nearest[i])].push_back(static_cast<int>(i));
   }
@@ -103,8 +112,14 @@ class MeanMover {
       move_to_medians(changed);
       return;
     }
+    std::vector<std::vector<int> const*> clusters;
     for (auto const& [key, members] : changed) {
-      means_[static_cast<std::size_t>(key)] = moved_mean(finder_, points_, members, rule);
+      clusters.push_back(&members);
+    }
+    std::vector<SparsePoint> moved = moved_means(finder_, points_, clusters, rule);
+    auto next = moved.begin();
+    for (auto const& [key, members] : changed) {
+      means_[static_cast<std::size_t>(key)] = std::move(*next++);
     }
   }
 
@@ -135,41 +150,72 @@ class MeanMover {
   int last_rule_ = none;
 };
 
+// Points by the sums of their distances to seeds, as `morva::divided::DistanceSums`, in one
+// process.
+class DistanceSums {
+ public:
+  DistanceSums(DistanceTable const& points, std::vector<int> candidates)
+      : points_(points),
+        candidates_(std::move(candidates)),
+        sums_(points.size()),
+        row_(points.size()) {}
+
+  void add(std::size_t seed) {
+    morva::remove_each({static_cast<int>(seed)}, candidates_);
+    points_.distances(points_[seed], 0, row_);
+    std::transform(sums_.begin(), sums_.end(), row_.begin(), sums_.begin(), std::plus<>());
+  }
+
+  std::optional<std::size_t> farthest() const {
+    std::optional<std::size_t> result;
+    double greatest = 0.0;
+    for (int const candidate : candidates_) {
+      auto const index = static_cast<std::size_t>(candidate);
+      if (morva::is_point(points_.points(), candidate) && sums_[index] > greatest) {
+        greatest = sums_[index];
+        result = index;
+      }
+    }
+    return result;
+  }
+
+ private:
+  DistanceTable const& points_;
+  std::vector<int> candidates_;
+  std::vector<double> sums_;
+  std::vector<double> row_;
+};
+
 // The farthest pair, then always the first of the candidates with the greatest sum of distances to
 // the seeds so far; empty where there are not so many.
-std::vector<int> farthest_first(DistanceTable const& points, std::vector<int> candidates,
-                                long long k) {
-  auto const pair = morva::farthest_pair(points);
+template <typename Sums>
+std::vector<int> farthest_first(DistanceTable const& points, Sums sums, long long k) {
+  auto const pair = morva::divided::farthest_pair(points);
   if (!pair) {
     return {};
   }
   std::vector<int> seeds;
-  std::vector<double> sums(points.size());
-  std::vector<double> row(points.size());
-  auto const add = [&](int seed) {
-    seeds.push_back(seed);
-    morva::remove_each({seed}, candidates);
-    points.distances(points[static_cast<std::size_t>(seed)], 0, row);
-    std::transform(sums.begin(), sums.end(), row.begin(), sums.begin(), std::plus<>());
+  auto const add = [&](std::size_t seed) {
+    seeds.push_back(static_cast<int>(seed));
+    sums.add(seed);
   };
-  add(static_cast<int>(pair->i));
-  add(static_cast<int>(pair->j));
+  add(pair->i);
+  add(pair->j);
   while (static_cast<long long>(seeds.size()) < k) {
-    int farthest = -1;
-    double greatest = 0.0;
-    for (int const candidate : candidates) {
-      if (morva::is_point(points.points(), candidate) &&
-          sums[static_cast<std::size_t>(candidate)] > greatest) {
-        greatest = sums[static_cast<std::size_t>(candidate)];
-        farthest = candidate;
-      }
-    }
-    if (farthest < 0) {
+    auto const farthest = sums.farthest();
+    if (!farthest) {
       return {};
     }
-    add(farthest);
+    add(*farthest);
   }
   return seeds;
+}
+
+// A table with a group is that of a run over all its points.
+std::vector<int> farthest_first(DistanceTable const& points, std::vector<int> const& candidates,
+                                long long k) {
+  return points.group() ? farthest_first(points, morva::divided::DistanceSums(points), k)
+                        : farthest_first(points, DistanceSums(points, candidates), k);
 }
 
 // Finds that assignments come round again (Brent's method, with one assignment kept), so that the
@@ -280,10 +326,11 @@ bool HClusterKMeans::seed_with_canopies() {
   canopy.set_k(mi_k);
   canopy.cluster_in_place(points);
   morva::CenterFinder finder;
-  std::vector<SparsePoint> means;
+  std::vector<std::vector<int> const*> canopies;
   for (std::vector<int> const& members : canopy.vt_result) {
-    means.push_back(moved_mean(finder, *points, members, arithmetic_means));
+    canopies.push_back(&members);
   }
+  std::vector<SparsePoint> means = moved_means(finder, *points, canopies, arithmetic_means);
   if (mi_k == 0) {
     mi_k = static_cast<long long>(means.size());
   }

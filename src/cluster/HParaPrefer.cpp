@@ -4,6 +4,7 @@
 #include <cstddef>
 
 #include "numeric/internal/distance_table.h"
+#include "numeric/internal/division.h"
 
 namespace {
 
@@ -27,18 +28,17 @@ Reach reach_of(std::vector<double> const& values) {
   return {HParaPrefer::get_max_nearest(values), HParaPrefer::get_min_nearest(values)};
 }
 
-// The smallest values of each point against all others, ascending: at first few, and more of them
-// as soon as they are asked for.
+// The smallest values of each point of some rows against all others, ascending: at first few, and
+// more of them as soon as they are asked for.
 class ValueLists {
  public:
-  ValueLists(morva::DistanceTable const& table, bool use_distance)
-      : table_(table), use_distance_(use_distance), prefixes_(table.size()) {
+  ValueLists(morva::DistanceTable const& table, bool use_distance, morva::Rows rows)
+      : table_(table), use_distance_(use_distance), rows_(rows), prefixes_(rows.size()) {
     if (use_distance) {
-      prefixes_ = morva::smallest_distances(table, kept_values);
+      prefixes_ = morva::smallest_distances(table, kept_values, rows);
     }
   }
 
-  std::size_t size() const { return table_.size(); }
   std::size_t length() const { return table_.size() - 1; }
 
   // Calls `take` with a prefix of list i that is long enough for `take` to stop before its end, or
@@ -46,8 +46,9 @@ class ValueLists {
   template <typename Take>
   void read(std::size_t i, std::size_t at_least, Take const& take) {
     std::size_t count = std::max(at_least, kept_values);
-    if (prefixes_[i].empty()) {
-      prefixes_[i] = smallest(table_, i, kept_values, use_distance_);
+    std::vector<double>& kept = prefixes_[i - rows_.begin];
+    if (kept.empty()) {
+      kept = smallest(table_, i, kept_values, use_distance_);
     }
     std::vector<double> longer;
     while (true) {
@@ -55,7 +56,7 @@ class ValueLists {
       if (!is_kept) {
         longer = smallest(table_, i, count, use_distance_);
       }
-      std::vector<double> const& prefix = is_kept ? prefixes_[i] : longer;
+      std::vector<double> const& prefix = is_kept ? kept : longer;
       if (take(prefix) < prefix.size() || prefix.size() == length()) {
         return;
       }
@@ -69,15 +70,15 @@ class ValueLists {
     double const limit = average + margin;
     auto const wanted = static_cast<std::size_t>(min_points);
     if (wanted > length()) {
-      return std::vector<Reach>(size(), reach_of(std::vector<double>(length(), 0.0)));
+      return std::vector<Reach>(rows_.size(), reach_of(std::vector<double>(length(), 0.0)));
     }
-    std::vector<double> const farthest = morva::greatest_within(table_, limit);
+    std::vector<double> const farthest = morva::greatest_within(table_, limit, rows_);
     std::vector<Reach> reaches;
-    for (std::size_t i = 0; i < size(); ++i) {
+    for (std::size_t i = rows_.begin; i < rows_.end; ++i) {
       read(i, wanted, [&](std::vector<double> const& list) {
         auto const first = list.begin() + static_cast<std::ptrdiff_t>(wanted);
         Reach reach = reach_of({list.begin(), first});
-        reach.farthest = std::max(reach.farthest, farthest[i]);
+        reach.farthest = std::max(reach.farthest, farthest[i - rows_.begin]);
         if (!list.empty() && list.front() <= limit) {
           reach.nearest = std::min(reach.nearest, list.front());
         }
@@ -93,6 +94,7 @@ class ValueLists {
 
   morva::DistanceTable const& table_;
   bool use_distance_;
+  morva::Rows rows_;
   std::vector<std::vector<double>> prefixes_;
 };
 
@@ -107,14 +109,14 @@ double mean_reach(std::vector<Reach> const& reaches, double limit) {
   return HParaPrefer::get_vt_avg(kept);
 }
 
-// Of `count` lists, the mean of the values that the first `min_points` different ones reach.
-// `read(i, at_least, take)` calls `take` with list i, or with so much of its beginning, at least
-// that many values, that `take` uses fewer than it gets.
+// What the first `min_points` different values of each list reach. `read(i, at_least, take)` calls
+// `take` with list i, or with so much of its beginning, at least that many values, that `take` uses
+// fewer than it gets.
 template <typename Read>
-double average_reach(std::size_t count, int min_points, Read const& read) {
+std::vector<double> distinct_reaches(morva::Rows lists, int min_points, Read const& read) {
   std::vector<double> reaches;
   std::vector<double> part;
-  for (std::size_t i = 0; i < count; ++i) {
+  for (std::size_t i = lists.begin; i < lists.end; ++i) {
     read(i, 0, [&](std::vector<double> const& list) {
       part.clear();
       HParaPrefer::get_nearest_minpts(list, min_points, part);
@@ -122,27 +124,23 @@ double average_reach(std::size_t count, int min_points, Read const& read) {
     });
     reaches.push_back(HParaPrefer::get_max_nearest(part));
   }
-  return HParaPrefer::get_vt_avg(reaches);
+  return reaches;
 }
 
-// The estimate over `count` lists of one length.
+// What `get_nearest_value` picks from each list.
 template <typename Read>
-double estimate(std::size_t count, std::size_t length, int min_points, Read const& read) {
-  if (count == 0) {
-    return 0.0;
-  }
-  double const average = average_reach(count, min_points, read);
-  std::size_t const at_least = std::min(static_cast<std::size_t>(min_points), length) + 1;
+std::vector<Reach> value_reaches(morva::Rows lists, std::size_t at_least, double average,
+                                 int min_points, Read const& read) {
   std::vector<Reach> reaches;
   std::vector<double> part;
-  for (std::size_t i = 0; i < count; ++i) {
+  for (std::size_t i = lists.begin; i < lists.end; ++i) {
     read(i, at_least, [&](std::vector<double> const& list) {
       HParaPrefer::get_nearest_value(list, average, min_points, part);
       return part.size();
     });
     reaches.push_back(reach_of(part));
   }
-  return mean_reach(reaches, average);
+  return reaches;
 }
 
 }  // namespace
@@ -159,15 +157,19 @@ double HParaPrefer::eps_of(morva::DistanceTable const& table, int min_points, bo
   if (table.size() == 0) {
     return 0.0;
   }
-  ValueLists lists(table, use_distance);
+  morva::Division const division(table);
+  morva::Rows const rows = division.rows(table.size());
+  ValueLists lists(table, use_distance, rows);
   auto const read = [&](std::size_t i, std::size_t at_least, auto const& take) {
     lists.read(i, at_least, take);
   };
+  double const average = get_vt_avg(division.join(distinct_reaches(rows, min_points, read)));
   if (use_distance) {
-    double const average = average_reach(lists.size(), min_points, read);
-    return mean_reach(lists.reaches_together(average, min_points), average);
+    return mean_reach(division.join(lists.reaches_together(average, min_points)), average);
   }
-  return estimate(lists.size(), lists.length(), min_points, read);
+  std::size_t const at_least = std::min(static_cast<std::size_t>(min_points), lists.length()) + 1;
+  return mean_reach(division.join(value_reaches(rows, at_least, average, min_points, read)),
+                    average);
 }
 
 void HParaPrefer::get_vt_all(std::vector<HPointN> const& points, Lists& lists, bool use_distance) {
@@ -185,9 +187,15 @@ double HParaPrefer::get_value(HPointN const& a, HPointN const& b, bool use_dista
 }
 
 double HParaPrefer::smart_eps(Lists const& lists, int const& min_points) {
-  return estimate(
-      lists.size(), 0, min_points,
-      [&](std::size_t i, std::size_t /*at_least*/, auto const& take) { take(lists[i]); });
+  if (lists.empty()) {
+    return 0.0;
+  }
+  morva::Rows const all{0, lists.size()};
+  auto const read = [&](std::size_t i, std::size_t /*at_least*/, auto const& take) {
+    take(lists[i]);
+  };
+  double const average = get_vt_avg(distinct_reaches(all, min_points, read));
+  return mean_reach(value_reaches(all, 0, average, min_points, read), average);
 }
 
 void HParaPrefer::get_nearest_minpts(std::vector<double> const& list, int const& min_points,

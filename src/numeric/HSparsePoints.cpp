@@ -2,8 +2,11 @@
 
 #include <algorithm>
 #include <bit>
+#include <cstdint>
+#include <string>
 #include <utility>
 
+#include "numeric/HProcessGroup.h"
 #include "numeric/internal/center_finder.h"
 #include "numeric/internal/distance_table.h"
 #include "numeric/internal/sparse_point.h"
@@ -45,6 +48,28 @@ morva::SparsePoint center_of(std::vector<morva::SparsePoint> const& points,
   }
   std::vector<morva::SparsePoint const*> const valid = morva::valid_members(points, members);
   return morva::CenterFinder().mean(points.front().n, valid, static_cast<double>(valid.size()));
+}
+
+// What other points do not have by chance, for processes to compare.
+std::string digest_of(std::vector<morva::SparsePoint> const& points) {
+  std::uint64_t digest = 0;
+  auto const mix = [&digest](std::uint64_t bits) {
+    // The finalizer of splitmix64 (Steele, Lea, Flood: Fast splittable pseudorandom number
+    // generators, OOPSLA 2014).
+    digest = (digest ^ bits) + 0x9e3779b97f4a7c15;
+    digest = (digest ^ (digest >> 30)) * 0xbf58476d1ce4e5b9;
+    digest = (digest ^ (digest >> 27)) * 0x94d049bb133111eb;
+    digest ^= digest >> 31;
+  };
+  for (morva::SparsePoint const& point : points) {
+    mix(static_cast<std::uint64_t>(point.n));
+    mix(point.values.size());
+    for (std::size_t k = 0; k < point.values.size(); ++k) {
+      mix(point.columns[k]);
+      mix(std::bit_cast<std::uint64_t>(point.values[k]));
+    }
+  }
+  return std::to_string(points.size()) + " " + std::to_string(digest);
 }
 
 }  // namespace
@@ -127,4 +152,19 @@ double HSparsePoints::get_max_radius(std::vector<int> const& members) const {
 
 double HSparsePoints::get_avg_distance() const {
   return table()->average_distance();
+}
+
+bool HSparsePoints::share_work(std::shared_ptr<HProcessGroup> const& group) {
+  std::shared_ptr<morva::DistanceTable const> const shared = table();
+  if (group) {
+    std::string const digest = digest_of(shared->points());
+    std::vector<std::string> const all = group->all_gather(digest);
+    bool const is_same = std::all_of(all.begin(), all.end(),
+                                     [&digest](std::string const& one) { return one == digest; });
+    if (!is_same) {
+      return false;
+    }
+  }
+  shared->set_group(group);
+  return true;
 }

@@ -12,6 +12,7 @@
 namespace morva {
 class DistanceTable;
 }
+class HProcessGroup;
 
 /// A list of points of which only the coordinates that are not zero are kept, for documents, which
 /// lack most words of a vocabulary. The counterpart of a `std::vector<HPointN>` with the measures
@@ -65,6 +66,16 @@ class MORVA_EXPORT HSparsePoints {
   double get_max_radius(std::vector<int> const& members) const;
   /// As `HClusterDistance::get_avg_distance`.
   double get_avg_distance() const;
+
+  /// From here on the processes of the group divide among them what `HSparseClusterMgr` and
+  /// `get_avg_distance` measure over these points and over lists that share them; the results, the
+  /// same bits as without a group, are there in each. All processes of the group have to call this
+  /// with the same points, and then run the same calls in the same order. Takes a copy of the share
+  /// of the points beside them, and sends as much as results are large, not as points are.
+  ///
+  /// False, with nothing changed, in all processes where the points, by a digest of them, are not
+  /// the same in all. Null ends it in this process.
+  bool share_work(std::shared_ptr<HProcessGroup> const& group);
 
  private:
   friend class HSparseClusterMgr;

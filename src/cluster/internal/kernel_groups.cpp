@@ -4,7 +4,6 @@
 #include <cstddef>
 #include <functional>
 #include <iterator>
-#include <optional>
 #include <set>
 
 namespace morva {
@@ -12,17 +11,19 @@ namespace morva {
 namespace {
 
 // The groups of ascending kernel points, each told by its kernel point. Instead of comparing groups
-// with groups, each point that enters a group adds the groups that hold it to those that the group
-// meets: one row of the matrix for each.
+// with groups, each point that enters a group takes the groups that hold it to those that the group
+// is to absorb, so that a group takes time for its members and their neighbours only. As it has
+// absorbed all that hold one of its points, save the one right behind it, a point is in two groups
+// at most.
 class KernelGroups {
  public:
   KernelGroups(NeighbourMatrix const& neighbours, std::vector<int> const& kernels)
       : neighbours_(neighbours),
         kernels_(kernels),
-        is_kernel_(neighbours.size()),
+        outside_(neighbours.size()),
         alive_(neighbours.size()) {
     for (int const kernel : kernels) {
-      is_kernel_.insert(static_cast<std::size_t>(kernel));
+      outside_.insert(static_cast<std::size_t>(kernel));
       alive_.insert(static_cast<std::size_t>(kernel));
     }
   }
@@ -43,67 +44,62 @@ class KernelGroups {
   }
 
   std::vector<int> grow(std::size_t position) {
-    IndexSet members(neighbours_.size());
-    IndexSet met(neighbours_.size());
-    absorb(kernel(position), members, met);
-    std::size_t next = position + 1;
-    while (auto const other = first_met(met, next)) {
-      absorb(*other, members, met);
-      alive_.erase(*other);
-      next = position + 2;
+    std::vector<int> members;
+    meet(kernel(position));
+    absorb_met(members, 1);
+    // The group right behind is one of those that are met at first, or is not tried again.
+    std::size_t const next = position + 1;
+    bool const is_passed_over = next < kernels_.size() && alive_.contains(kernel(next));
+    if (is_passed_over) {
+      alive_.erase(kernel(next));
     }
-    std::vector<int> group;
-    for_each_index(members.words(), 0,
-                   [&group](std::size_t point) { group.push_back(static_cast<int>(point)); });
-    return group;
+    absorb_met(members, kernels_.size());
+    if (is_passed_over) {
+      alive_.insert(kernel(next));
+    }
+    for (int const member : members) {
+      outside_.insert(static_cast<std::size_t>(member));
+    }
+    std::sort(members.begin(), members.end());
+    return members;
   }
 
-  // Adds the group of a kernel point: the point itself and its kernel neighbours behind it.
-  void absorb(std::size_t kernel_point, IndexSet& members, IndexSet& met) const {
-    add(kernel_point, members, met);
-    for_each_index(neighbours_.of(kernel_point), kernel_point + 1, [&](std::size_t point) {
-      if (is_kernel_.contains(point)) {
-        add(point, members, met);
+  void meet(std::size_t kernel_point) {
+    alive_.erase(kernel_point);
+    met_.push_back(kernel_point);
+  }
+
+  // Adds groups that have been met: of each the point itself and its kernel neighbours behind it.
+  void absorb_met(std::vector<int>& members, std::size_t most) {
+    for (; most > 0 && !met_.empty(); --most) {
+      std::size_t const kernel_point = met_.back();
+      met_.pop_back();
+      if (outside_.contains(kernel_point)) {
+        add(kernel_point, members);
       }
-    });
+      neighbours_.from_itself().for_each_in(kernel_point, outside_,
+                                            [&](std::size_t point) { add(point, members); });
+    }
   }
 
   // The groups that hold a point are its own and those of its neighbours before it.
-  void add(std::size_t point, IndexSet& members, IndexSet& met) const {
-    if (members.contains(point)) {
-      return;
+  void add(std::size_t point, std::vector<int>& members) {
+    outside_.erase(point);
+    members.push_back(static_cast<int>(point));
+    if (alive_.contains(point)) {
+      meet(point);
     }
-    members.insert(point);
-    met.insert(point);
-    auto const row = neighbours_.of(point);
-    std::size_t const last = point / IndexSet::word_bits;
-    for (std::size_t w = 0; w < last; ++w) {
-      met.words()[w] |= row[w];
-    }
-    met.words()[last] |= row[last] & (IndexSet::bit(point) - 1);
-  }
-
-  std::optional<std::size_t> first_met(IndexSet const& met, std::size_t position) const {
-    if (position >= kernels_.size()) {
-      return std::nullopt;
-    }
-    std::size_t const from = kernel(position);
-    for (std::size_t w = from / IndexSet::word_bits; w < met.words().size(); ++w) {
-      std::uint64_t bits = met.words()[w] & alive_.words()[w];
-      if (w == from / IndexSet::word_bits) {
-        bits &= ~std::uint64_t{0} << from % IndexSet::word_bits;
-      }
-      if (bits != 0) {
-        return w * IndexSet::word_bits + static_cast<std::size_t>(std::countr_zero(bits));
-      }
-    }
-    return std::nullopt;
+    neighbours_.before().for_each_in(point, alive_, [this](std::size_t other) { meet(other); });
   }
 
   NeighbourMatrix const& neighbours_;
   std::vector<int> const& kernels_;
-  IndexSet is_kernel_;
+  // Kernel points that are not in the group that grows.
+  IndexSet outside_;
+  // Groups that have been neither absorbed nor grown.
   IndexSet alive_;
+  // Groups that the one that grows is to absorb.
+  std::vector<std::size_t> met_;
 };
 
 bool shares_element(std::vector<int> const& a, std::vector<int> const& b) {

@@ -93,6 +93,28 @@ std::variant<Postings, Lanes> const& DistanceTable::columns() const {
   return *columns_;
 }
 
+void DistanceTable::release_columns() const {
+  columns_.reset();
+  own_points_.reset();
+}
+
+void DistanceTable::set_group(std::shared_ptr<HProcessGroup> group) const {
+  group_ = std::move(group);
+  own_points_.reset();
+}
+
+DistanceTable const& DistanceTable::own_points() const {
+  if (!own_points_) {
+    auto const step = static_cast<std::size_t>(group_->size());
+    std::vector<SparsePoint> own;
+    for (auto i = static_cast<std::size_t>(group_->rank()); i < size(); i += step) {
+      own.push_back(points_[i]);
+    }
+    own_points_ = std::make_unique<DistanceTable const>(std::move(own), form_);
+  }
+  return *own_points_;
+}
+
 FloatLanes const* DistanceTable::floats() const {
   if (!floats_ && form_ == Form::dense && is_tame_ && is_uniform_ && !points_.empty()) {
     floats_.emplace(points_, points_.front().n, FloatLanes::scale_for(points_));
@@ -382,12 +404,13 @@ double DistanceTable::sum_of_sparse() const {
   return sum;
 }
 
-std::optional<FoundPair> farthest_pair(DistanceTable const& table) {
+std::optional<FoundPair> farthest_pair(DistanceTable const& table, Rows rows) {
+  rows = rows.up_to(table.size());
   if (FloatLanes const* floats = table.floats()) {
-    return FloatSearch(table, *floats).farthest_pair();
+    return FloatSearch(table, *floats).farthest_pair(rows);
   }
   std::optional<FoundPair> result;
-  for (std::size_t i = 0; i + 1 < table.size(); ++i) {
+  for (std::size_t i = rows.begin; i < rows.end && i + 1 < table.size(); ++i) {
     double const floor = result ? result->distance : 0.0;
     if (auto const found = table.farthest(table[i], i + 1, floor)) {
       result = FoundPair{i, found->index, found->distance};
@@ -412,54 +435,58 @@ std::optional<FoundPair> closest_pair(DistanceTable const& table) {
 
 void for_each_neighbourhood(
     DistanceTable const& table, double limit, DistanceTable::Border border,
-    std::function<void(std::size_t i, std::span<char const> near)> const& visit) {
+    std::function<void(std::size_t i, std::span<char const> near)> const& visit, Rows rows) {
+  rows = rows.up_to(table.size());
   FloatLanes const* floats = limit >= 0.0 ? table.floats() : nullptr;
   if (floats != nullptr) {
-    FloatSearch(table, *floats).neighbours(limit, border, visit);
+    FloatSearch(table, *floats).neighbours(rows, limit, border, visit);
     return;
   }
   std::vector<char> near(table.size());
-  for (std::size_t i = 0; i < table.size(); ++i) {
+  for (std::size_t i = rows.begin; i < rows.end; ++i) {
     std::span<char> const from_i = std::span(near).subspan(i);
     table.within(table[i], i, limit, border, from_i);
     visit(i, from_i);
   }
 }
 
-std::vector<std::vector<double>> smallest_distances(DistanceTable const& table, std::size_t count) {
+std::vector<std::vector<double>> smallest_distances(DistanceTable const& table, std::size_t count,
+                                                    Rows rows) {
+  rows = rows.up_to(table.size());
   if (FloatLanes const* floats = table.floats()) {
-    return FloatSearch(table, *floats).smallest_distances(count);
+    return FloatSearch(table, *floats).smallest_distances(rows, count);
   }
   std::vector<std::vector<double>> result;
-  result.reserve(table.size());
-  for (std::size_t i = 0; i < table.size(); ++i) {
+  result.reserve(rows.size());
+  for (std::size_t i = rows.begin; i < rows.end; ++i) {
     result.push_back(table.smallest_distances(i, count));
   }
   return result;
 }
 
-std::vector<double> greatest_within(DistanceTable const& table, double limit) {
+std::vector<double> greatest_within(DistanceTable const& table, double limit, Rows rows) {
+  rows = rows.up_to(table.size());
   if (FloatLanes const* floats = table.floats(); floats != nullptr && limit >= 0.0) {
-    return FloatSearch(table, *floats).greatest_within(limit);
+    return FloatSearch(table, *floats).greatest_within(rows, limit);
   }
   std::vector<double> result;
-  result.reserve(table.size());
-  for (std::size_t i = 0; i < table.size(); ++i) {
+  result.reserve(rows.size());
+  for (std::size_t i = rows.begin; i < rows.end; ++i) {
     result.push_back(table.greatest_within(i, limit));
   }
   return result;
 }
 
-void find_nearest(DistanceTable const& table, DistanceTable const& points,
+void find_nearest(DistanceTable const& table, DistanceTable const& points, Rows rows,
                   std::span<std::size_t> out) {
   FloatLanes const* floats = points.floats();
   if (floats != nullptr && table.size() != 0 && floats->can_scale(table.points())) {
     FloatLanes const own(table.points(), points[0].n, floats->scale());
-    FloatSearch(table, own).nearest(points, *floats, out);
+    FloatSearch(table, own).nearest(points, *floats, rows, out);
     return;
   }
-  for (std::size_t i = 0; i < out.size(); ++i) {
-    out[i] = table.nearest(points[i]);
+  for (std::size_t i = rows.begin; i < rows.end; ++i) {
+    out[i - rows.begin] = table.nearest(points[i]);
   }
 }
 

@@ -2,15 +2,18 @@
 
 #include <cstddef>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <span>
 #include <utility>
 #include <variant>
 #include <vector>
 
+#include "numeric/HProcessGroup.h"
 #include "numeric/internal/float_lanes.h"
 #include "numeric/internal/lanes.h"
 #include "numeric/internal/postings.h"
+#include "numeric/internal/rows.h"
 #include "numeric/internal/sparse_point.h"
 
 namespace morva {
@@ -38,12 +41,24 @@ class DistanceTable {
 
   std::size_t size() const { return points_.size(); }
   Form form() const { return form_; }
+  /// Whether the searches that bound distances by the few coordinates that are not zero are for
+  /// these points: sparse ones, all tame and of one dimension.
+  bool has_sparse_bounds() const { return form_ == Form::sparse && is_tame_ && is_uniform_; }
   std::vector<SparsePoint> const& points() const { return points_; }
   /// Frees what the searches made, until one needs it again.
-  void release_columns() const { columns_.reset(); }
+  void release_columns() const;
   /// Takes the points out; the table is then good for nothing else.
   std::vector<SparsePoint> take_points() { return std::move(points_); }
   SparsePoint const& operator[](std::size_t i) const { return points_[i]; }
+
+  /// The processes that hold the same points and share the work on them; null where this one works
+  /// alone.
+  std::shared_ptr<HProcessGroup> const& group() const { return group_; }
+  void set_group(std::shared_ptr<HProcessGroup> group) const;
+  /// Of the points those that are dealt to this process, by turns: point i is the group's
+  /// `i % size`-th process's. A copy of them in this table's form; with a group only.
+  DistanceTable const& own_points() const;
+
   /// Bounds in single precision; null where few coordinates are not zero, or no bounds hold.
   FloatLanes const* floats() const;
 
@@ -94,6 +109,8 @@ class DistanceTable {
   std::vector<SquareBounds::Part> bound_parts_;
   mutable std::optional<std::variant<Postings, Lanes>> columns_;
   mutable std::optional<FloatLanes> floats_;
+  mutable std::shared_ptr<HProcessGroup> group_;
+  mutable std::unique_ptr<DistanceTable const> own_points_;
   bool is_uniform_ = true;
   bool is_tame_ = true;
 };
@@ -105,21 +122,27 @@ struct FoundPair {
   std::size_t j;
   double distance;
 };
-std::optional<FoundPair> farthest_pair(DistanceTable const& table);
+/// With rows, of a share of the pairs: each pair belongs to one row, by an order of the search's
+/// own in which row i has the partners behind it. The greatest of what all rows give, part by part,
+/// of equal ones the first pair, is that of all pairs.
+std::optional<FoundPair> farthest_pair(DistanceTable const& table, Rows rows = every_row);
 std::optional<FoundPair> closest_pair(DistanceTable const& table);
 
-/// Calls `visit(i, near)` for each point i, where `near[j]` says of point i + j what
+/// Calls `visit(i, near)` for each point i of the rows, where `near[j]` says of point i + j what
 /// `DistanceTable::within` says.
 void for_each_neighbourhood(
     DistanceTable const& table, double limit, DistanceTable::Border border,
-    std::function<void(std::size_t i, std::span<char const> near)> const& visit);
-/// `DistanceTable::smallest_distances` of each point.
-std::vector<std::vector<double>> smallest_distances(DistanceTable const& table, std::size_t count);
-/// Of each point, the greatest distance to another that is not above the limit; 0.0 where there is
-/// none.
-std::vector<double> greatest_within(DistanceTable const& table, double limit);
-/// `DistanceTable::nearest` in `table` of each of the first points, as many as `out` has room for.
-void find_nearest(DistanceTable const& table, DistanceTable const& points,
+    std::function<void(std::size_t i, std::span<char const> near)> const& visit,
+    Rows rows = every_row);
+/// `DistanceTable::smallest_distances` of each point of the rows.
+std::vector<std::vector<double>> smallest_distances(DistanceTable const& table, std::size_t count,
+                                                    Rows rows = every_row);
+/// Of each point of the rows, the greatest distance to another that is not above the limit; 0.0
+/// where there is none.
+std::vector<double> greatest_within(DistanceTable const& table, double limit,
+                                    Rows rows = every_row);
+/// `DistanceTable::nearest` in `table` of each of the points of the rows, for which `out` has room.
+void find_nearest(DistanceTable const& table, DistanceTable const& points, Rows rows,
                   std::span<std::size_t> out);
 
 }  // namespace morva

@@ -26,18 +26,32 @@ enum State : char { outside = 0, open = 1, inside = 2 };
 FloatSearch::FloatSearch(DistanceTable const& table, FloatLanes const& floats)
     : table_(table), floats_(floats), states_(table.size()) {}
 
-// Calls `visit(i, first, lows, highs)` for each point i with the bounds to a part of the points,
-// those from `first` on.
-template <typename Visit>
-void FloatSearch::for_each_row(Part part, Visit const& visit) {
-  std::size_t const size = table_.size();
-  for (std::size_t block = 0; block < size; block += wide::rows_together) {
-    floats_.bound_squares(floats_, block, part == Part::all ? 0 : block, bounds_);
-    for (std::size_t i = block; i < std::min(size, block + wide::rows_together); ++i) {
-      std::size_t const first = part == Part::all ? 0 : i + (part == Part::behind ? 1 : 0);
-      visit(i, first, bounds_.lows(i - block, first, size), bounds_.highs(i - block, first, size));
-    }
+namespace {
+
+// Calls `take(block, part)` for the part of the rows that lies in each block, which begins at a
+// multiple of `wide::rows_together`.
+template <typename Take>
+void for_each_block(Rows rows, Take const& take) {
+  constexpr std::size_t height = wide::rows_together;
+  for (std::size_t block = rows.begin / height * height; block < rows.end; block += height) {
+    take(block, Rows{std::max(block, rows.begin), std::min(block + height, rows.end)});
   }
+}
+
+}  // namespace
+
+// Calls `take(i, first, lows, highs)` for each point i of the rows with the bounds to a part of the
+// points, those from `first` on.
+template <typename Take>
+void FloatSearch::for_each_row(Rows rows, Part part, Take const& take) {
+  std::size_t const size = table_.size();
+  for_each_block(rows, [&](std::size_t block, Rows inside) {
+    floats_.bound_squares(floats_, block, part == Part::all ? 0 : block, bounds_);
+    for (std::size_t i = inside.begin; i < inside.end; ++i) {
+      std::size_t const first = part == Part::all ? 0 : i + (part == Part::behind ? 1 : 0);
+      take(i, first, bounds_.lows(i - block, first, size), bounds_.highs(i - block, first, size));
+    }
+  });
 }
 
 // Collects the points whose state is open; `states[0]` is that of point `first`.
@@ -64,20 +78,20 @@ void FloatSearch::list_open(std::span<char const> states, std::size_t first) {
   }
 }
 
-// Calls `visit(j, distance)` for the open points j in their order, which are at `first` or behind.
-template <typename Visit>
-void FloatSearch::measure(SparsePoint const& x, std::size_t first, Visit const& visit) {
+// Calls `take(j, distance)` for the open points j in their order, which are at `first` or behind.
+template <typename Take>
+void FloatSearch::measure(SparsePoint const& x, std::size_t first, Take const& take) {
   // Where there are many, one sweep is cheaper than pair by pair.
   if (open_.size() > 16 && open_.size() > (table_.size() - first) / 8) {
     exact_.resize(table_.size() - first);
     table_.distances(x, first, exact_);
     for (std::size_t const j : open_) {
-      visit(j, exact_[j - first]);
+      take(j, exact_[j - first]);
     }
     return;
   }
   for (std::size_t const j : open_) {
-    visit(j, distance(x, table_[j]));
+    take(j, distance(x, table_[j]));
   }
 }
 
@@ -123,20 +137,20 @@ class Radii {
 
 }  // namespace
 
-std::optional<FoundPair> FloatSearch::farthest_pair() {
+std::optional<FoundPair> FloatSearch::farthest_pair(Rows rows) {
   Radii const radii(table_);
   auto const order = radii.order();
   FloatLanes const sorted(table_.points(), order, table_[0].n, floats_.scale());
   std::optional<FoundPair> result;
   double greatest = 0.0;
   float reach = sorted.square_of(greatest).low;
-  for (std::size_t block = 0; block < order.size(); block += wide::rows_together) {
+  for_each_block(rows, [&](std::size_t block, Rows inside) {
     std::size_t const end = radii.count_for(block);
     if (end <= block + 1) {
-      break;
+      return;
     }
     sorted.bound_squares(sorted, block, block, end, bounds_);
-    for (std::size_t i = block; i < std::min(end, block + wide::rows_together); ++i) {
+    for (std::size_t i = inside.begin; i < std::min(end, inside.end); ++i) {
       auto const lows = bounds_.lows(i - block, i + 1, end);
       auto const highs = bounds_.highs(i - block, i + 1, end);
       if (wide::greatest(highs) < reach) {
@@ -160,7 +174,7 @@ std::optional<FoundPair> FloatSearch::farthest_pair() {
       });
       reach = std::max(reach, sorted.square_of(greatest).low);
     }
-  }
+  });
   return result;
 }
 
@@ -168,22 +182,23 @@ std::optional<FoundPair> FloatSearch::closest_pair() {
   std::optional<FoundPair> result;
   double least = no_distance;
   float reach = infinity;
-  for_each_row(Part::behind, [&](std::size_t i, std::size_t first, auto lows, auto highs) {
-    if (least == 0.0 || wide::least(lows) > reach) {
-      return;
-    }
-    reach = std::min(reach, wide::least(highs));
-    auto const states = std::span(states_).first(lows.size());
-    wide::compare(lows, highs, -infinity, reach, states);
-    list_open(states, first);
-    measure(table_[i], first, [&](std::size_t j, double measured) {
-      if (measured < least) {
-        least = measured;
-        result = FoundPair{i, j, measured};
-      }
-    });
-    reach = std::min(reach, floats_.square_of(least).high);
-  });
+  for_each_row(every_row.up_to(table_.size()), Part::behind,
+               [&](std::size_t i, std::size_t first, auto lows, auto highs) {
+                 if (least == 0.0 || wide::least(lows) > reach) {
+                   return;
+                 }
+                 reach = std::min(reach, wide::least(highs));
+                 auto const states = std::span(states_).first(lows.size());
+                 wide::compare(lows, highs, -infinity, reach, states);
+                 list_open(states, first);
+                 measure(table_[i], first, [&](std::size_t j, double measured) {
+                   if (measured < least) {
+                     least = measured;
+                     result = FoundPair{i, j, measured};
+                   }
+                 });
+                 reach = std::min(reach, floats_.square_of(least).high);
+               });
   return result;
 }
 
@@ -212,21 +227,23 @@ void FloatSearch::within(std::size_t i, std::size_t first, double limit,
   decide(i, first, limit, border, out);
 }
 
-void FloatSearch::neighbours(double limit, DistanceTable::Border border, Rows const& visit) {
+void FloatSearch::neighbours(Rows rows, double limit, DistanceTable::Border border,
+                             Visit const& visit) {
   FloatLanes::Square const square = floats_.square_of(limit);
-  for_each_row(Part::from_itself, [&](std::size_t i, std::size_t first, auto lows, auto highs) {
-    auto const states = std::span(states_).first(lows.size());
-    wide::compare(lows, highs, square.low, square.high, states);
-    decide(i, first, limit, border, states);
-    visit(i, states);
-  });
+  for_each_row(rows, Part::from_itself,
+               [&](std::size_t i, std::size_t first, auto lows, auto highs) {
+                 auto const states = std::span(states_).first(lows.size());
+                 wide::compare(lows, highs, square.low, square.high, states);
+                 decide(i, first, limit, border, states);
+                 visit(i, states);
+               });
 }
 
-std::vector<std::vector<double>> FloatSearch::smallest_distances(std::size_t count) {
+std::vector<std::vector<double>> FloatSearch::smallest_distances(Rows rows, std::size_t count) {
   std::vector<std::vector<double>> result;
-  result.reserve(table_.size());
+  result.reserve(rows.size());
   std::array<float, wide::strands> least;
-  for_each_row(Part::all, [&](std::size_t i, std::size_t /*first*/, auto lows, auto highs) {
+  for_each_row(rows, Part::all, [&](std::size_t i, std::size_t /*first*/, auto lows, auto highs) {
     // Each strand has at least one value that is not above its smallest: of count + 1 of them, one
     // can be that of point i.
     float reach = infinity;
@@ -248,30 +265,31 @@ std::vector<std::vector<double>> FloatSearch::smallest_distances(std::size_t cou
   return result;
 }
 
-std::vector<double> FloatSearch::greatest_within(double limit) {
+std::vector<double> FloatSearch::greatest_within(Rows rows, double limit) {
   FloatLanes::Square const square = floats_.square_of(limit);
-  std::vector<double> result(table_.size(), 0.0);
-  for_each_row(Part::all, [&](std::size_t i, std::size_t /*first*/, auto lows, auto highs) {
+  std::vector<double> result(rows.size(), 0.0);
+  for_each_row(rows, Part::all, [&](std::size_t i, std::size_t /*first*/, auto lows, auto highs) {
     // Open is what may be within the limit and is not certainly less than another within it.
     float const reach = wide::greatest_below(square.low, lows, highs);
     wide::compare(lows, highs, reach, square.high, states_);
     states_[i] = outside;
     list_open(states_, 0);
+    double& greatest = result[i - rows.begin];
     measure(table_[i], 0, [&](std::size_t /*j*/, double measured) {
-      if (measured > result[i] && measured <= limit) {
-        result[i] = measured;
+      if (measured > greatest && measured <= limit) {
+        greatest = measured;
       }
     });
   });
   return result;
 }
 
-void FloatSearch::nearest(DistanceTable const& points, FloatLanes const& floats,
+void FloatSearch::nearest(DistanceTable const& points, FloatLanes const& floats, Rows rows,
                           std::span<std::size_t> out) {
   std::size_t const size = table_.size();
-  for (std::size_t block = 0; block < out.size(); block += wide::rows_together) {
+  for_each_block(rows, [&](std::size_t block, Rows inside) {
     floats_.bound_squares(floats, block, 0, bounds_);
-    for (std::size_t i = block; i < std::min(out.size(), block + wide::rows_together); ++i) {
+    for (std::size_t i = inside.begin; i < inside.end; ++i) {
       auto const lows = bounds_.lows(i - block, 0, size);
       float const reach = wide::least(bounds_.highs(i - block, 0, size));
       open_.clear();
@@ -280,7 +298,8 @@ void FloatSearch::nearest(DistanceTable const& points, FloatLanes const& floats,
           open_.push_back(j);
         }
       }
-      out[i] = open_.empty() ? 0 : open_.front();
+      std::size_t& found = out[i - rows.begin];
+      found = open_.empty() ? 0 : open_.front();
       if (open_.size() < 2) {
         continue;
       }
@@ -288,11 +307,11 @@ void FloatSearch::nearest(DistanceTable const& points, FloatLanes const& floats,
       measure(points[i], 0, [&](std::size_t j, double measured) {
         if (measured <= least) {
           least = measured;
-          out[i] = j;
+          found = j;
         }
       });
     }
-  }
+  });
 }
 
 }  // namespace morva

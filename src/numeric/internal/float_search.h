@@ -8,6 +8,7 @@
 
 #include "numeric/internal/distance_table.h"
 #include "numeric/internal/float_lanes.h"
+#include "numeric/internal/rows.h"
 
 namespace morva {
 
@@ -16,32 +17,34 @@ namespace morva {
 /// distances tie.
 class FloatSearch {
  public:
-  using Rows = std::function<void(std::size_t i, std::span<char const> is_near)>;
+  using Visit = std::function<void(std::size_t i, std::span<char const> is_near)>;
 
   FloatSearch(DistanceTable const& table, FloatLanes const& floats);
 
   /// Only of pairs that are far enough from a common point, so that together they reach the
-  /// distance of a pair that is known: where few points lie far out, almost linear.
-  std::optional<FoundPair> farthest_pair();
+  /// distance of a pair that is known: where few points lie far out, almost linear. The rows are
+  /// places in the order of their distances from that point.
+  std::optional<FoundPair> farthest_pair(Rows rows);
   std::optional<FoundPair> closest_pair();
   /// As `DistanceTable::within` from point i. Rows that are near each other are best asked for one
   /// after the other, and with a `first` that does not fall.
   void within(std::size_t i, std::size_t first, double limit, DistanceTable::Border border,
               std::span<char> out);
-  void neighbours(double limit, DistanceTable::Border border, Rows const& visit);
-  std::vector<std::vector<double>> smallest_distances(std::size_t count);
-  std::vector<double> greatest_within(double limit);
-  /// `points` has the bounds `floats` in the scale of this table.
-  void nearest(DistanceTable const& points, FloatLanes const& floats, std::span<std::size_t> out);
+  void neighbours(Rows rows, double limit, DistanceTable::Border border, Visit const& visit);
+  std::vector<std::vector<double>> smallest_distances(Rows rows, std::size_t count);
+  std::vector<double> greatest_within(Rows rows, double limit);
+  /// `points`, of which the rows are, has the bounds `floats` in the scale of this table.
+  void nearest(DistanceTable const& points, FloatLanes const& floats, Rows rows,
+               std::span<std::size_t> out);
 
  private:
   enum class Part { all, from_itself, behind };
-  template <typename Visit>
-  void for_each_row(Part part, Visit const& visit);
+  template <typename Take>
+  void for_each_row(Rows rows, Part part, Take const& take);
   static constexpr std::size_t none = static_cast<std::size_t>(-1);
 
-  template <typename Visit>
-  void measure(SparsePoint const& x, std::size_t first, Visit const& visit);
+  template <typename Take>
+  void measure(SparsePoint const& x, std::size_t first, Take const& take);
   void decide(std::size_t i, std::size_t first, double limit, DistanceTable::Border border,
               std::span<char> states);
   void list_open(std::span<char const> states, std::size_t first);

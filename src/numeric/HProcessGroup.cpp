@@ -1,0 +1,4 @@
+#include "numeric/HProcessGroup.h"
+
+HProcessGroup::HProcessGroup() = default;
+HProcessGroup::~HProcessGroup() = default;

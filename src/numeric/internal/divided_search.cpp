@@ -1,0 +1,224 @@
+#include "numeric/internal/divided_search.h"
+
+#include <algorithm>
+#include <bit>
+#include <cstdint>
+#include <limits>
+#include <numeric>
+#include <utility>
+
+#include "numeric/internal/division.h"
+
+namespace morva::divided {
+
+namespace {
+
+constexpr std::size_t none = std::numeric_limits<std::size_t>::max();
+
+// Points as numbers, one behind the other.
+void write(SparsePoint const& point, std::vector<std::uint64_t>& out) {
+  out.push_back(static_cast<std::uint64_t>(point.n));
+  out.push_back(point.values.size());
+  out.insert(out.end(), point.columns.begin(), point.columns.end());
+  for (double const value : point.values) {
+    out.push_back(std::bit_cast<std::uint64_t>(value));
+  }
+}
+
+SparsePoint read(std::span<std::uint64_t const>& from) {
+  auto const n = static_cast<long long>(from[0]);
+  std::size_t const count = from[1];
+  std::vector<std::uint32_t> columns;
+  std::vector<double> values;
+  columns.reserve(count);
+  values.reserve(count);
+  for (std::size_t i = 0; i < count; ++i) {
+    columns.push_back(static_cast<std::uint32_t>(from[2 + i]));
+    values.push_back(std::bit_cast<double>(from[2 + count + i]));
+  }
+  from = from.subspan(2 + 2 * count);
+  return {n, std::move(columns), std::move(values)};
+}
+
+std::size_t value_count(DistanceTable const& table, std::vector<int> const& members) {
+  std::size_t sum = 0;
+  for (int const member : members) {
+    sum += table[static_cast<std::size_t>(member)].values.size();
+  }
+  return sum;
+}
+
+// For each cluster the process that makes its point: the largest first, each to the one that has
+// least to do so far. Empty where making them takes no longer than telling them.
+std::vector<std::size_t> deal(std::vector<std::size_t> const& sizes, std::size_t columns,
+                              std::size_t processes) {
+  // A value of a point takes about so many times as long to send as one of a member to add.
+  constexpr std::size_t price_of_telling = 4;
+  std::size_t making = 0;
+  std::size_t telling = 0;
+  for (std::size_t const size : sizes) {
+    making += size;
+    telling += price_of_telling * std::min(size, columns);
+  }
+  if (making <= telling) {
+    return {};
+  }
+  std::vector<std::size_t> order(sizes.size());
+  std::iota(order.begin(), order.end(), 0);
+  std::stable_sort(order.begin(), order.end(),
+                   [&sizes](std::size_t a, std::size_t b) { return sizes[a] > sizes[b]; });
+  std::vector<std::size_t> work(processes);
+  std::vector<std::size_t> maker(sizes.size());
+  for (std::size_t const cluster : order) {
+    auto const least = std::min_element(work.begin(), work.end());
+    maker[cluster] = static_cast<std::size_t>(least - work.begin());
+    *least += sizes[cluster];
+  }
+  return maker;
+}
+
+}  // namespace
+
+std::optional<FoundPair> farthest_pair(DistanceTable const& table) {
+  Division const division(table);
+  auto const found = morva::farthest_pair(table, division.rows(table.size()));
+  std::optional<FoundPair> result;
+  for (FoundPair const& pair :
+       division.join(found ? std::vector<FoundPair>{*found} : std::vector<FoundPair>())) {
+    bool const is_first = result && std::pair(pair.i, pair.j) < std::pair(result->i, result->j);
+    if (!result || pair.distance > result->distance ||
+        (pair.distance == result->distance && is_first)) {
+      result = pair;
+    }
+  }
+  return result;
+}
+
+std::vector<std::size_t> find_nearest(DistanceTable const& table, DistanceTable const& points,
+                                      std::size_t count) {
+  Division const division(points);
+  Rows const rows = division.rows(count);
+  std::vector<std::size_t> nearest(rows.size());
+  morva::find_nearest(table, points, rows, nearest);
+  return division.join(std::move(nearest));
+}
+
+std::vector<SparsePoint> make_points(DistanceTable const& table,
+                                     std::vector<std::vector<int> const*> const& clusters,
+                                     MakePoint const& make) {
+  Division const division(table);
+  std::vector<std::size_t> maker;
+  if (!division.is_alone()) {
+    std::vector<std::size_t> sizes;
+    for (std::vector<int> const* members : clusters) {
+      sizes.push_back(value_count(table, *members));
+    }
+    maker = deal(sizes, column_count(table.points()), division.size());
+  }
+  std::vector<SparsePoint> points(clusters.size());
+  std::vector<std::uint64_t> mine;
+  for (std::size_t i = 0; i < clusters.size(); ++i) {
+    if (maker.empty()) {
+      points[i] = make(*clusters[i]);
+    } else if (maker[i] == division.rank()) {
+      write(make(*clusters[i]), mine);
+    }
+  }
+  if (maker.empty()) {
+    return points;
+  }
+  auto const all = division.gather(mine);
+  std::vector<std::span<std::uint64_t const>> rest(all.begin(), all.end());
+  for (std::size_t i = 0; i < clusters.size(); ++i) {
+    points[i] = read(rest[maker[i]]);
+  }
+  return points;
+}
+
+std::vector<std::vector<int>> canopies(DistanceTable const& table, double radius,
+                                       std::size_t most) {
+  Division const division(table);
+  DistanceTable const& own = table.own_points();
+  auto const index_of = [&division](std::size_t place) {
+    return place * division.size() + division.rank();
+  };
+  // Places among the own points.
+  std::vector<std::size_t> left(own.size());
+  std::iota(left.begin(), left.end(), 0);
+  std::vector<char> is_near(own.size());
+  std::vector<std::vector<int>> result;
+  // Each process tells the first point that it has left, and before that what joins the last seed.
+  std::vector<std::size_t> message;
+  while (true) {
+    message.push_back(left.empty() ? none : index_of(left.front()));
+    std::size_t seed = none;
+    for (std::vector<std::size_t> const& told : division.gather(message)) {
+      seed = std::min(seed, told.back());
+      if (!result.empty()) {
+        result.back().insert(result.back().end(), told.begin(), told.end() - 1);
+      }
+    }
+    if (!result.empty()) {
+      std::sort(result.back().begin() + 1, result.back().end());
+    }
+    if (seed == none || result.size() == most) {
+      return result;
+    }
+    result.push_back({static_cast<int>(seed)});
+    message.clear();
+    if (left.empty()) {
+      continue;
+    }
+    if (index_of(left.front()) == seed) {
+      left.erase(left.begin());
+    }
+    std::size_t const first = left.empty() ? own.size() : left.front();
+    own.within(table[seed], first, radius, DistanceTable::Border::inside,
+               std::span(is_near).subspan(first));
+    std::erase_if(left, [&](std::size_t place) {
+      if (is_near[place] != 0) {
+        message.push_back(index_of(place));
+      }
+      return is_near[place] != 0;
+    });
+  }
+}
+
+DistanceSums::DistanceSums(DistanceTable const& table)
+    : table_(table),
+      own_(table.own_points()),
+      sums_(own_.size()),
+      is_candidate_(own_.size(), 1),
+      row_(own_.size()) {}
+
+void DistanceSums::add(std::size_t seed) {
+  Division const division(table_);
+  if (seed % division.size() == division.rank()) {
+    is_candidate_[seed / division.size()] = 0;
+  }
+  own_.distances(table_[seed], 0, row_);
+  std::transform(sums_.begin(), sums_.end(), row_.begin(), sums_.begin(), std::plus<>());
+}
+
+std::optional<std::size_t> DistanceSums::farthest() const {
+  struct Candidate {
+    double sum;
+    std::size_t index;
+  };
+  Division const division(table_);
+  std::vector<Candidate> mine;
+  for (std::size_t place = 0; place < sums_.size(); ++place) {
+    if (is_candidate_[place] != 0 && sums_[place] > (mine.empty() ? 0.0 : mine.front().sum)) {
+      mine.assign(1, {sums_[place], place * division.size() + division.rank()});
+    }
+  }
+  std::optional<Candidate> best;
+  for (Candidate const& one : division.join(mine)) {
+    if (!best || one.sum > best->sum || (one.sum == best->sum && one.index < best->index)) {
+      best = one;
+    }
+  }
+  return best ? std::optional(best->index) : std::nullopt;
+}
+
+}  // namespace morva::divided

@@ -1,0 +1,72 @@
+#pragma once
+
+#include <cstddef>
+#include <cstring>
+#include <span>
+#include <string>
+#include <type_traits>
+#include <vector>
+
+#include "numeric/internal/distance_table.h"
+#include "numeric/internal/rows.h"
+
+namespace morva {
+
+/// How the work on a table is divided among the processes of its group, as one of them sees it, and
+/// how they bring together what they found. A table without a group is one process's own.
+class Division {
+ public:
+  /// How much work there is on a row: as much as on each other, or on row i of n as for the n - i
+  /// rows from it on.
+  enum class Shape { even, triangle };
+
+  explicit Division(DistanceTable const& table) : group_(table.group().get()) {}
+
+  bool is_alone() const { return group_ == nullptr; }
+  std::size_t rank() const { return is_alone() ? 0 : static_cast<std::size_t>(group_->rank()); }
+  std::size_t size() const { return is_alone() ? 1 : static_cast<std::size_t>(group_->size()); }
+  /// Those of so many rows that are this process's part.
+  Rows rows(std::size_t count, Shape shape = Shape::even) const;
+
+  /// What each process has found, by their ranks. Throws where one of them has not brought such
+  /// values.
+  template <typename T>
+  std::vector<std::vector<T>> gather(std::vector<T> const& mine) const {
+    static_assert(std::is_trivially_copyable_v<T>);
+    std::vector<std::vector<T>> all;
+    for (std::string const& bytes : gather_bytes(as_bytes(mine), sizeof(T))) {
+      std::vector<T>& one = all.emplace_back(bytes.size() / sizeof(T));
+      if (!one.empty()) {
+        std::memcpy(one.data(), bytes.data(), bytes.size());
+      }
+    }
+    return all;
+  }
+  /// The same, one behind the other.
+  template <typename T>
+  std::vector<T> join(std::vector<T> mine) const {
+    if (is_alone()) {
+      return mine;
+    }
+    std::vector<T> all;
+    for (std::vector<T> const& one : gather(mine)) {
+      all.insert(all.end(), one.begin(), one.end());
+    }
+    return all;
+  }
+
+ private:
+  template <typename T>
+  static std::string as_bytes(std::vector<T> const& values) {
+    std::string bytes(values.size() * sizeof(T), '\0');
+    if (!values.empty()) {
+      std::memcpy(bytes.data(), values.data(), bytes.size());
+    }
+    return bytes;
+  }
+  std::vector<std::string> gather_bytes(std::string const& mine, std::size_t unit) const;
+
+  HProcessGroup* group_;
+};
+
+}  // namespace morva

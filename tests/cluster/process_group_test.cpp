@@ -1,0 +1,157 @@
+#include <gtest/gtest.h>
+
+#include "cluster/HSparseClusterMgr.h"
+#include "cluster/random_cases.h"
+#include "cluster/update_rule.h"
+
+#include "reference/points.h"
+#include "support/thread_group.h"
+
+namespace {
+
+using reference::is_same;
+using reference::Matrix;
+using reference::RandomMatrix;
+using Clusters = std::vector<std::vector<int>>;
+
+constexpr int most_processes = 5;
+
+// Rows as those of documents: of many words few each, some words in most of them, and some rows
+// that are equal.
+Matrix documents(RandomMatrix& random, int count) {
+  constexpr int words = 500;
+  Matrix rows;
+  for (int i = 0; i < count; ++i) {
+    if (i > 0 && random.one_in(8)) {
+      rows.push_back(random.pick(rows));
+      continue;
+    }
+    reference::Point row = reference::zero_point(words);
+    for (int w = random.integer(0, 24); w > 0; --w) {
+      double const place = random.unit() * random.unit() * random.unit();
+      row[static_cast<std::size_t>(words * place)] = random.one_in(4) ? 0.5 : random.unit();
+    }
+    rows.push_back(row);
+  }
+  return rows;
+}
+
+// Calls `check` for points of every kind, documents among them.
+template <typename Check>
+void for_all_points(std::uint64_t seed, Check const& check) {
+  test::for_random_points(4, seed, check);
+  RandomMatrix random(seed);
+  for (int const count : {40, 150}) {
+    check(documents(random, count), random);
+  }
+}
+
+// What `work(points)` returns is the same in each process of each group as in one alone.
+template <typename Work, typename IsSame>
+void expect_same_in_groups(std::vector<HPointN> const& points, Work const& work,
+                           IsSame const& is_same_result) {
+  auto const expected = work(HSparsePoints(points));
+  for (int size = 1; size <= most_processes; ++size) {
+    auto const results = test::in_group(size, [&](std::shared_ptr<HProcessGroup> const& group) {
+      HSparsePoints shared(points);
+      shared.share_work(group);
+      return work(shared);
+    });
+    for (auto const& result : results) {
+      ASSERT_TRUE(is_same_result(result, expected)) << "in a group of " << size;
+    }
+  }
+}
+
+template <typename Work>
+void expect_same_clusters(std::vector<HPointN> const& points, Work const& work) {
+  expect_same_in_groups(points, work, [](Clusters const& a, Clusters const& b) { return a == b; });
+}
+
+TEST(ProcessGroup, finds_the_canopies_that_one_process_finds) {
+  for_all_points(50'000'000, [](Matrix const& rows, RandomMatrix& random) {
+    double const t2 = random.one_in(3) ? 0.0 : random.radius(rows);
+    expect_same_clusters(reference::to_points(rows), [&](HSparsePoints const& points) {
+      Clusters found;
+      HSparseClusterMgr::canopy(points, t2, t2, found);
+      return found;
+    });
+  });
+}
+
+void expect_same_means(std::uint64_t seed, int rule, bool use_canopy) {
+  test::UpdateRule const scope(rule);
+  for_all_points(seed, [&](Matrix const& rows, RandomMatrix& random) {
+    int const k = random.integer(0, std::min(12, reference::count_of(rows) + 1));
+    expect_same_clusters(reference::to_points(rows), [&](HSparsePoints const& points) {
+      Clusters found;
+      HSparseClusterMgr::kmeans(points, k, found, use_canopy);
+      return found;
+    });
+  });
+}
+
+TEST(ProcessGroup, finds_the_means_that_one_process_finds) {
+  expect_same_means(51'000'000, 0, false);
+}
+
+TEST(ProcessGroup, finds_the_medians_that_one_process_finds) {
+  expect_same_means(52'000'000, 1, false);
+}
+
+TEST(ProcessGroup, begins_with_the_canopies_that_one_process_begins_with) {
+  expect_same_means(53'000'000, 0, true);
+}
+
+TEST(ProcessGroup, finds_the_dense_groups_that_one_process_finds) {
+  for_all_points(54'000'000, [](Matrix const& rows, RandomMatrix& random) {
+    double const eps = random.radius(rows);
+    bool const use_similarity = random.one_in(4);
+    int const min_points = random.integer(-1, 5);
+    expect_same_clusters(reference::to_points(rows), [&](HSparsePoints const& points) {
+      Clusters found;
+      HSparseClusterMgr::dbscan(points, eps, min_points, use_similarity, found);
+      return found;
+    });
+  });
+}
+
+TEST(ProcessGroup, estimates_the_radius_that_one_process_estimates) {
+  for_all_points(55'000'000, [](Matrix const& rows, RandomMatrix& random) {
+    int const min_points = random.integer(0, 12);
+    bool const use_distance = !random.one_in(4);
+    expect_same_in_groups(
+        reference::to_points(rows),
+        [&](HSparsePoints const& points) {
+          return HSparseClusterMgr::get_eps(points, min_points, use_distance);
+        },
+        [](double a, double b) { return is_same(a, b); });
+  });
+}
+
+TEST(ProcessGroup, has_the_mean_distance_that_one_process_has) {
+  for_all_points(56'000'000, [](Matrix const& rows, RandomMatrix& /*random*/) {
+    expect_same_in_groups(
+        reference::to_points(rows),
+        [](HSparsePoints const& points) { return points.get_avg_distance(); },
+        [](double a, double b) { return is_same(a, b); });
+  });
+}
+
+TEST(ProcessGroup, refuses_points_that_are_not_the_same_in_all_processes) {
+  auto const results = test::in_group(3, [](std::shared_ptr<HProcessGroup> const& group) {
+    HSparsePoints points({HPointN({1.0}), HPointN({group->rank() == 2 ? 2.5 : 2.0})});
+    return points.share_work(group);
+  });
+  EXPECT_EQ(results, std::deque<bool>(3, false));
+}
+
+TEST(ProcessGroup, shares_the_work_on_no_points) {
+  auto const results = test::in_group(2, [](std::shared_ptr<HProcessGroup> const& group) {
+    HSparsePoints points;
+    return points.share_work(group);
+  });
+  EXPECT_EQ(results, std::deque<bool>(2, true));
+}
+
+}  // namespace
