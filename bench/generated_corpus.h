@@ -16,11 +16,10 @@ struct GeneratedCorpus {
   std::vector<HPointN> dna;
 };
 
-/// Documents of 100 distinct words each, always the same for a count; their words are also the same
-/// for any larger count. The words follow the law of Zipf and Mandelbrot: some of all documents,
-/// some of one topic in twenty, some of a stock of rare ones. Shares and weights are set so that
-/// the vocabulary grows and the weights fall much as they do in news, postings and articles: 6,000
-/// words for 100 documents, 20,000 for 500; the first word weighs 1, the tenth 0.4, the last 0.15.
+/// The first of the generated documents, by their 100 strongest words. The same for a count, and
+/// but for the numbers of the coordinates, which stand for the words of all, for any larger one.
+std::vector<HSparsePoints::Row> generate_words(std::size_t documents);
+/// The same, with their fingerprints.
 GeneratedCorpus generate_corpus(std::size_t documents);
 
 /// Points without their zeros, and with them.

@@ -4,6 +4,7 @@
 #include <bit>
 #include <chrono>
 #include <cmath>
+#include <ctime>
 #include <fstream>
 #include <string>
 #include <utility>
@@ -23,6 +24,12 @@ using Clock = std::chrono::steady_clock;
 constexpr double enough_seconds = 1.0;
 constexpr int most_runs = 7;
 
+double cpu_seconds() {
+  timespec time{};
+  clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
+  return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
+}
+
 // A line of /proc/self/status, in bytes.
 double memory_status(std::string const& name) {
   std::ifstream in("/proc/self/status");
@@ -37,9 +44,11 @@ double memory_status(std::string const& name) {
 [[noreturn]] void run_child(int pipe_end, std::function<std::uint64_t()> const& work) {
   double const before = memory_status("VmRSS");
   auto const start = Clock::now();
+  double const cpu_before = cpu_seconds();
   Measured measured;
   measured.result = work();
   measured.seconds = std::chrono::duration<double>(Clock::now() - start).count();
+  measured.cpu_seconds = cpu_seconds() - cpu_before;
   measured.peak_bytes = memory_status("VmHWM") - before;
   bool const told = write(pipe_end, &measured, sizeof measured) == sizeof measured;
   _exit(told ? 0 : 1);
@@ -99,6 +108,7 @@ std::optional<MeasuredRuns> measure(std::function<std::uint64_t()> const& work,
     one->peak_bytes = std::max(one->peak_bytes - own, 0.0);
     total += one->seconds;
     runs.seconds.push_back(one->seconds);
+    runs.cpu_seconds.push_back(one->cpu_seconds);
     runs.peak_bytes.push_back(one->peak_bytes);
     if (runs.seconds.size() == 1 || one->seconds < runs.best.seconds) {
       runs.best = *one;

@@ -10,6 +10,8 @@ namespace bench {
 /// What a piece of work took.
 struct Measured {
   double seconds = 0.0;
+  /// Of the processor.
+  double cpu_seconds = 0.0;
   /// By how much the process grew at its highest, in bytes.
   double peak_bytes = 0.0;
   /// What the work returned.
@@ -20,6 +22,7 @@ struct Measured {
 struct MeasuredRuns {
   Measured best;
   std::vector<double> seconds;
+  std::vector<double> cpu_seconds;
   std::vector<double> peak_bytes;
 };
 

@@ -1,0 +1,157 @@
+"""The program on generated documents as files: from documents to shards, and from shards to boxes."""
+
+import hashlib
+import re
+import shutil
+import statistics
+import subprocess
+
+import commands
+import points
+from records import progress
+
+PARTS = 4
+# Short commands are run more often.
+SHORT_SECONDS, SHORT_ROUNDS = 5.0, 3
+LEARN = {
+    "learn-kmeans-20": ["--method", "kmeans", "-k", "20"],
+    "learn-kmeans-100": ["--method", "kmeans", "-k", "100"],
+    "learn-canopy-seeds": ["--method", "kmeans", "--canopy-seeds", "-k", "20"],
+    "learn-dbscan-auto": ["--method", "dbscan", "--eps", "auto"],
+    "learn-dbscan-given": ["--method", "dbscan", "--eps", str(points.EPS), "--minpts", "2"],
+}
+IDENTIFIER = re.compile(rb"[0-9A-Fa-f]{8}-(?:[0-9A-Fa-f]{4}-){3}[0-9A-Fa-f]{12}|\b[0-9A-Fa-f]{32}\b")
+RANKS = "2"
+# Mark, version, length and checksum.
+BOX_HEAD = 32
+
+
+def measure(setting, size, with_plain):
+    run = Run(setting, size)
+    try:
+        run.documents()
+        run.extract()
+        run.merge()
+        run.similar()
+        run.learn(with_plain)
+    except Unable as failure:
+        progress(f"  {failure}")
+    finally:
+        shutil.rmtree(run.folder, ignore_errors=True)
+
+
+class Unable(Exception):
+    """Why what comes behind cannot be measured."""
+
+
+class Run:
+    """One size."""
+
+    def __init__(self, setting, size):
+        self.setting, self.size = setting, size
+        self.folder = setting.work / f"{size}"
+        shutil.rmtree(self.folder, ignore_errors=True)
+        self.folder.mkdir(parents=True)
+        self.commands = commands.Commands(setting.build)
+        self.program = setting.build / "bin/morvaai"
+        self.inputs = []
+        self.shard = self.folder / "all.shard"
+
+    def documents(self):
+        """Those that are not there yet are written."""
+        subprocess.run([self.setting.build / "bench/growth_documents", self.setting.documents, str(self.size)],
+                       check=True)
+        self.inputs = sorted(self.setting.documents.iterdir())[:self.size // 500]
+        size = sum(path.stat().st_size for folder in self.inputs for path in folder.iterdir())
+        self.setting.records.add(f"corpus/files/{self.size}", [], bytes=size)
+
+    def step(self, name, command, **more):
+        """Measures a step, several times if it is short; whether that was done."""
+        refused = self.setting.schedule.refuses(name, self.size)
+        if refused:
+            self.setting.records.missing(f"{name}/{self.size}", refused)
+            return False
+        runs = []
+        try:
+            for _ in range(SHORT_ROUNDS):
+                runs.append(self.commands.run(command(), self.setting.schedule.longest(), good=(0, 1),
+                                              environment={"MORVA_BOX_PATH": str(self.folder)}, **more))
+                if runs[-1].seconds > SHORT_SECONDS:
+                    break
+        except commands.Failed as failure:
+            self.setting.records.missing(f"{name}/{self.size}", str(failure))
+            return False
+        self.setting.schedule.took(name, self.size, statistics.median(run.seconds for run in runs))
+        commands.add_runs(self.setting.records, f"{name}/{self.size}", runs, items=self.size)
+        return True
+
+    def extract(self):
+        def command(jobs):
+            def fresh():
+                self.shard.unlink(missing_ok=True)
+                return [self.program, "extract", *self.inputs, "-o", self.shard, "-j", jobs]
+            return fresh
+
+        done = [self.step(f"extract/morvaai -j {jobs}", command(jobs), all_processes=True) for jobs in (1, 2)]
+        if not any(done) or not self.shard.exists():
+            raise Unable("without a shard nothing else is measured")
+        self.setting.records.add(f"corpus/shard/{self.size}", [], bytes=self.shard.stat().st_size)
+
+    def merge(self):
+        """Of as many parts as there might be machines; the result must be what one run gave."""
+        parts = [self.folder / f"part-{number}.shard" for number in range(1, PARTS + 1)]
+        merged = self.folder / "merged.shard"
+
+        def command():
+            merged.unlink(missing_ok=True)
+            return [self.program, "merge", *parts, "-o", merged]
+
+        if self.setting.schedule.refuses("extract/morvaai -j 2", self.size):
+            self.setting.records.missing(f"merge/morvaai/{self.size}", "left out: its parts would take too long")
+            return
+        for number, part in enumerate(parts, 1):
+            subprocess.run([self.program, "extract", *self.inputs, "-o", part, "--part", f"{number}/{PARTS}", "-j",
+                            "2"], stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, check=False)
+        if self.step("merge/morvaai", command):
+            self.same("shard", {"extracted": digest_of_file(self.shard), f"merged of {PARTS}": digest_of_file(merged)})
+
+    def similar(self):
+        self.step("similar/morvaai", lambda: [self.program, "similar", "--from", self.shard])
+
+    def learn(self, with_plain):
+        for name, options in LEARN.items():
+            digests = {}
+            if self.step(f"{name}/morvaai", lambda: self.learning(name, options)):
+                digests["one process"] = self.box_digest(name)
+            if self.setting.has_mpi() and self.step(f"{name}/morvaai {RANKS} ranks", lambda: [
+                    "mpirun", "-n", RANKS, *self.learning(name, options), "--mpi"], all_processes=True):
+                digests[f"{RANKS} ranks"] = self.box_digest(name)
+            if with_plain and digests:
+                digests["plain, from documents"] = self.plain_digest(name, options)
+            self.same(name, {key: digest for key, digest in digests.items() if digest})
+
+    def learning(self, name, options):
+        return [self.program, "learn", "--from", self.shard, "--box", name, "--force", *options]
+
+    def plain_digest(self, name, options):
+        """Of the box that all pairs give; a step of its own, whose time has the reading of documents in it."""
+        program = self.setting.plain / "bin/morvaai"
+        done = self.step(f"documents-{name}/plain", lambda: [
+            program, "learn", *self.inputs, "--box", name, "--force", "-j", "2", *options])
+        return self.box_digest(name) if done else None
+
+    def box_digest(self, name):
+        """Of all that a box holds but for the identifiers of its classes, which are new each time, and with them the
+        checksum in front."""
+        path = self.folder / f"{name}.box"
+        content = path.read_bytes()[BOX_HEAD:] if path.exists() else b""
+        return hashlib.sha256(IDENTIFIER.sub(b"", content)).hexdigest() if content else None
+
+    def same(self, what, digests):
+        if len(digests) > 1:
+            self.setting.records.add(f"same/{what}/{self.size}", [], digests=digests)
+
+
+def digest_of_file(path):
+    with path.open("rb") as file:
+        return hashlib.file_digest(file, "sha256").hexdigest()
