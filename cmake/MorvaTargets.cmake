@@ -83,15 +83,17 @@ function(morva_limit_exports name script)
 endfunction()
 
 # What most of the time of compiling a test would go into is parsed once: the first test of the project
-# has it, the others take it from there.
+# has it, the others take it from there. Tests in a directory with MORVA_MORE_TEST_HEADERS share these too.
 function(morva_share_test_headers name)
-  get_property(first GLOBAL PROPERTY MORVA_FIRST_TEST)
+  string(MD5 group "${MORVA_MORE_TEST_HEADERS}")
+  get_property(first GLOBAL PROPERTY MORVA_FIRST_TEST_${group})
   if(first)
     target_precompile_headers(${name} REUSE_FROM ${first})
   else()
     target_precompile_headers(${name} PRIVATE
-      <gmock/gmock.h> <gtest/gtest.h> <algorithm> <filesystem> <fstream> <map> <sstream> <string> <vector>)
-    set_property(GLOBAL PROPERTY MORVA_FIRST_TEST ${name})
+      <gmock/gmock.h> <gtest/gtest.h> <algorithm> <filesystem> <fstream> <map> <sstream> <string> <vector>
+      ${MORVA_MORE_TEST_HEADERS})
+    set_property(GLOBAL PROPERTY MORVA_FIRST_TEST_${group} ${name})
   endif()
 endfunction()
 
