@@ -74,9 +74,9 @@ std::shared_ptr<morva::NeighbourMatrix const> HClusterDBScan::neighbours() const
   }
   std::shared_ptr<morva::DistanceTable const> const points = table();
   morva::NeighbourRows rows(points->size());
-  std::vector<std::uint32_t> row;
   if (mb_use_similarity) {
     std::vector<double> similarities(points->size());
+    std::vector<std::uint32_t> row;
     for (std::size_t i = 0; i < points->size(); ++i) {
       points->similarities((*points)[i], i, std::span(similarities).subspan(i));
       row.clear();
@@ -88,17 +88,9 @@ std::shared_ptr<morva::NeighbourMatrix const> HClusterDBScan::neighbours() const
       rows.append(row);
     }
   } else {
-    morva::for_each_neighbourhood(*points, md_eps,
-                                  morva::DistanceTable::Border::outside,
-                                  [&](std::size_t i, std::span<char const> near) {
-                                    row.clear();
-                                    for (std::size_t j = 0; j < near.size(); ++j) {
-                                      if (near[j] != 0) {
-                                        row.push_back(static_cast<std::uint32_t>(i + j));
-                                      }
-                                    }
-                                    rows.append(row);
-                                  });
+    morva::for_each_neighbourhood(
+        *points, md_eps, morva::DistanceTable::Border::outside,
+        [&](std::size_t /*i*/, std::span<std::uint32_t const> near) { rows.append(near); });
   }
   return std::make_shared<morva::NeighbourMatrix const>(std::move(rows));
 }

@@ -8,19 +8,19 @@ namespace morva {
 NeighbourRows::NeighbourRows(std::size_t count, Form form)
     : NeighbourRows(count, Side::from_itself, form) {}
 
-// Makes room for the next row, zeros. Whether it is a list.
+// Begins the next row behind the last, as yet without room for it. Whether it is a list.
 bool NeighbourRows::add_row(std::size_t neighbours) {
   std::size_t const i = begins_.size() - 1;
   std::size_t const words = word_count(i);
   bool const is_list = form_ == Form::lists || (form_ == Form::smaller && neighbours < words);
   begins_.push_back(begins_.back() + (is_list ? neighbours : words));
-  cells_.resize(begins_.back());
   return is_list;
 }
 
 void NeighbourRows::append(std::span<std::uint32_t const> row) {
   std::size_t const i = begins_.size() - 1;
   bool const is_list = add_row(row.size());
+  cells_.resize(begins_.back());
   auto const place = std::span(cells_).subspan(begins_[i]);
   if (is_list) {
     std::copy(row.begin(), row.end(), place.begin());
@@ -41,6 +41,7 @@ NeighbourRows NeighbourRows::before() const {
   for (std::size_t j = 0; j < count_; ++j) {
     result.add_row(missing[j]);
   }
+  result.cells_.resize(result.begins_.back());
   for (std::size_t i = 0; i < count_; ++i) {
     for_each(i, [&](std::size_t j) {
       if (j == i) {

@@ -10,6 +10,7 @@
 #include "numeric/internal/ascending.h"
 #include "numeric/internal/float_search.h"
 #include "numeric/internal/no_distance.h"
+#include "numeric/internal/list_states.h"
 #include "numeric/internal/point_block.h"
 
 namespace morva {
@@ -433,20 +434,22 @@ std::optional<FoundPair> closest_pair(DistanceTable const& table) {
   return result;
 }
 
-void for_each_neighbourhood(
-    DistanceTable const& table, double limit, DistanceTable::Border border,
-    std::function<void(std::size_t i, std::span<char const> near)> const& visit, Rows rows) {
+void for_each_neighbourhood(DistanceTable const& table, double limit, DistanceTable::Border border,
+                            VisitNeighbours const& visit, Rows rows) {
   rows = rows.up_to(table.size());
   FloatLanes const* floats = limit >= 0.0 ? table.floats() : nullptr;
   if (floats != nullptr) {
     FloatSearch(table, *floats).neighbours(rows, limit, border, visit);
     return;
   }
-  std::vector<char> near(table.size());
+  std::vector<char> states(table.size());
+  std::vector<std::uint32_t> near;
   for (std::size_t i = rows.begin; i < rows.end; ++i) {
-    std::span<char> const from_i = std::span(near).subspan(i);
+    std::span<char> const from_i = std::span(states).subspan(i);
     table.within(table[i], i, limit, border, from_i);
-    visit(i, from_i);
+    near.clear();
+    list_states<std::uint32_t>(from_i, 1, i, near);
+    visit(i, near);
   }
 }
 

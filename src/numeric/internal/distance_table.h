@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -128,12 +129,11 @@ struct FoundPair {
 std::optional<FoundPair> farthest_pair(DistanceTable const& table, Rows rows = every_row);
 std::optional<FoundPair> closest_pair(DistanceTable const& table);
 
-/// Calls `visit(i, near)` for each point i of the rows, where `near[j]` says of point i + j what
-/// `DistanceTable::within` says.
-void for_each_neighbourhood(
-    DistanceTable const& table, double limit, DistanceTable::Border border,
-    std::function<void(std::size_t i, std::span<char const> near)> const& visit,
-    Rows rows = every_row);
+/// Calls `visit(i, near)` for each point i of the rows in order, with the indices, ascending, of
+/// those points from i on of which `DistanceTable::within` says 1.
+using VisitNeighbours = std::function<void(std::size_t i, std::span<std::uint32_t const> near)>;
+void for_each_neighbourhood(DistanceTable const& table, double limit, DistanceTable::Border border,
+                            VisitNeighbours const& visit, Rows rows = every_row);
 /// `DistanceTable::smallest_distances` of each point of the rows.
 std::vector<std::vector<double>> smallest_distances(DistanceTable const& table, std::size_t count,
                                                     Rows rows = every_row);

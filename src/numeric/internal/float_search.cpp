@@ -3,13 +3,13 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
-#include <cstring>
 #include <limits>
 #include <numeric>
 #include <utility>
 
 #include "numeric/internal/ascending.h"
 #include "numeric/internal/center_finder.h"
+#include "numeric/internal/list_states.h"
 #include "numeric/internal/no_distance.h"
 #include "numeric/internal/wide.h"
 
@@ -57,25 +57,7 @@ void FloatSearch::for_each_row(Rows rows, Part part, Take const& take) {
 // Collects the points whose state is open; `states[0]` is that of point `first`.
 void FloatSearch::list_open(std::span<char const> states, std::size_t first) {
   open_.clear();
-  std::size_t j = 0;
-  for (; j + sizeof(std::uint64_t) <= states.size(); j += sizeof(std::uint64_t)) {
-    std::uint64_t several;
-    std::memcpy(&several, states.data() + j, sizeof several);
-    constexpr std::uint64_t each_open = 0x0101010101010101;
-    if ((several & each_open) == 0) {
-      continue;
-    }
-    for (std::size_t k = j; k < j + sizeof several; ++k) {
-      if (states[k] == open) {
-        open_.push_back(first + k);
-      }
-    }
-  }
-  for (; j < states.size(); ++j) {
-    if (states[j] == open) {
-      open_.push_back(first + j);
-    }
-  }
+  list_states(states, open, first, open_);
 }
 
 // Calls `take(j, distance)` for the open points j in their order, which are at `first` or behind.
@@ -228,14 +210,17 @@ void FloatSearch::within(std::size_t i, std::size_t first, double limit,
 }
 
 void FloatSearch::neighbours(Rows rows, double limit, DistanceTable::Border border,
-                             Visit const& visit) {
+                             VisitNeighbours const& visit) {
   FloatLanes::Square const square = floats_.square_of(limit);
+  std::vector<std::uint32_t> near;
   for_each_row(rows, Part::from_itself,
                [&](std::size_t i, std::size_t first, auto lows, auto highs) {
                  auto const states = std::span(states_).first(lows.size());
                  wide::compare(lows, highs, square.low, square.high, states);
                  decide(i, first, limit, border, states);
-                 visit(i, states);
+                 near.clear();
+                 list_states(states, inside, first, near);
+                 visit(i, near);
                });
 }
 

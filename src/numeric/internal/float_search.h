@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstddef>
-#include <functional>
 #include <optional>
 #include <span>
 #include <vector>
@@ -17,8 +16,6 @@ namespace morva {
 /// distances tie.
 class FloatSearch {
  public:
-  using Visit = std::function<void(std::size_t i, std::span<char const> is_near)>;
-
   FloatSearch(DistanceTable const& table, FloatLanes const& floats);
 
   /// Only of pairs that are far enough from a common point, so that together they reach the
@@ -30,7 +27,8 @@ class FloatSearch {
   /// after the other, and with a `first` that does not fall.
   void within(std::size_t i, std::size_t first, double limit, DistanceTable::Border border,
               std::span<char> out);
-  void neighbours(Rows rows, double limit, DistanceTable::Border border, Visit const& visit);
+  void neighbours(Rows rows, double limit, DistanceTable::Border border,
+                  VisitNeighbours const& visit);
   std::vector<std::vector<double>> smallest_distances(Rows rows, std::size_t count);
   std::vector<double> greatest_within(Rows rows, double limit);
   /// `points`, of which the rows are, has the bounds `floats` in the scale of this table.
