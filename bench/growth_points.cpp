@@ -3,9 +3,11 @@
 // `operation/candidate/documents`, and it has a number that tells results apart.
 
 #include <algorithm>
-#include <cmath>
+#include <bit>
+#include <cstdint>
 #include <cstdio>
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -46,9 +48,10 @@ std::uint64_t run_kmeans(HSparsePoints const& points, int k, bool use_canopy) {
   return fingerprint_of(clusters);
 }
 
+// By the mean distance of all pairs where the radius is 0.0.
 std::uint64_t run_canopy(HSparsePoints const& points, double t2) {
   std::vector<std::vector<int>> clusters;
-  HSparseClusterMgr::canopy(points, 0.0, t2, clusters);
+  HSparseClusterMgr::canopy(points, t2, t2, clusters);
   return fingerprint_of(clusters);
 }
 
@@ -81,7 +84,9 @@ void print(nlohmann::json const& record) {
   std::fflush(stdout);
 }
 
-void measure(Operation const& operation, HSparsePoints const& points, Options const& options) {
+/// The result, where there is one.
+std::optional<std::uint64_t> measure(Operation const& operation, HSparsePoints const& points,
+                                     Options const& options) {
   std::string const name =
       fmt::format("{}/{}/{}", operation.name, options.candidate, options.documents);
   auto const runs =
@@ -89,19 +94,20 @@ void measure(Operation const& operation, HSparsePoints const& points, Options co
   if (!runs) {
     print({{"name", name},
            {"missing", fmt::format("took longer than {:.0f} s", options.limit_seconds)}});
-    return;
+    return std::nullopt;
   }
   print({{"name", name},
          {"seconds", runs->seconds},
          {"cpu_seconds", runs->cpu_seconds},
          {"peak_bytes", runs->peak_bytes},
          {"result", fmt::format("{:016x}", runs->best.result)}});
+  return runs->best.result;
 }
 
 // Of pairs of documents, the share that is within the radius, by documents at equal distances from
 // each other in the order of numbers.
 double share_within(std::vector<HSparsePoints::Row> const& rows, double radius) {
-  constexpr std::size_t asked = 64;
+  constexpr std::size_t asked = 256;
   std::size_t const step = std::max<std::size_t>(1, rows.size() / asked);
   std::vector<double> dense(static_cast<std::size_t>(rows.front().n));
   std::size_t within = 0;
@@ -126,16 +132,20 @@ double share_within(std::vector<HSparsePoints::Row> const& rows, double radius) 
   return static_cast<double>(within) / static_cast<double>(pairs);
 }
 
-void print_corpus(std::vector<HSparsePoints::Row> const& rows, double eps) {
+// What the corpus is like, in numbers.
+void print_corpus(std::vector<HSparsePoints::Row> const& rows) {
   std::size_t words = 0;
   for (HSparsePoints::Row const& row : rows) {
     words += row.indices.size();
   }
+  print({{"corpus", rows.size()}, {"vocabulary", rows.front().n}, {"words", words}});
+}
+
+void print_neighbours(std::vector<HSparsePoints::Row> const& rows, char const* name, double eps) {
+  double const neighbours = share_within(rows, eps) * static_cast<double>(rows.size());
   print({{"corpus", rows.size()},
-         {"vocabulary", rows.front().n},
-         {"words", words},
-         {"eps", eps},
-         {"neighbours", share_within(rows, eps) * static_cast<double>(rows.size())}});
+         {fmt::format("eps_{}", name), eps},
+         {fmt::format("neighbours_{}", name), neighbours}});
 }
 
 }  // namespace
@@ -152,14 +162,19 @@ int main(int argc, char** argv) {
   app.add_option("--limit", options.limit_seconds,
                  "Seconds after which an operation is given up, 900 if not given");
   CLI11_PARSE(app, argc, argv);
-  std::vector<HSparsePoints::Row> rows = bench::generate_words(options.documents);
-  print_corpus(rows, options.eps);
-  HSparsePoints const points(std::move(rows));
+  std::vector<HSparsePoints::Row> const rows = bench::generate_words(options.documents);
+  print_corpus(rows);
+  print_neighbours(rows, "given", options.eps);
+  HSparsePoints const points(rows);
   for (Operation const& operation : operations()) {
-    if (options.operations.empty() ||
-        std::find(options.operations.begin(), options.operations.end(), operation.name) !=
-            options.operations.end()) {
-      measure(operation, points, options);
+    auto const& wanted = options.operations;
+    if (!wanted.empty() &&
+        std::find(wanted.begin(), wanted.end(), operation.name) == wanted.end()) {
+      continue;
+    }
+    auto const result = measure(operation, points, options);
+    if (result && operation.name == "eps") {
+      print_neighbours(rows, "auto", std::bit_cast<double>(*result));
     }
   }
   return 0;

@@ -23,7 +23,7 @@ TITLES = {"points": ("Points", POINTS), "program": ("Files and shards", PROGRAM)
 
 def render(raw, target):
     about, results = records.read(raw)
-    found = [one for one in summary.measurements(results) if one.raw["seconds"]]
+    found = summary.measurements(results)
     text = tomllib.loads(TEXT.read_text(encoding="utf-8"))
     folder = target.with_suffix("")
     folder.mkdir(parents=True, exist_ok=True)
@@ -130,7 +130,8 @@ def beyond(found, results):
     lines += [carried(name, counted(results, *where), words, least) for name, where, words, least in (
         ("Documents", ("files", "bytes"), outlook.in_bytes, 1.0), ("Shard", ("shard", "bytes"), outlook.in_bytes, 1.0),
         ("Vocabulary", ("points", "vocabulary"), outlook.in_count, 0.0),
-        ("Neighbours of a document, eps given", ("points", "neighbours"), outlook.in_count, 0.0))]
+        ("Neighbours of a document, eps given", ("points", "neighbours_given"), outlook.in_count, 0.0),
+        ("Neighbours of a document, eps estimated", ("points", "neighbours_auto"), outlook.in_count, 0.0))]
     lines = [line for line in lines if line]
     heads = ["Carried on", "from", "exponent", *(f"{target // 1_000_000} million" for target in outlook.TARGETS)]
     return page.table(heads, lines, numbers_from=1) if lines else ""

@@ -47,13 +47,13 @@ def measure_one(setting, build, candidate, size):
 def take(setting, record, candidate, size):
     if "corpus" in record:
         if candidate == "morvaai":
-            setting.records.add(f"corpus/points/{size}", [], **record)
+            setting.records.note(f"corpus/points/{size}", **record)
         return
     if "missing" in record:
         # So that no larger size is begun.
         setting.schedule.took(record["name"].rpartition("/")[0], size, 10.0 * setting.schedule.limit)
         setting.records.missing(record["name"], record["missing"])
         return
-    setting.schedule.took(record["name"].rpartition("/")[0], size, min(record["seconds"]))
-    setting.records.add(**record)
-    progress(f"  {record['name']}: {min(record['seconds']):.3f} s")
+    setting.schedule.took(record["name"].rpartition("/")[0], size, min(record["cpu_seconds"]))
+    setting.records.note(**record)
+    progress(f"  {record['name']}: {min(record['cpu_seconds']):.3f} s")

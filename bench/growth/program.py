@@ -63,7 +63,7 @@ class Run:
                        check=True)
         self.inputs = sorted(self.setting.documents.iterdir())[:self.size // 500]
         size = sum(path.stat().st_size for folder in self.inputs for path in folder.iterdir())
-        self.setting.records.add(f"corpus/files/{self.size}", [], bytes=size)
+        self.setting.records.note(f"corpus/files/{self.size}", bytes=size)
 
     def step(self, name, command, **more):
         """Measures a step, several times if it is short; whether that was done."""
@@ -81,7 +81,7 @@ class Run:
         except commands.Failed as failure:
             self.setting.records.missing(f"{name}/{self.size}", str(failure))
             return False
-        self.setting.schedule.took(name, self.size, statistics.median(run.seconds for run in runs))
+        self.setting.schedule.took(name, self.size, statistics.median(run.cpu_seconds for run in runs))
         commands.add_runs(self.setting.records, f"{name}/{self.size}", runs, items=self.size)
         return True
 
@@ -95,7 +95,7 @@ class Run:
         done = [self.step(f"extract/morvaai -j {jobs}", command(jobs), all_processes=True) for jobs in (1, 2)]
         if not any(done) or not self.shard.exists():
             raise Unable("without a shard nothing else is measured")
-        self.setting.records.add(f"corpus/shard/{self.size}", [], bytes=self.shard.stat().st_size)
+        self.setting.records.note(f"corpus/shard/{self.size}", bytes=self.shard.stat().st_size)
 
     def merge(self):
         """Of as many parts as there might be machines; the result must be what one run gave."""
@@ -149,7 +149,7 @@ class Run:
 
     def same(self, what, digests):
         if len(digests) > 1:
-            self.setting.records.add(f"same/{what}/{self.size}", [], digests=digests)
+            self.setting.records.note(f"same/{what}/{self.size}", digests=digests)
 
 
 def digest_of_file(path):

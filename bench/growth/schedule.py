@@ -21,7 +21,8 @@ def expected(known, size):
 
 
 class Schedule:
-    """Keeps what steps took, and what is left of the time for all of them."""
+    """Keeps what steps took of the processor, which is what they take on a quiet machine, and what is left of the
+    time for all of them."""
 
     def __init__(self, limit, budget, clock=time.monotonic):
         self.limit, self.clock = limit, clock

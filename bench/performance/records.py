@@ -27,6 +27,10 @@ class Records:
         known = {key: value for key, value in more.items() if value}
         self._write({"name": name, "seconds": seconds, **known})
 
+    def note(self, name, **facts):
+        """What is no measurement of time."""
+        self._write({"name": name, **facts})
+
     def missing(self, name, why):
         progress(f"  {name}: {why}")
         self.failures.append((name, why))
