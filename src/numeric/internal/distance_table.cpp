@@ -8,9 +8,11 @@
 #include <utility>
 
 #include "numeric/internal/ascending.h"
+#include "numeric/internal/distance_sum.h"
 #include "numeric/internal/float_search.h"
-#include "numeric/internal/no_distance.h"
 #include "numeric/internal/list_states.h"
+#include "numeric/internal/no_distance.h"
+#include "numeric/internal/norm_search.h"
 #include "numeric/internal/point_block.h"
 
 namespace morva {
@@ -342,35 +344,42 @@ double DistanceTable::average_distance() const {
   if (size() < 2) {
     return 0.0;
   }
-  double const sum = form_ == Form::dense ? sum_of_dense() : sum_of_sparse();
   std::size_t const pairs = size() * (size() - 1) / 2;
-  return sum / static_cast<double>(pairs);
+  return DistanceSum(*this).total() / static_cast<double>(pairs);
 }
 
-double DistanceTable::add_row(std::size_t i, std::span<double> measured, double sum) const {
-  mark_unequal(points_[i], i + 1, measured, no_distance);
-  return std::accumulate(measured.begin(), measured.end(), sum);
+void DistanceTable::for_each_row(Rows rows, VisitDistances const& visit) const {
+  Rows const part = rows.up_to(size());
+  if (form_ == Form::dense) {
+    visit_dense(part, visit);
+  } else {
+    visit_sparse(part, visit);
+  }
 }
 
-double DistanceTable::sum_of_dense() const {
+void DistanceTable::visit_row(std::size_t i, std::span<double> distances,
+                              VisitDistances const& visit) const {
+  mark_unequal(points_[i], i + 1, distances, no_distance);
+  visit(i, distances);
+}
+
+void DistanceTable::visit_dense(Rows rows, VisitDistances const& visit) const {
   auto const& dense = std::get<Lanes>(columns());
-  double sum = 0.0;
-  std::vector<double> rows(rows_at_once * size());
-  for (std::size_t i = 0; i < size(); i += rows_at_once) {
+  std::vector<double> tile(rows_at_once * (size() - rows.begin));
+  for (std::size_t i = rows.begin; i < rows.end; i += rows_at_once) {
     auto const block =
-        std::span<SparsePoint const>(points_).subspan(i, std::min(rows_at_once, size() - i));
+        std::span<SparsePoint const>(points_).subspan(i, std::min(rows_at_once, rows.end - i));
     std::size_t const count = size() - i;
-    dense.distances(block, i, std::span<double>(rows).first(block.size() * count));
+    dense.distances(block, i, std::span<double>(tile).first(block.size() * count));
     for (std::size_t r = 0; r < block.size(); ++r) {
-      sum = add_row(i + r, std::span<double>(rows).subspan(r * count, count).subspan(r + 1), sum);
+      visit_row(i + r, std::span<double>(tile).subspan(r * count, count).subspan(r + 1), visit);
     }
   }
-  return sum;
 }
 
 // A block of rows at a time, each against all that follow; the more rows the fewer follow, as
 // memory for half of what the points take has room for.
-double DistanceTable::sum_of_sparse() const {
+void DistanceTable::visit_sparse(Rows rows, VisitDistances const& visit) const {
   constexpr std::size_t width = PointBlock::width;
   constexpr std::size_t least_rows = 32;
   constexpr std::size_t most_rows = 256;
@@ -378,37 +387,38 @@ double DistanceTable::sum_of_sparse() const {
   std::size_t const room = value_count(points_) * 3 / 4;
   SparsePoint const none;
   std::vector<double> tile;
-  tile.reserve(std::max(room, least_rows * size()) + width * most_rows);
-  double sum = 0.0;
-  for (std::size_t i = 0; i < size();) {
+  for (std::size_t i = rows.begin; i < rows.end;) {
     std::size_t const count = size() - i;
-    std::size_t const rows = std::min(count, std::clamp(room / count, least_rows, most_rows));
+    std::size_t const together =
+        std::min(rows.end - i, std::clamp(room / count, least_rows, most_rows));
     std::size_t const stride = (count + width - 1) / width * width;
-    PointBlock block(std::span<SparsePoint const>(points_).subspan(i, rows), columns);
-    tile.resize(rows * stride);
+    PointBlock block(std::span<SparsePoint const>(points_).subspan(i, together), columns);
+    tile.resize(together * stride);
     for (std::size_t j = 0; j < count; j += width) {
       PointBlock::Others others;
       for (std::size_t r = 0; r < width; ++r) {
         others[r] = j + r < count ? &points_[i + j + r] : &none;
       }
       auto place = tile.begin() + static_cast<std::ptrdiff_t>(j);
-      for (PointBlock::Row const& row : block.distances(others, std::min(rows, j + width))) {
+      for (PointBlock::Row const& row : block.distances(others, std::min(together, j + width))) {
         std::copy(row.lanes.begin(), row.lanes.end(), place);
         place += static_cast<std::ptrdiff_t>(stride);
       }
     }
-    for (std::size_t r = 0; r < rows; ++r) {
-      sum = add_row(i + r, std::span(tile).subspan(r * stride, count).subspan(r + 1), sum);
+    for (std::size_t r = 0; r < together; ++r) {
+      visit_row(i + r, std::span(tile).subspan(r * stride, count).subspan(r + 1), visit);
     }
-    i += rows;
+    i += together;
   }
-  return sum;
 }
 
 std::optional<FoundPair> farthest_pair(DistanceTable const& table, Rows rows) {
   rows = rows.up_to(table.size());
   if (FloatLanes const* floats = table.floats()) {
     return FloatSearch(table, *floats).farthest_pair(rows);
+  }
+  if (table.has_sparse_bounds()) {
+    return farthest_by_norms(table, rows);
   }
   std::optional<FoundPair> result;
   for (std::size_t i = rows.begin; i < rows.end && i + 1 < table.size(); ++i) {

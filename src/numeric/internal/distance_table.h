@@ -86,6 +86,10 @@ class DistanceTable {
   /// none.
   double greatest_within(std::size_t i, double limit) const;
 
+  /// Calls `visit(i, distances)` for each row i of a part in order, with the distances of point i
+  /// and all behind it, measured some rows at a time.
+  using VisitDistances = std::function<void(std::size_t i, std::span<double const> distances)>;
+  void for_each_row(Rows rows, VisitDistances const& visit) const;
   /// Mean over all pairs, summed with i from 0 up and j from i + 1 up; 0.0 with fewer than two.
   double average_distance() const;
 
@@ -99,10 +103,9 @@ class DistanceTable {
   std::vector<double> all_distances(SparsePoint const& x, std::size_t first) const;
   void mark_unequal(SparsePoint const& x, std::size_t first, std::span<double> out,
                     double value) const;
-  /// Adds the distances of point i and those behind it to a sum.
-  double add_row(std::size_t i, std::span<double> measured, double sum) const;
-  double sum_of_dense() const;
-  double sum_of_sparse() const;
+  void visit_dense(Rows rows, VisitDistances const& visit) const;
+  void visit_sparse(Rows rows, VisitDistances const& visit) const;
+  void visit_row(std::size_t i, std::span<double> distances, VisitDistances const& visit) const;
 
   std::vector<SparsePoint> points_;
   Form form_;
