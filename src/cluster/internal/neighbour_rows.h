@@ -14,7 +14,7 @@ namespace morva {
 ///
 /// A row is kept as a list, of four bytes a neighbour, or as one bit for each point that it can
 /// hold, whichever is smaller. All rows together take four bytes for each pair of neighbours and
-/// eight for each point; where all points are neighbours of all, one bit for each pair of points.
+/// twelve for each point; where all points are neighbours of all, one bit for each pair of points.
 class NeighbourRows {
  public:
   enum class Side { from_itself, before };
@@ -29,7 +29,7 @@ class NeighbourRows {
   /// Adds the row of the next point: ascending, from the point itself on, each below `size()`.
   void append(std::span<std::uint32_t const> row);
   /// The same pairs, each in the row of its other point, without those of a point and itself. All
-  /// rows have been added.
+  /// rows have been added. After Warren, "Hacker's Delight", section 7-3, where rows are bits.
   NeighbourRows before() const;
 
   /// Logarithmic at most.
@@ -63,6 +63,11 @@ class NeighbourRows {
            (form_ == Form::smaller && begins_[i + 1] - begins_[i] == word_count(i));
   }
   bool add_row(std::size_t neighbours);
+  bool holds_bits(std::size_t begin, std::size_t end) const;
+  template <typename Visit>
+  void for_each_turned(Visit const& visit) const;
+  template <typename Visit>
+  void turn_bits(std::size_t begin, std::size_t end, Visit const& visit) const;
 
   std::size_t count_;
   Side side_;
@@ -70,6 +75,8 @@ class NeighbourRows {
   // Lists, which are shorter than their bits would be, and bits.
   std::vector<std::uint32_t> cells_;
   std::vector<std::size_t> begins_;
+  // Of each point, the rows before its own that it is in.
+  std::vector<std::uint32_t> uses_;
 };
 
 template <typename Visit>
