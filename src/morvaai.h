@@ -79,6 +79,7 @@
 #include "host/box_file.h"
 #include "host/file_locks.h"
 #include "host/native_path.h"
+#include "host/packed_bytes.h"
 #include "host/process_memory.h"
 #include "host/utf8.h"
 #include "host/version.h"
@@ -86,4 +87,5 @@
 #include "numeric/HClusterCenter.h"
 #include "numeric/HClusterDistance.h"
 #include "numeric/HPointN.h"
+#include "numeric/HProcessGroup.h"
 #include "numeric/HSparsePoints.h"

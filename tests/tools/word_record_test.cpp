@@ -41,7 +41,7 @@ TEST(WordRecord, may_be_cut_only_between_words) {
 }
 
 TEST(WordRecord, a_length_over_its_end_is_refused) {
-  EXPECT_FALSE(tool::unpack_record(with(std::uint32_t{7}, std::uint32_t{0xFFFFFFFF})));
+  EXPECT_FALSE(tool::unpack_record(with(std::uint64_t{7}, ~std::uint64_t{0})));
 }
 
 TEST(WordRecord, a_count_below_0_is_refused) {
@@ -57,6 +57,14 @@ TEST(WordRecord, a_fingerprint_of_other_than_digits_is_refused) {
   tool::WordRecord wrong = record();
   wrong.dna = HString(L"00FG");
   EXPECT_FALSE(tool::unpack_record(tool::pack(wrong)));
+}
+
+TEST(WordRecord, a_word_that_is_no_text_is_refused) {
+  for (std::string const& word : {std::string("harb\0ur", 7), std::string("harb\xFFur")}) {
+    std::string packed = tool::pack(record());
+    packed.replace(packed.find("harbour"), word.size(), word);
+    EXPECT_FALSE(tool::unpack_record(packed));
+  }
 }
 
 TEST(WordRecord, garbage_is_refused) {

@@ -15,7 +15,6 @@ namespace {
 
 // Below this many different words chance decides too many of the bits.
 constexpr std::size_t fewest_words = 50;
-constexpr int narrow_length = 32;
 
 // Unrelated texts agree in 50 of 100 bits, give or take 4.4 of 128.
 char const* meaning(double similarity) {
@@ -67,8 +66,8 @@ FileReport read_side(HString const& path) {
     return no_dictionary(path, false);
   }
   WordRecord record;
-  if (!HFileDNA::get_file_dna(document.parser(), record.dna, nullptr, narrow_length)) {
-    return no_words(path, false);
+  if (auto report = take_dna(document, path, narrow_dna, false, record.dna)) {
+    return *report;
   }
   for (WordNode const& node : words) {
     record.words.push_back(node.word);
@@ -83,7 +82,7 @@ std::vector<WordRecord> read_sides(std::vector<HString> const& paths, bool json)
   std::vector<WordRecord> sides;
   run_on_files(paths, paths.size(), &read_side, [&](std::size_t index, FileReport const& report) {
     auto record = report.output.empty() ? std::nullopt : unpack_record(report.output);
-    if (record && record->dna.length() == narrow_length) {
+    if (record && record->dna.length() == narrow_dna) {
       sides.push_back(std::move(*record));
       return true;
     }

@@ -8,9 +8,6 @@ namespace tool {
 
 namespace {
 
-constexpr int narrow_length = 32;
-constexpr int wide_length = 1024;
-
 std::string as_line(HString const& path, std::string const& dna, std::string const& count) {
   std::string const before = dna + "  " + count;
   return before + shown_path(path, before.size()) + "\n";
@@ -23,10 +20,9 @@ FileReport report_dna(HString const& path, DnaOptions const& options) {
   }
   HString dna;
   int count = 0;
-  if (!HFileDNA::get_file_dna(document.parser(), dna, &count,
-                              options.wide ? wide_length : narrow_length)) {
-    return HStutterDict::pins()->is_exist_dict() ? no_words(path, options.json)
-                                                 : no_dictionary(path, options.json);
+  int const digits = options.wide ? wide_dna : narrow_dna;
+  if (auto report = take_dna(document, path, digits, options.json, dna, &count)) {
+    return *report;
   }
   if (options.json) {
     nlohmann::ordered_json object = json_head(path, document);

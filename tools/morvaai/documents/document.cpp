@@ -52,7 +52,17 @@ std::optional<FileReport> Document::failure(HString const& path, bool json) cons
 std::string Document::incompleteness() const {
   bool const complete =
       outcome_ == Orlec::ParseOutcome::text || outcome_ == Orlec::ParseOutcome::no_text;
-  return complete ? std::string() : "read only in part: " + reason_;
+  return complete ? std::string() : read_in_part + reason_;
+}
+
+std::optional<FileReport> Document::take_words(HString const& path, HFeatureNode& record) const {
+  if (auto report = failure(path, false)) {
+    return report;
+  }
+  if (!HFileFeature::get_file_feature(parser(), record)) {
+    return no_dictionary(path, false);
+  }
+  return record.vt_words.empty() ? std::optional(no_words(path, false)) : std::nullopt;
 }
 
 nlohmann::ordered_json json_head(HString const& path, Document const& document) {
@@ -65,15 +75,26 @@ nlohmann::ordered_json json_head(HString const& path, Document const& document) 
   return object;
 }
 
-FileReport no_dictionary(HString const& path, bool json) {
+std::string no_dictionary_reason() {
   HString const directory = Orlec::LocateMgr::pins()->get_dict_path(false);
-  return failure_report(path, json, "failed",
-                        "there is no dictionary in " + printable(directory) +
-                            "; MORVA_DICT_PATH names another directory");
+  return "there is no dictionary in " + printable(directory) +
+         "; MORVA_DICT_PATH names another directory";
+}
+
+FileReport no_dictionary(HString const& path, bool json) {
+  return failure_report(path, json, "failed", no_dictionary_reason());
 }
 
 FileReport no_words(HString const& path, bool json) {
   return failure_report(path, json, "no words", "there are no words in its text");
+}
+
+std::optional<FileReport> take_dna(Document const& document, HString const& path, int digits,
+                                   bool json, HString& dna, int* character_count) {
+  if (HFileDNA::get_file_dna(document.parser(), dna, character_count, digits)) {
+    return std::nullopt;
+  }
+  return HStutterDict::pins()->is_exist_dict() ? no_words(path, json) : no_dictionary(path, json);
 }
 
 HString Document::text(Orlec::ParseTextType type) const {

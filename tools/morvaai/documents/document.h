@@ -12,6 +12,9 @@
 
 namespace tool {
 
+/// What is said before the reason where a document was not read to its end.
+inline constexpr char const* read_in_part = "read only in part: ";
+
 /// A document opened and parsed, its text in memory.
 class Document {
  public:
@@ -29,6 +32,9 @@ class Document {
   std::optional<FileReport> failure(HString const& path, bool json) const;
   /// What to report of a document that was not read to its end; empty where it was.
   std::string incompleteness() const;
+
+  /// Fills in the words that characterise the document; what to report where there are none.
+  std::optional<FileReport> take_words(HString const& path, HFeatureNode& record) const;
 
   HString main_text() const { return text(Orlec::ParseTextType_main); }
   /// The text of one kind; empty where the document has none.
@@ -50,8 +56,19 @@ class Document {
 /// The begin of a result: the file, the outcome, and why it is not the whole text, where it is not.
 nlohmann::ordered_json json_head(HString const& path, Document const& document);
 
+/// That there is no dictionary, where one was looked for, and what can be done.
+std::string no_dictionary_reason();
 /// What to report where words are needed and there is no dictionary, or none were found.
 FileReport no_dictionary(HString const& path, bool json);
 FileReport no_words(HString const& path, bool json);
+
+/// Digits of the two kinds of fingerprints.
+inline constexpr int narrow_dna = 32;
+inline constexpr int wide_dna = 1024;
+
+/// Takes the fingerprint of a document that was read, of so many digits, and how many characters it
+/// is made of; or tells what to report, as there is no dictionary or there are no words.
+std::optional<FileReport> take_dna(Document const& document, HString const& path, int digits,
+                                   bool json, HString& dna, int* character_count = nullptr);
 
 }  // namespace tool

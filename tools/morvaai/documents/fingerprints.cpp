@@ -21,14 +21,12 @@ namespace {
 
 using nlohmann::json;
 
-constexpr int narrow_length = 32;
-constexpr std::size_t wide_length = 1024;
 constexpr std::size_t longest_line = std::size_t{1} << 16U;
 constexpr std::size_t most_complaints = 20;
 
 bool is_dna(std::wstring_view text) {
   std::wstring_view const digits = L"0123456789ABCDEF";
-  return !text.empty() && text.size() <= wide_length &&
+  return !text.empty() && text.size() <= wide_dna &&
          text.find_first_not_of(digits) == std::wstring_view::npos;
 }
 
@@ -38,9 +36,8 @@ FileReport fingerprint(HString const& path) {
     return *report;
   }
   HString dna;
-  if (!HFileDNA::get_file_dna(document.parser(), dna, nullptr, narrow_length)) {
-    return HStutterDict::pins()->is_exist_dict() ? no_words(path, false)
-                                                 : no_dictionary(path, false);
+  if (auto report = take_dna(document, path, narrow_dna, false, dna)) {
+    return *report;
   }
   return {utf8(dna), document.incompleteness()};
 }
@@ -151,7 +148,7 @@ class ListReader {
 void read_fingerprints(std::vector<HString> const& files, std::size_t jobs, Fingerprints& all) {
   auto const take = [&](std::size_t index, FileReport report) {
     HString const dna(report.output.c_str());
-    if (dna.length() == narrow_length && is_dna(text_view(dna))) {
+    if (dna.length() == narrow_dna && is_dna(text_view(dna))) {
       all.files.push_back(files[index]);
       all.dnas.push_back(dna);
       return true;

@@ -20,8 +20,9 @@ struct WordRecord {
 /// The record as bytes that keep every bit of a weight.
 std::string pack(WordRecord const& record);
 
-/// The record again. Nothing for bytes that are none: lengths that do not fit, a count below 0, a
-/// weight that is no finite number, a fingerprint of other than hexadecimal digits.
+/// The record again. Nothing for bytes that are none: lengths that do not fit, texts that are no
+/// UTF-8 or hold a zero, a count below 0, a weight that is no finite number, a fingerprint of other
+/// than hexadecimal digits.
 std::optional<WordRecord> unpack_record(std::string_view packed);
 
 }  // namespace tool
