@@ -14,8 +14,6 @@ namespace {
 
 constexpr double radius_unit = 0.05;
 constexpr int most_radii = 14;
-// Two silhouettes that differ by less say the same.
-constexpr double closeness = 0.02;
 
 std::vector<int> ks_to_try(std::size_t point_count) {
   std::vector<int> ks;
@@ -41,7 +39,8 @@ void measure(DistanceMatrix const& distances, std::vector<std::vector<int>> clas
   auto const out = std::count(is_in_class.begin(), is_in_class.end(), false);
   trial.largest_class = static_cast<double>(largest) / count;
   trial.unclassified = static_cast<double>(out) / count;
-  trial.silhouette = silhouette(distances, classes);
+  trial.silhouettes = silhouettes(distances, classes);
+  trial.silhouette = mean_silhouette(trial.silhouettes);
   trial.classes = std::move(classes);
 }
 
@@ -56,14 +55,16 @@ std::optional<std::size_t> clearest(std::vector<Trial> const& trials) {
   return best;
 }
 
-// The last that is as good.
-std::size_t last_as_good(std::vector<Trial> const& trials, std::size_t best) {
-  double const least = std::max(trials[best].silhouette - closeness, 0.0);
-  std::size_t last = best;
-  for (std::size_t i = best; i < trials.size(); ++i) {
-    last = trials[i].silhouette > least ? i : last;
+// Of the mean of what each file gains by the better trial.
+double standard_error(Trial const& other, Trial const& better) {
+  auto const count = static_cast<double>(better.silhouettes.size());
+  double const mean = better.silhouette - other.silhouette;
+  double squares = 0.0;
+  for (std::size_t i = 0; i < better.silhouettes.size(); ++i) {
+    double const gain = better.silhouettes[i] - other.silhouettes[i];
+    squares += (gain - mean) * (gain - mean);
   }
-  return last;
+  return std::sqrt(squares / (count * (count - 1.0)));
 }
 
 double quantile(std::vector<double> const& ascending, double share) {
@@ -91,6 +92,15 @@ DistanceMatrix directions_of(HSparsePoints const& points) {
   return directions;
 }
 
+std::size_t first_as_good(std::vector<Trial> const& trials, std::size_t greatest) {
+  Trial const& better = trials[greatest];
+  auto const found = std::find_if(trials.begin(), trials.end(), [&](Trial const& trial) {
+    return trial.silhouette > 0.0 &&
+           better.silhouette - trial.silhouette <= standard_error(trial, better);
+  });
+  return static_cast<std::size_t>(found - trials.begin());
+}
+
 Sweep sweep_k(HSparsePoints const& points, DistanceMatrix const& apart, SweepNote const& note) {
   gi_K_ClusterType = 0;
   std::vector<int> const ks = ks_to_try(points.size());
@@ -106,7 +116,7 @@ Sweep sweep_k(HSparsePoints const& points, DistanceMatrix const& apart, SweepNot
     }
   }
   if (auto const greatest = clearest(sweep.trials)) {
-    sweep.best = last_as_good(sweep.trials, *greatest);
+    sweep.best = first_as_good(sweep.trials, *greatest);
     if (sweep.best != greatest) {
       sweep.second = greatest;
     }

@@ -27,6 +27,8 @@ struct Trial {
   /// Shares of all files.
   double largest_class = 0.0;
   double unclassified = 0.0;
+  /// Of each file, and their mean.
+  std::vector<double> silhouettes;
   double silhouette = 0.0;
 };
 
@@ -34,17 +36,22 @@ struct Trial {
 struct Sweep {
   std::vector<Trial> trials;
   std::optional<std::size_t> best;
-  /// Another one that is as good.
+  /// The one with the greatest silhouette, where another is the best.
   std::optional<std::size_t> second;
 };
 
 /// Hears of the number of trials that are done, and of all.
 using SweepNote = std::function<void(std::size_t, std::size_t)>;
 
+/// The first of the trials that is as good as the one at `greatest`, by the rule of one standard
+/// error (Breiman, Friedman, Olshen and Stone, "Classification and Regression Trees", 1984): its
+/// silhouette is above 0, and less by no more than the standard error of that difference, which the
+/// silhouettes of the single files tell.
+std::size_t first_as_good(std::vector<Trial> const& trials, std::size_t greatest);
+
 /// K-means over numbers of classes: each from 2 to 20, and coarser to 100, up to half of the
-/// points, with silhouettes by `apart`. Best is the largest number whose silhouette is less than
-/// the greatest by no more than 0.02, as a class too many is easier to see than two in one; second
-/// the one with the greatest. Sets `gi_K_ClusterType`.
+/// points, with silhouettes by `apart`. Best is the smallest number that is as good as the one with
+/// the greatest silhouette; second is that one. Sets `gi_K_ClusterType`.
 Sweep sweep_k(HSparsePoints const& points, DistanceMatrix const& apart, SweepNote const& note);
 
 /// Radii to try: multiples of 0.05, from where the nearest two points are neighbours to where the

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <numeric>
 
 namespace tool {
 
@@ -41,7 +42,8 @@ double width_of(std::vector<double> const& sums, std::vector<std::size_t> const&
 
 }  // namespace
 
-double silhouette(DistanceMatrix const& distances, std::vector<std::vector<int>> const& classes) {
+std::vector<double> silhouettes(DistanceMatrix const& distances,
+                                std::vector<std::vector<int>> const& classes) {
   std::vector<std::size_t> const owner = class_of_each(distances.size(), classes);
   std::vector<std::size_t> sizes(classes.size());
   for (std::size_t const c : owner) {
@@ -49,7 +51,7 @@ double silhouette(DistanceMatrix const& distances, std::vector<std::vector<int>>
       ++sizes[c];
     }
   }
-  double total = 0.0;
+  std::vector<double> widths(distances.size());
   std::vector<double> sums(classes.size());
   for (std::size_t i = 0; i < distances.size(); ++i) {
     if (owner[i] == no_class) {
@@ -61,9 +63,14 @@ double silhouette(DistanceMatrix const& distances, std::vector<std::vector<int>>
         sums[owner[j]] += distances[i][j];
       }
     }
-    total += width_of(sums, sizes, owner[i]);
+    widths[i] = width_of(sums, sizes, owner[i]);
   }
-  return distances.empty() ? 0.0 : total / static_cast<double>(distances.size());
+  return widths;
+}
+
+double mean_silhouette(std::vector<double> const& silhouettes) {
+  double const total = std::accumulate(silhouettes.begin(), silhouettes.end(), 0.0);
+  return silhouettes.empty() ? 0.0 : total / static_cast<double>(silhouettes.size());
 }
 
 char const* structure_of(double silhouette) {

@@ -64,6 +64,18 @@ double greatest_silhouette(Sweep const& sweep) {
   return sweep.trials[sweep.second.value_or(*sweep.best)].silhouette;
 }
 
+// What to do about a class that holds most of the files, where there are classes at all.
+std::string large_class_text(Trial const& proposed) {
+  if (proposed.largest_class <= 0.5 ||
+      structure_of(proposed.silhouette) == std::string_view("none")) {
+    return {};
+  }
+  return fmt::format(
+      "  {} of the files are in one class, which may be several: morvaai cluster -o lists its\n"
+      "  files, and morvaai suggest - looks at those of a list\n",
+      percent(proposed.largest_class));
+}
+
 // What the greatest silhouette of a sweep says.
 std::string structure_text(double silhouette) {
   std::string_view const structure = structure_of(silhouette);
@@ -86,7 +98,8 @@ std::string k_text(Sweep const& sweep) {
     table.add({fmt::format("{}", trial.k), fmt::format("{:.3f}", trial.silhouette),
                percent(trial.largest_class), bar(trial.silhouette, greatest), mark_of(sweep, i)});
   }
-  return text + table.text() + structure_text(greatest);
+  return text + table.text() + structure_text(greatest) +
+         large_class_text(sweep.trials[*sweep.best]);
 }
 
 std::string distances_text(Suggestion const& suggestion) {
