@@ -38,6 +38,15 @@ TEST_F(ReportCommand, learning_writes_a_page_of_classes_and_files) {
   EXPECT_FALSE(data.contains("curve"));
 }
 
+TEST_F(ReportCommand, learning_says_where_the_page_is) {
+  Finished const finished =
+      run({"learn", samples(), "--by-folder", "--box", "a", "--report", path("page.html")});
+  EXPECT_THAT(finished.output, testing::EndsWith("report: " + path("page.html") + "\n"));
+  EXPECT_EQ(json_of({"learn", samples(), "--by-folder", "--box", "b", "--report",
+                     path("page.html")})["report"],
+            path("page.html"));
+}
+
 TEST_F(ReportCommand, learning_with_files_writes_the_curve_of_their_neighbours) {
   learn("subjects",
         {"-m", "dbscan", "--eps", "1.5", "--minpts", "2", "--report", path("page.html")});
@@ -103,11 +112,19 @@ TEST_F(ReportCommand, a_folder_that_is_missing_is_told_before_the_work) {
   EXPECT_THAT(names_in(boxes), IsEmpty());
 }
 
-TEST_F(ReportCommand, that_fails_does_not_cost_the_box) {
+TEST_F(ReportCommand, a_device_is_told_before_the_work) {
   Finished const finished =
       run({"learn", samples(), "--by-folder", "--box", "a", "--report", "/dev/null"});
   EXPECT_EQ(finished.status, 1);
-  EXPECT_THAT(finished.errors, HasSubstr("/dev/null: the report cannot be written"));
+  EXPECT_THAT(finished.errors, HasSubstr("/dev/null: no file, nor a link to one"));
+  EXPECT_THAT(names_in(boxes), IsEmpty());
+}
+
+TEST_F(ReportCommand, that_fails_does_not_cost_the_box) {
+  Finished const finished = run({"learn", samples(), "--by-folder", "--box", "a", "--report",
+                                 path(std::string(300, 'x').c_str())});
+  EXPECT_EQ(finished.status, 1);
+  EXPECT_THAT(finished.errors, HasSubstr("the report cannot be written: File name too long"));
   EXPECT_EQ(run({"box", "verify", "a"}).status, 0);
 }
 

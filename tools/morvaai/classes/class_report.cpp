@@ -60,6 +60,9 @@ std::string ClassReport::as_text() const {
     text +=
         fmt::format("\nbox {}: {}\n", styled(Role::name, printable(box->id)), printable(box->file));
   }
+  if (page) {
+    text += "report: " + printable(*page) + "\n";
+  }
   return text;
 }
 
@@ -93,6 +96,9 @@ std::string ClassReport::as_json() const {
   }
   if (box) {
     object["box"] = {{"id", utf8(box->id)}, {"file", utf8(box->file)}};
+  }
+  if (page) {
+    object["report"] = utf8(*page);
   }
   // A reason may quote the bytes of a document.
   return object.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace) + "\n";

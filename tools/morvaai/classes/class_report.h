@@ -43,6 +43,8 @@ struct ClassReport {
     HString file;
   };
   std::optional<Box> box;
+  /// The page that was written about it.
+  std::optional<HString> page;
 
   std::string as_text() const;
   /// One object in one line.

@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <cstring>
 
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include "documents/no_signals.h"
@@ -59,8 +60,10 @@ std::optional<std::string> refuse_report(HString const& path) {
   if (!bytes || bytes->empty()) {
     return "no file can have the name " + printable(path);
   }
-  if (HFile::IsFileExistDir(path)) {
-    return printable(path) + ": a folder: name a file for the report";
+  if (struct stat there{}; lstat(bytes->c_str(), &there) == 0 && !HFile::IsFileExistFile(path)) {
+    char const* const what =
+        HFile::IsFileExistDir(path) ? "a folder" : "no file, nor a link to one";
+    return printable(path) + ": " + what + ": name a file for the report";
   }
   std::size_t const slash = bytes->rfind('/');
   std::string const folder = slash == std::string::npos ? "." : bytes->substr(0, slash + 1);

@@ -24,7 +24,8 @@ std::string fill_template(std::string_view page, nlohmann::ordered_json const& d
 std::optional<std::string> refuse_any_report();
 
 /// Why no report can be written beside other output there, as far as that can be told before there
-/// is one: none can be written anywhere, the folder is missing or not writable, it is `-`.
+/// is one: none can be written anywhere, the folder is missing or not writable, what is there is no
+/// file and no link to one, it is `-`.
 std::optional<std::string> refuse_report(HString const& path);
 
 /// Writes a report to the file, which is replaced as a whole; or tells why that failed. No signal
