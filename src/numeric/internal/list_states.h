@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -13,24 +14,28 @@ namespace morva {
 template <typename Place>
 void list_states(std::span<char const> states, char wanted, std::size_t first,
                  std::vector<Place>& list) {
-  auto const list_one = [&](std::size_t k) {
+  constexpr std::size_t together = sizeof(std::uint64_t);
+  std::uint64_t const each_wanted = 0x0101010101010101 * static_cast<unsigned char>(wanted);
+  std::size_t k = 0;
+  for (; k + together <= states.size(); k += together) {
+    std::uint64_t several;
+    std::memcpy(&several, states.data() + k, together);
+    if ((several & each_wanted) == 0) {
+      continue;
+    }
+    // Without a branch for each state, which could not be foretold.
+    std::array<Place, together> places;
+    std::size_t count = 0;
+    for (std::size_t at = k; at < k + together; ++at) {
+      places[count] = static_cast<Place>(first + at);
+      count += states[at] == wanted ? 1U : 0U;
+    }
+    list.insert(list.end(), places.begin(), places.begin() + static_cast<std::ptrdiff_t>(count));
+  }
+  for (; k < states.size(); ++k) {
     if (states[k] == wanted) {
       list.push_back(static_cast<Place>(first + k));
     }
-  };
-  std::uint64_t const each_wanted = 0x0101010101010101 * static_cast<unsigned char>(wanted);
-  std::size_t k = 0;
-  for (; k + sizeof(std::uint64_t) <= states.size(); k += sizeof(std::uint64_t)) {
-    std::uint64_t several;
-    std::memcpy(&several, states.data() + k, sizeof several);
-    if ((several & each_wanted) != 0) {
-      for (std::size_t at = k; at < k + sizeof several; ++at) {
-        list_one(at);
-      }
-    }
-  }
-  for (; k < states.size(); ++k) {
-    list_one(k);
   }
 }
 
