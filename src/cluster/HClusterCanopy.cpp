@@ -100,7 +100,7 @@ bool HClusterCanopy::init() {
     return false;
   }
   if (md_T1 == 0.0 && md_T2 == 0.0) {
-    md_T2 = table()->average_distance();
+    md_T2 = morva::divided::average_distance(*table());
     md_T1 = 3.0 * md_T2;
   }
   return !(md_T1 < md_T2);

@@ -13,6 +13,7 @@
 #include "cluster/internal/members.h"
 #include "cluster/internal/neighbour_matrix.h"
 #include "numeric/internal/distance_table.h"
+#include "numeric/internal/divided_search.h"
 
 HClusterDBScan::HClusterDBScan() = default;
 HClusterDBScan::~HClusterDBScan() = default;
@@ -88,7 +89,7 @@ std::shared_ptr<morva::NeighbourMatrix const> HClusterDBScan::neighbours() const
       rows.append(row);
     }
   } else {
-    morva::for_each_neighbourhood(
+    morva::divided::for_each_neighbourhood(
         *points, md_eps, morva::DistanceTable::Border::outside,
         [&](std::size_t /*i*/, std::span<std::uint32_t const> near) { rows.append(near); });
   }

@@ -9,6 +9,7 @@
 #include "numeric/HProcessGroup.h"
 #include "numeric/internal/center_finder.h"
 #include "numeric/internal/distance_table.h"
+#include "numeric/internal/divided_search.h"
 #include "numeric/internal/sparse_point.h"
 #include "numeric/internal/valid_members.h"
 
@@ -151,7 +152,7 @@ double HSparsePoints::get_max_radius(std::vector<int> const& members) const {
 }
 
 double HSparsePoints::get_avg_distance() const {
-  return table()->average_distance();
+  return morva::divided::average_distance(*table());
 }
 
 bool HSparsePoints::share_work(std::shared_ptr<HProcessGroup> const& group) {

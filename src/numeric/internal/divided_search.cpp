@@ -7,7 +7,9 @@
 #include <numeric>
 #include <utility>
 
+#include "numeric/internal/distance_sum.h"
 #include "numeric/internal/division.h"
+#include "numeric/internal/norm_search.h"
 
 namespace morva::divided {
 
@@ -85,13 +87,47 @@ std::optional<FoundPair> farthest_pair(DistanceTable const& table) {
   std::optional<FoundPair> result;
   for (FoundPair const& pair :
        division.join(found ? std::vector<FoundPair>{*found} : std::vector<FoundPair>())) {
-    bool const is_first = result && std::pair(pair.i, pair.j) < std::pair(result->i, result->j);
-    if (!result || pair.distance > result->distance ||
-        (pair.distance == result->distance && is_first)) {
-      result = pair;
-    }
+    result = is_farther(pair, result) ? pair : result;
   }
   return result;
+}
+
+double average_distance(DistanceTable const& table) {
+  Division const division(table);
+  std::size_t const size = table.size();
+  if (division.is_alone() || size < 2) {
+    return table.average_distance();
+  }
+  DistanceSum sum(table);
+  Rows const rows = division.rows(size, Division::Shape::triangle);
+  std::vector<RowSum> const known = division.join(sum.row_sums(rows));
+  return sum.total(known) / static_cast<double>(size * (size - 1) / 2);
+}
+
+void for_each_neighbourhood(DistanceTable const& table, double limit, DistanceTable::Border border,
+                            VisitNeighbours const& visit) {
+  Division const division(table);
+  if (division.is_alone()) {
+    morva::for_each_neighbourhood(table, limit, border, visit);
+    return;
+  }
+  // Of each row the number of its neighbours, and they.
+  std::vector<std::uint32_t> mine;
+  morva::for_each_neighbourhood(
+      table, limit, border,
+      [&mine](std::size_t /*i*/, std::span<std::uint32_t const> near) {
+        mine.push_back(static_cast<std::uint32_t>(near.size()));
+        mine.insert(mine.end(), near.begin(), near.end());
+      },
+      division.rows(table.size(), Division::Shape::triangle));
+  std::size_t i = 0;
+  for (std::vector<std::uint32_t> const& told : division.gather(std::move(mine))) {
+    for (std::span<std::uint32_t const> rest = told; !rest.empty();) {
+      std::size_t const count = rest.front();
+      visit(i++, rest.subspan(1, count));
+      rest = rest.subspan(1 + count);
+    }
+  }
 }
 
 std::vector<std::size_t> find_nearest(DistanceTable const& table, DistanceTable const& points,
@@ -127,7 +163,7 @@ std::vector<SparsePoint> make_points(DistanceTable const& table,
   if (maker.empty()) {
     return points;
   }
-  auto const all = division.gather(mine);
+  auto const all = division.gather(std::move(mine));
   std::vector<std::span<std::uint64_t const>> rest(all.begin(), all.end());
   for (std::size_t i = 0; i < clusters.size(); ++i) {
     points[i] = read(rest[maker[i]]);

@@ -14,6 +14,11 @@ namespace morva::divided {
 
 /// `morva::farthest_pair` of all pairs.
 std::optional<FoundPair> farthest_pair(DistanceTable const& table);
+/// `DistanceTable::average_distance`.
+double average_distance(DistanceTable const& table);
+/// `morva::for_each_neighbourhood` of every point.
+void for_each_neighbourhood(DistanceTable const& table, double limit, DistanceTable::Border border,
+                            VisitNeighbours const& visit);
 /// `morva::find_nearest` of the first `count` points.
 std::vector<std::size_t> find_nearest(DistanceTable const& table, DistanceTable const& points,
                                       std::size_t count);

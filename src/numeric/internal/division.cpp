@@ -24,11 +24,13 @@ Rows Division::rows(std::size_t count, Shape shape) const {
   return {border(count, rank(), size(), shape), border(count, rank() + 1, size(), shape)};
 }
 
-std::vector<std::string> Division::gather_bytes(std::string const& mine, std::size_t unit) const {
+std::vector<std::string> Division::gather_bytes(std::string mine, std::size_t unit) const {
+  std::vector<std::string> all;
   if (is_alone()) {
-    return {mine};
+    all.push_back(std::move(mine));
+  } else {
+    all = group_->all_gather(mine);
   }
-  std::vector<std::string> all = group_->all_gather(mine);
   bool is_whole = all.size() == size();
   for (std::string const& one : all) {
     is_whole = is_whole && one.size() % unit == 0;

@@ -5,6 +5,7 @@
 #include <span>
 #include <string>
 #include <type_traits>
+#include <utility>
 #include <vector>
 
 #include "numeric/internal/distance_table.h"
@@ -31,14 +32,17 @@ class Division {
   /// What each process has found, by their ranks. Throws where one of them has not brought such
   /// values.
   template <typename T>
-  std::vector<std::vector<T>> gather(std::vector<T> const& mine) const {
+  std::vector<std::vector<T>> gather(std::vector<T> mine) const {
     static_assert(std::is_trivially_copyable_v<T>);
     std::vector<std::vector<T>> all;
-    for (std::string const& bytes : gather_bytes(as_bytes(mine), sizeof(T))) {
+    std::string own = as_bytes(mine);
+    std::vector<T>().swap(mine);
+    for (std::string& bytes : gather_bytes(std::move(own), sizeof(T))) {
       std::vector<T>& one = all.emplace_back(bytes.size() / sizeof(T));
       if (!one.empty()) {
         std::memcpy(one.data(), bytes.data(), bytes.size());
       }
+      std::string().swap(bytes);
     }
     return all;
   }
@@ -49,7 +53,7 @@ class Division {
       return mine;
     }
     std::vector<T> all;
-    for (std::vector<T> const& one : gather(mine)) {
+    for (std::vector<T> const& one : gather(std::move(mine))) {
       all.insert(all.end(), one.begin(), one.end());
     }
     return all;
@@ -64,7 +68,7 @@ class Division {
     }
     return bytes;
   }
-  std::vector<std::string> gather_bytes(std::string const& mine, std::size_t unit) const;
+  std::vector<std::string> gather_bytes(std::string mine, std::size_t unit) const;
 
   HProcessGroup* group_;
 };
