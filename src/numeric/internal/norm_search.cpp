@@ -44,20 +44,20 @@ class NormSearch {
   }
 
   std::optional<FoundPair> farthest(Rows rows) {
-    std::size_t const size = order_.size();
-    if (size < 2) {
+    if (order_.empty()) {
       return {};
     }
-    std::size_t const common = std::min(most_common_points, size / 4);
+    std::size_t const few = table_.size() / 4;
+    std::size_t const common = std::min({most_common_points, few, order_.size()});
     search(0, common, every_row);
     // The same in every part, so that all go the same way.
     auto const out = std::partition_point(order_.begin(), order_.end(), [this](std::size_t j) {
       return can_reach(order_.front(), j);
     });
-    if (static_cast<std::size_t>(out - order_.begin()) > size / 4) {
+    if (static_cast<std::size_t>(out - order_.begin()) > few) {
       search_whole(rows);
     } else {
-      search(common, size, rows);
+      search(common, order_.size(), rows);
     }
     return best_;
   }

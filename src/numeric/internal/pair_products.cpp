@@ -20,6 +20,8 @@ static_assert(PairProducts::tile % (width * together) == 0);
 constexpr std::size_t common_share = 16;
 // What these are spread out to stays in the cache of a core.
 constexpr std::size_t most_common = 128;
+// How many words ahead memory is asked for.
+constexpr std::size_t ahead = 8;
 constexpr std::uint32_t none = std::numeric_limits<std::uint32_t>::max();
 
 // `sums[k]` becomes the sum over the terms of value * columns[slot][k].
@@ -157,14 +159,17 @@ std::span<double const> PairProducts::of_row(std::size_t r) {
   std::size_t const common = common_terms_.starts[r];
   sum_products(common_terms_.slots.data() + common, common_terms_.values.data() + common,
                common_terms_.starts[r + 1] - common, spread_.data(), sums_.data());
-  std::uint16_t const* const places = places_.data();
-  double const* const values = values_.data();
+  std::size_t const begin = rare_terms_.starts[r];
+  std::size_t const end = rare_terms_.starts[r + 1];
   double* const sums = sums_.data();
-  for (std::size_t term = rare_terms_.starts[r]; term < rare_terms_.starts[r + 1]; ++term) {
+  for (std::size_t term = begin; term < end; ++term) {
+    Range const later = ranges_[rare_terms_.slots[std::min(term + ahead, end - 1)]];
+    __builtin_prefetch(places_.data() + later.begin);
+    __builtin_prefetch(values_.data() + later.begin);
     double const factor = rare_terms_.values[term];
     Range const range = ranges_[rare_terms_.slots[term]];
     for (std::uint32_t k = range.begin; k < range.end; ++k) {
-      sums[places[k]] += factor * values[k];
+      sums[places_[k]] += factor * values_[k];
     }
   }
   return sums_;
