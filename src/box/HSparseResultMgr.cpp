@@ -20,6 +20,6 @@ bool HSparseResultMgr::get_cluster_base_result(HClusterResultBase* node, int con
   morva::SparsePoint const sum =
       morva::CenterFinder().mean(static_cast<long long>(vt_words.size()),
                                  morva::valid_members(table->points(), vt_member), 1.0);
-  morva::fill_texts(*node, index, vt_words, morva::expand(sum), vt_member.size());
+  morva::fill_texts(*node, index, vt_words, sum, vt_member.size());
   return true;
 }

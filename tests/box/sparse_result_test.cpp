@@ -1,8 +1,15 @@
+#include <algorithm>
+#include <cstdint>
+#include <string>
+#include <vector>
+
 #include <gtest/gtest.h>
 
 #include "box/HClusterResultMgr.h"
 #include "box/HSparseResultMgr.h"
 #include "cluster/random_cases.h"
+#include "numeric/HClusterCenter.h"
+#include "numeric/HClusterDistance.h"
 
 #include "reference/points.h"
 #include "support/log_capture.h"
@@ -53,6 +60,49 @@ TEST(SparseResult, has_the_texts_of_dense_points) {
     int const words = static_cast<int>(rows.front().size()) + (random.one_in(8) ? 1 : 0);
     expect_dense_texts(rows, numbered_words(words), members);
   });
+}
+
+// A few weights among thousands of words, of which some members share some.
+Matrix few_weights(RandomMatrix& random) {
+  int const words = random.integer(90, 3000);
+  std::vector<double> const weights{1.0, 0.95, 0.9, 0.3, 0.1, 5e-324, 0.0, -0.0, -0.2, -1.0};
+  Matrix rows;
+  for (int i = random.integer(1, 6); i > 0; --i) {
+    rows.emplace_back(static_cast<std::size_t>(words));
+    for (int k = random.integer(0, 8); k > 0; --k) {
+      int const range = random.one_in(2) ? words : std::min(words, 110);
+      rows.back()[static_cast<std::size_t>(random.integer(0, range - 1))] = random.pick(weights);
+    }
+  }
+  return rows;
+}
+
+TEST(SparseResult, of_few_weights_has_the_texts_of_dense_points) {
+  for (std::uint64_t seed = 51'000'000; seed < 51'000'150; ++seed) {
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    RandomMatrix random(seed);
+    Matrix const rows = few_weights(random);
+    Members members;
+    for (int i = random.integer(1, 5); i > 0; --i) {
+      members.push_back(random.integer(0, reference::count_of(rows) - 1));
+    }
+    expect_dense_texts(rows, numbered_words(static_cast<int>(rows.front().size())), members);
+  }
+}
+
+TEST(SparseResult, of_few_weights_has_the_radius_and_center_of_dense_points) {
+  for (std::uint64_t seed = 52'000'000; seed < 52'000'150; ++seed) {
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    RandomMatrix random(seed);
+    std::vector<HPointN> const points = reference::to_points(few_weights(random));
+    Members const members = {0, static_cast<int>(points.size()) - 1,
+                             random.integer(0, static_cast<int>(points.size()) - 1)};
+    HSparsePoints const sparse(points);
+    EXPECT_TRUE(reference::is_same(sparse.get_max_radius(members),
+                                   HClusterDistance::get_max_radius(points, members)));
+    EXPECT_TRUE(reference::is_same(sparse.get_center_point(members).vt_data,
+                                   HClusterCenter::get_center_point(points, members).vt_data));
+  }
 }
 
 TEST(SparseResult, without_members_has_the_lines_of_dense_points) {

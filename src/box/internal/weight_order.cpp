@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 #include <numeric>
 
 namespace morva {
@@ -24,6 +25,31 @@ std::vector<std::size_t> order_by_weight(std::span<double const> weights) {
     std::stable_sort(begin, zeros, is_heavier);
     std::stable_sort(negatives, end, is_heavier);
     begin = std::find_if_not(end, order.end(), is_nan);
+  }
+  return order;
+}
+
+std::vector<PlacedWeight> first_by_weight(std::vector<PlacedWeight> weights, std::size_t size,
+                                          std::size_t count) {
+  auto const is_heavier = [](PlacedWeight const& a, PlacedWeight const& b) {
+    return a.weight > b.weight;
+  };
+  std::vector<PlacedWeight> order;
+  std::copy_if(weights.begin(), weights.end(), std::back_inserter(order),
+               [](PlacedWeight const& one) { return one.weight > 0.0; });
+  std::stable_sort(order.begin(), order.end(), is_heavier);
+  auto next = weights.begin();
+  for (std::size_t position = 0; position < size && order.size() < count; ++position) {
+    bool const is_given = next != weights.end() && next->position == position;
+    PlacedWeight const one = is_given ? *next++ : PlacedWeight{position, 0.0};
+    if (one.weight == 0.0) {
+      order.push_back(one);
+    }
+  }
+  if (order.size() < count) {
+    std::erase_if(weights, [](PlacedWeight const& one) { return one.weight >= 0.0; });
+    std::stable_sort(weights.begin(), weights.end(), is_heavier);
+    order.insert(order.end(), weights.begin(), weights.end());
   }
   return order;
 }

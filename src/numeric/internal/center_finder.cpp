@@ -51,18 +51,45 @@ void append(double value, std::size_t column, std::vector<std::uint32_t>& column
   }
 }
 
-// The number of columns up to the last that a member has a value in, where marking those that are
-// used would cost more than walking over all of them; else 0.
-std::size_t columns_if_dense(std::span<SparsePoint const* const> members) {
+// The number of columns up to the last that a member has a value in, and of the values.
+struct Extent {
   std::size_t columns = 0;
   std::size_t values = 0;
+};
+
+Extent extent_of(std::span<SparsePoint const* const> members) {
+  Extent extent;
   for (SparsePoint const* member : members) {
     if (!member->columns.empty()) {
-      columns = std::max(columns, std::size_t{member->columns.back()} + 1);
-      values += member->values.size();
+      extent.columns = std::max(extent.columns, std::size_t{member->columns.back()} + 1);
+      extent.values += member->values.size();
     }
   }
-  return values >= columns / 2 ? columns : 0;
+  return extent;
+}
+
+// Without working memory for the columns.
+SparsePoint sorted_mean(long long n, std::span<SparsePoint const* const> adding, double divisor) {
+  std::vector<std::pair<std::uint32_t, double>> all;
+  for (SparsePoint const* member : adding) {
+    for (std::size_t i = 0; i < member->columns.size(); ++i) {
+      all.emplace_back(member->columns[i], member->values[i]);
+    }
+  }
+  // Within a column in the order of the members.
+  std::stable_sort(all.begin(), all.end(),
+                   [](auto const& a, auto const& b) { return a.first < b.first; });
+  std::vector<std::uint32_t> columns;
+  std::vector<double> values;
+  for (std::size_t i = 0; i < all.size();) {
+    std::uint32_t const column = all[i].first;
+    double sum = 0.0;
+    for (; i < all.size() && all[i].first == column; ++i) {
+      sum += all[i].second;
+    }
+    append(divisor == 0.0 ? sum : sum / divisor, column, columns, values);
+  }
+  return {std::max(n, 0LL), std::move(columns), std::move(values)};
 }
 
 }  // namespace
@@ -96,8 +123,17 @@ SparsePoint CenterFinder::mean(long long n, std::span<SparsePoint const* const> 
   std::vector<SparsePoint const*> adding;
   std::copy_if(members.begin(), members.end(), std::back_inserter(adding),
                [n](SparsePoint const* member) { return member->n == n; });
-  if (std::size_t const columns = columns_if_dense(adding); columns != 0) {
-    return dense_mean(n, columns, adding, divisor);
+  Extent const extent = extent_of(adding);
+  // Walking over all columns costs less than marking those that are used.
+  if (extent.columns != 0 && extent.values >= extent.columns / 2) {
+    return dense_mean(n, extent.columns, adding, divisor);
+  }
+  // Sorting few values costs less than working memory, which is not there yet.
+  constexpr std::size_t few_values = 4096;
+  constexpr std::size_t price_of_sorting = 64;
+  if (extent.values <= few_values &&
+      extent.columns > sums_.size() + price_of_sorting * extent.values) {
+    return sorted_mean(n, adding, divisor);
   }
   mark_columns(n, adding);
   sums_.resize(std::max(sums_.size(), marks_.size() * 64), 0.0);
