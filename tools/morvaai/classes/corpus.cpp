@@ -36,15 +36,9 @@ std::optional<HFeatureNode> node_of(std::string const& packed, HString const& pa
 
 FileReport extract(HString const& path, bool with_dna) {
   Document const document(path);
-  if (auto report = document.failure(path, false)) {
-    return *report;
-  }
   HFeatureNode record;
-  if (!HFileFeature::get_file_feature(document.parser(), record)) {
-    return no_dictionary(path, false);
-  }
-  if (record.vt_words.empty()) {
-    return no_words(path, false);
+  if (auto report = document.take_words(path, record)) {
+    return *report;
   }
   if (with_dna) {
     HFileDNA::get_file_dna(document.parser(), record.str_dna, nullptr, wide_length);

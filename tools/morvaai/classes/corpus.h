@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -31,6 +32,9 @@ struct Corpus {
   /// The others, in order.
   std::vector<Failure> failed;
   int status = all_done;
+  /// The processes that have read the same files and share the work on them; null where this one
+  /// works alone.
+  std::shared_ptr<HProcessGroup> group;
 };
 
 /// The files that failed, each with its outcome and the reason.

@@ -1,3 +1,4 @@
+#include <memory>
 #include <string>
 #include <utility>
 #include <vector>
@@ -7,12 +8,16 @@
 #include "boxes/box_classes.h"
 #include "boxes/box_store.h"
 
+#include "classes/class_ids.h"
 #include "classes/class_report.h"
 #include "classes/corpus.h"
 #include "classes/samples.h"
 #include "command_line/commands.h"
+#include "mpi/process_run.h"
 #include "report/report_classes.h"
 #include "report/report_page.h"
+#include "shards/shard_corpus.h"
+#include "shards/shard_error.h"
 #include "terminal/progress.h"
 
 namespace tool {
@@ -30,24 +35,44 @@ std::string wrong_use_of(LearnOptions const& options) {
   if (auto const refused = BoxStore::refuse_id(morvabs::from_path(options.box_id))) {
     return *refused;
   }
+  if (options.inputs.empty() && options.shards.empty()) {
+    return "name files or folders, or shards with --from";
+  }
+  if (options.mpi && options.shards.empty()) {
+    return "--mpi needs --from: morvaai extract makes shards of files, which all processes can "
+           "read";
+  }
   if (!options.by_folder) {
     return contradiction(options.how);
   }
   if (options.how.k || options.how.canopy_seeds) {
     return "-k and --canopy-seeds find classes, which --by-folder has already";
   }
-  if (std::string problem = no_folders_of_classes(options.inputs); !problem.empty()) {
-    return problem;
+  if (options.shards.empty()) {
+    if (std::string problem = no_folders_of_classes(options.inputs); !problem.empty()) {
+      return problem;
+    }
   }
   return misplaced_parameter(options.how);
+}
+
+// What is learnt from, with --from without the documents.
+Corpus read_learnt(LearnOptions const& options, Samples& samples) {
+  if (options.shards.empty()) {
+    samples = find_samples(options.inputs, options.by_folder);
+    return read_samples(samples, options.jobs);
+  }
+  std::vector<std::string> shards = options.shards;
+  shards.insert(shards.end(), options.inputs.begin(), options.inputs.end());
+  return corpus_of_shards(shards, options.by_folder ? &samples : nullptr);
 }
 
 // The classes that the folders are.
 Clustering take_folders(MethodOptions const& how, Samples const& samples, Corpus const& corpus) {
   Clustering run;
-  corpus.data.format_data(run.words, run.points);
+  take_words(corpus, run);
   run.clusters = members_by_folder(samples, corpus);
-  if (is_by_members(how)) {
+  if (run.failure.empty() && is_by_members(how)) {
     run.failure = too_large_for_box(how, run);
     if (run.failure.empty()) {
       choose_neighbourhood(how, run);
@@ -82,7 +107,7 @@ void warn_of_few_files(ClassReport::Class const& shown, int minpts) {
 }
 
 // A class, described; by folder it has a name.
-ClassReport::Class described(Clustering const& run, std::size_t index,
+ClassReport::Class described(HString const& box_id, Clustering const& run, std::size_t index,
                              std::vector<HString> const& names, Corpus const& corpus) {
   std::vector<int> const& members = run.clusters[index];
   HClusterResultBase record;
@@ -92,13 +117,14 @@ ClassReport::Class described(Clustering const& run, std::size_t index,
     record.str_class_name = names[index];
   }
   ClassReport::Class shown = shown_class(record, run.points, members, corpus);
-  shown.id = record.str_class_id;
+  shown.id = class_id(box_id, shown);
   return shown;
 }
 
 Learnt learnt_of(LearnOptions const& options, std::vector<HString> const& names,
                  Corpus const& corpus, Clustering run) {
   Learnt learnt;
+  HString const box_id = morvabs::from_path(options.box_id);
   learnt.report.method = options.how.method;
   learnt.report.parameters = run.parameters;
   learnt.report.file_count = corpus.files.size();
@@ -109,7 +135,7 @@ Learnt learnt_of(LearnOptions const& options, std::vector<HString> const& names,
   for (std::size_t i = 0; i < run.clusters.size(); ++i) {
     std::vector<int> const& members = run.clusters[i];
     ClassReport::Class const& shown =
-        learnt.report.classes.emplace_back(described(run, i, names, corpus));
+        learnt.report.classes.emplace_back(described(box_id, run, i, names, corpus));
     if (is_by_members(options.how)) {
       QXPDBScanNode& node = learnt.box.vt_dbscan_node.emplace_back(
           class_of_members(shown.id, shown.label, run.neighbourhood, run.points, members));
@@ -132,44 +158,46 @@ std::string unwritable_report(LearnOptions const& options) {
 }
 
 // Whether the report that is wanted could be written. The box is there by now.
-bool write_report_of(LearnOptions const& options, Learnt const& learnt, Corpus const& corpus,
-                     Clustering const& run) {
+bool write_report_of(LearnOptions const& options, Corpus const& corpus, Clustering const& run,
+                     ClassReport& shown) {
   if (!options.report) {
     return true;
   }
   HString const path = morvabs::from_path(*options.report);
-  auto const problem = write_report(path, report_of_learning(learnt.report, corpus, run).as_json());
-  if (problem) {
+  if (auto const problem = write_report(path, report_of_learning(shown, corpus, run).as_json())) {
     complain(*problem);
+    return false;
   }
-  return !problem;
+  shown.page = path;
+  return true;
 }
 
-}  // namespace
+// Why this machine could not take the box, or the report; empty where it can.
+std::string refusal_of(LearnOptions const& options) {
+  if (!options.force) {
+    if (auto const refused = BoxStore::refuse_replacing(morvabs::from_path(options.box_id))) {
+      return *refused;
+    }
+  }
+  return unwritable_report(options);
+}
 
-int run_learn(LearnOptions const& options) {
-  if (std::string const problem = wrong_use_of(options); !problem.empty()) {
-    complain(problem);
-    return wrong_use;
+// Why nothing can be learnt from the shards or files; empty where it can, and `corpus` is there.
+std::string read_learnt(LearnOptions const& options, Samples& samples, Corpus& corpus) {
+  try {
+    corpus = read_learnt(options, samples);
+  } catch (ShardError const& error) {
+    return error.what();
   }
-  HString const id = morvabs::from_path(options.box_id);
-  if (auto const refused = BoxStore::refuse_replacing(id); refused && !options.force) {
-    complain(*refused);
-    return some_failed;
-  }
-  if (std::string const problem = unwritable_report(options); !problem.empty()) {
-    complain(problem);
-    return some_failed;
-  }
-  Samples samples = find_samples(options.inputs, options.by_folder);
-  Corpus const corpus = read_samples(samples, options.jobs);
-  if (corpus.files.empty()) {
-    complain("there is nothing to learn from");
-    return some_failed;
-  }
-  Progress const progress("learning");
+  return corpus.files.empty() ? "there is nothing to learn from" : std::string();
+}
+
+Clustering find_classes(LearnOptions const& options, Samples& samples, Corpus const& corpus) {
   Clustering run = options.by_folder ? take_folders(options.how, samples, corpus)
                                      : cluster_corpus(options.how, corpus, false);
+  if (!is_first(corpus.group)) {
+    return run;
+  }
   drop_empty_classes(run, samples.class_names);
   if (run.failure.empty() && run.clusters.empty()) {
     run.failure = "no classes were found: morvaai suggest proposes other parameters";
@@ -177,22 +205,64 @@ int run_learn(LearnOptions const& options) {
   if (run.failure.empty()) {
     run.failure = too_large_for_box(options.how, run);
   }
-  if (!run.failure.empty()) {
-    complain(run.failure);
-    return some_failed;
-  }
+  return run;
+}
+
+// Puts the box in its place, and shows it.
+int write_box(LearnOptions const& options, Samples const& samples, Corpus const& corpus,
+              Clustering run) {
+  HString const id = morvabs::from_path(options.box_id);
   Clustering const reported = options.report ? run : Clustering();
-  progress.note("writing the box");
   Learnt learnt = learnt_of(options, samples.class_names, corpus, std::move(run));
   if (auto const problem = BoxStore::install(std::move(learnt.box), id, options.force)) {
     complain(*problem);
     return some_failed;
   }
   learnt.report.box = {id, BoxStore::file_of(id).value_or(HString())};
-  bool const is_reported = write_report_of(options, learnt, corpus, reported);
+  bool const is_reported = write_report_of(options, corpus, reported, learnt.report);
   bool const is_printed =
       options.json ? write_output(learnt.report.as_json()) : show(learnt.report.as_text());
   return is_reported && is_printed ? corpus.status : some_failed;
+}
+
+// One process, or one of a group, of which the first looks after box and report, and tells.
+int learn(LearnOptions const& options, std::shared_ptr<HProcessGroup> const& group) {
+  NoComplaints const others_are_silent(!is_first(group));
+  if (!all_go_on(group, wrong_use_of(options))) {
+    return wrong_use;
+  }
+  if (!all_go_on(group, is_first(group) ? refusal_of(options) : std::string())) {
+    return some_failed;
+  }
+  Samples samples;
+  Corpus corpus;
+  if (!all_go_on(group, read_learnt(options, samples, corpus))) {
+    return some_failed;
+  }
+  corpus.group = group;
+  Progress const progress("learning");
+  Clustering run = find_classes(options, samples, corpus);
+  if (!all_go_on(group, run.failure)) {
+    return some_failed;
+  }
+  if (!is_first(group)) {
+    return all_done;
+  }
+  progress.note("writing the box");
+  return write_box(options, samples, corpus, std::move(run));
+}
+
+}  // namespace
+
+int run_learn(LearnOptions const& options) {
+  if (!options.mpi) {
+    return learn(options, nullptr);
+  }
+  if (auto const refused = refuse_process_run()) {
+    complain(*refused);
+    return wrong_use;
+  }
+  return run_in_group([&options](auto const& group) { return learn(options, group); });
 }
 
 }  // namespace tool

@@ -76,9 +76,19 @@ std::string contradiction(MethodOptions const& options) {
   return {};
 }
 
+void take_words(Corpus const& corpus, Clustering& run) {
+  corpus.data.format_data(run.words, run.points);
+  if (!run.points.share_work(corpus.group)) {
+    run.failure = "the processes of this run have read different files: give all the same";
+  }
+}
+
 Clustering cluster_corpus(MethodOptions const& options, Corpus const& corpus, bool by_dna) {
   Clustering run;
-  corpus.data.format_data(run.words, run.points);
+  take_words(corpus, run);
+  if (!run.failure.empty()) {
+    return run;
+  }
   if (by_dna) {
     run.points = HSparsePoints(corpus.fingerprints);
   }

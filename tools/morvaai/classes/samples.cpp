@@ -11,21 +11,7 @@ namespace {
 void add_folder(HString folder, Samples& samples) {
   folder.dir_fit(true);
   for (HString const& file : files_in(folder, true)) {
-    HString inside = file;
-    inside.cut_first(folder.length());
-    std::vector<HString> steps;
-    inside.get_vt_str_by_sep(steps, L"/");
-    if (steps.size() < 2) {
-      samples.strays.push_back(file);
-      continue;
-    }
-    auto& names = samples.class_names;
-    auto const found = std::find(names.begin(), names.end(), steps.front());
-    samples.class_of_file.push_back(static_cast<std::size_t>(found - names.begin()));
-    if (found == names.end()) {
-      names.push_back(steps.front());
-    }
-    samples.files.push_back(file);
+    add_sample(file, folder.length(), samples);
   }
 }
 
@@ -43,6 +29,25 @@ std::vector<std::size_t> sizes_of(Samples const& samples) {
 }
 
 }  // namespace
+
+bool add_sample(HString const& file, int folder_length, Samples& samples) {
+  HString inside = file;
+  inside.cut_first(folder_length);
+  std::vector<HString> steps;
+  inside.get_vt_str_by_sep(steps, L"/");
+  if (steps.size() < 2) {
+    samples.strays.push_back(file);
+    return false;
+  }
+  auto& names = samples.class_names;
+  auto const found = std::find(names.begin(), names.end(), steps.front());
+  samples.class_of_file.push_back(static_cast<std::size_t>(found - names.begin()));
+  if (found == names.end()) {
+    names.push_back(steps.front());
+  }
+  samples.files.push_back(file);
+  return true;
+}
 
 std::string no_folders_of_classes(std::vector<std::string> const& inputs) {
   for (std::string const& input : inputs) {
@@ -102,12 +107,16 @@ Samples some_of(Samples const& samples, std::size_t most) {
 
 Corpus read_samples(Samples const& samples, std::size_t jobs, CorpusNeeds const& needs) {
   Corpus corpus = read_corpus(samples.files, jobs, needs);
+  fail_strays(samples, corpus);
+  return corpus;
+}
+
+void fail_strays(Samples const& samples, Corpus& corpus) {
   for (HString const& stray : samples.strays) {
     corpus.failed.push_back({stray, "in no sub-folder, and so in no class"});
     complain(printable(stray) + ": " + corpus.failed.back().reason);
     corpus.status = some_failed;
   }
-  return corpus;
 }
 
 std::vector<std::vector<int>> members_by_folder(Samples const& samples, Corpus const& corpus) {

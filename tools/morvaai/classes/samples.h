@@ -20,6 +20,10 @@ struct Samples {
   std::vector<HString> strays;
 };
 
+/// Adds a file to the class of the sub-folder that it lies in, below a folder whose name, with the
+/// slash at its end, has so many characters; false for one in no sub-folder, which is a stray.
+bool add_sample(HString const& file, int folder_length, Samples& samples);
+
 /// Why the inputs cannot be the folders whose sub-folders are classes; empty where they can.
 std::string no_folders_of_classes(std::vector<std::string> const& inputs);
 
@@ -36,6 +40,9 @@ Samples some_of(Samples const& samples, std::size_t most);
 
 /// Reads the samples; strays are told and count as failed.
 Corpus read_samples(Samples const& samples, std::size_t jobs, CorpusNeeds const& needs = {});
+
+/// Notes the strays as failed, and tells them.
+void fail_strays(Samples const& samples, Corpus& corpus);
 
 /// For each class the positions of its files in the corpus that was read of the samples.
 std::vector<std::vector<int>> members_by_folder(Samples const& samples, Corpus const& corpus);

@@ -7,6 +7,8 @@
 #include "command_line/commands.h"
 #include "documents/fingerprints.h"
 #include "documents/inputs.h"
+#include "shards/shard_corpus.h"
+#include "shards/shard_reader.h"
 #include "terminal/columns.h"
 #include "terminal/progress.h"
 #include "terminal/style.h"
@@ -158,25 +160,51 @@ bool print_pairs(Fingerprints const& all, SimilarOptions const& options) {
   return is_written && write_output(text);
 }
 
+// Takes those out of the paths that are shards.
+std::vector<std::string> take_shards(std::vector<std::string>& paths) {
+  auto const first = std::stable_partition(paths.begin(), paths.end(),
+                                           [](std::string const& path) { return !is_shard(path); });
+  std::vector<std::string> const shards(first, paths.end());
+  paths.erase(first, paths.end());
+  return shards;
+}
+
+// The fingerprints of lists, of shards, and of files. Behind --from, a file that is a shard is read
+// as one.
+Fingerprints read_all(SimilarOptions const& options) {
+  std::vector<std::string> lists = options.lists;
+  std::vector<std::string> inputs = options.inputs;
+  std::vector<std::string> shards = take_shards(lists);
+  if (!options.lists.empty()) {
+    std::vector<std::string> const others = take_shards(inputs);
+    shards.insert(shards.end(), others.begin(), others.end());
+  }
+  Fingerprints all;
+  for (std::string const& list : lists) {
+    load_fingerprints(list, all);
+  }
+  load_fingerprints_of_shards(shards, all);
+  if (!inputs.empty()) {
+    read_fingerprints(expand_inputs(inputs), options.jobs, all);
+  }
+  keep_first_of_each(all);
+  return all;
+}
+
 }  // namespace
 
 int run_similar(SimilarOptions const& options) {
-  if (options.inputs.empty() && !options.list) {
-    complain("name files or folders, or a list of fingerprints with --from");
+  if (options.inputs.empty() && options.lists.empty()) {
+    complain("name files or folders, or shards or a list of fingerprints with --from");
     return wrong_use;
   }
-  if (options.list == "-" && std::count(options.inputs.begin(), options.inputs.end(), "-") > 0) {
+  if (std::count(options.lists.begin(), options.lists.end(), "-") +
+          std::count(options.inputs.begin(), options.inputs.end(), "-") >
+      1) {
     complain("standard input can be the list of paths or that of fingerprints, not both");
     return wrong_use;
   }
-  Fingerprints all;
-  if (options.list) {
-    load_fingerprints(*options.list, all);
-  }
-  if (!options.inputs.empty()) {
-    read_fingerprints(expand_inputs(options.inputs), options.jobs, all);
-  }
-  keep_first_of_each(all);
+  Fingerprints const all = read_all(options);
   bool const is_printed = options.pairs ? print_pairs(all, options) : print_groups(all, options);
   return is_printed ? all.status : some_failed;
 }

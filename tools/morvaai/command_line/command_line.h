@@ -21,6 +21,8 @@ struct Commands {
   ClusterOptions cluster;
   std::string console_method;
   SuggestOptions suggest;
+  ExtractOptions extract;
+  MergeOptions merge;
   LearnOptions learn;
   MatchOptions match;
   ReportOptions report;

@@ -84,10 +84,11 @@ void add_similar(CLI::App& app, Commands& all) {
       ->check(CLI::Validator(&check_threshold, "NUMBER", "percentage"));
   command.add_flag("--pairs", all.similar.pairs, "Print each pair instead of groups");
   command
-      .add_option("--from", all.similar.list,
-                  "Also compare the fingerprints of a file that `morvaai dna --json` has written; "
-                  "- for standard input")
-      ->option_text("LIST");
+      .add_option("--from", all.similar.lists,
+                  "Also compare the fingerprints of a shard, behind which more may follow, or of a "
+                  "file that `morvaai dna --json` has written; - for standard input")
+      ->option_text("SHARD|LIST")
+      ->allow_extra_args(false);
   set_examples(command,
                {"morvaai similar samples/", "morvaai dna samples/ --json > samples.jsonl",
                 "morvaai similar --from samples.jsonl --threshold 80 --pairs"},
@@ -131,9 +132,49 @@ void add_suggest(CLI::App& app, Commands& all) {
   command.callback([&all] { all.status = run_suggest(all.suggest); });
 }
 
+CLI::Option& add_output_option(CLI::App& command, std::string& file) {
+  return *command.add_option("-o,--output", file, "The shard to write")
+              ->option_text("SHARD")
+              ->required();
+}
+
+void add_extract(CLI::App& app, Commands& all) {
+  CLI::App& command =
+      *add_command(app, "extract", "Words and fingerprints of files, into a shard for learn");
+  add_run_options(command, all.extract, "Print one JSON object");
+  add_output_option(command, all.extract.output);
+  command
+      .add_option("--part", all.extract.part,
+                  "Read only the I-th of N parts of the files, for N runs that share the work")
+      ->option_text("I/N")
+      ->default_str("1/1");
+  set_examples(command,
+               {"morvaai extract samples/ -o samples.shard",
+                "morvaai extract samples/ --part 1/4 -o part1.shard"},
+               "An interrupted run leaves SHARD.part: the same command goes on from there.");
+  command.callback([&all] { all.status = run_extract(all.extract); });
+}
+
+void add_merge(CLI::App& app, Commands& all) {
+  CLI::App& command = *add_command(app, "merge", "One shard from several");
+  take_any_number(*command.add_option("SHARD", all.merge.shards, "Shards")).required();
+  add_output_option(command, all.merge.output);
+  add_json_option(command, all.merge.json);
+  set_examples(command, {"morvaai merge part1.shard part2.shard -o all.shard"});
+  command.callback([&all] { all.status = run_merge(all.merge); });
+}
+
 void add_learn(CLI::App& app, Commands& all) {
   CLI::App& command = *add_command(app, "learn", "Learns classes from sample files, into a box");
   add_run_options(command, all.learn, "Print one JSON object");
+  command.get_option("FILE")->required(false);
+  command
+      .add_option("--from", all.learn.shards,
+                  "Learn from shards, which morvaai extract makes; more may follow")
+      ->option_text("SHARD")
+      ->allow_extra_args(false);
+  command.add_flag("--mpi", all.learn.mpi,
+                   "Share the work on the shards: for mpirun, which starts several of this");
   command.add_option("--box", all.learn.box_id, "Name of the new box, without slashes and dots")
       ->option_text("BOX")
       ->required();
@@ -197,6 +238,8 @@ void add_corpus_commands(CLI::App& app, Commands& all) {
   add_similar(app, all);
   add_cluster(app, all);
   add_suggest(app, all);
+  add_extract(app, all);
+  add_merge(app, all);
   add_learn(app, all);
   add_match(app, all);
   add_report(app, all);

@@ -38,8 +38,8 @@ struct SimilarOptions : RunOptions {
   double threshold = 90.0;
   /// Each pair, instead of the groups.
   bool pairs = false;
-  /// What `morvaai dna --json` has printed.
-  std::optional<std::string> list;
+  /// Shards, and what `morvaai dna --json` has printed.
+  std::vector<std::string> lists;
 };
 int run_similar(SimilarOptions const& options);
 
@@ -64,6 +64,22 @@ std::vector<std::string> cluster_method_names();
 /// `morvaai collect`: the records that the agent has of each file.
 int run_collect(RunOptions const& options);
 
+/// `morvaai extract`: what is needed of files without them, into a shard.
+struct ExtractOptions : RunOptions {
+  std::string output;
+  /// The part of all files that is to be read, as "2/8".
+  std::string part = "1/1";
+};
+int run_extract(ExtractOptions const& options);
+
+/// `morvaai merge`: one shard from several.
+struct MergeOptions {
+  std::vector<std::string> shards;
+  std::string output;
+  bool json = false;
+};
+int run_merge(MergeOptions const& options);
+
 /// `morvaai learn`: classes from files, into a box of this machine.
 struct LearnOptions : RunOptions {
   std::string box_id;
@@ -72,6 +88,10 @@ struct LearnOptions : RunOptions {
   bool by_folder = false;
   /// A box of that id may be replaced.
   bool force = false;
+  /// Shards in the place of files, those among `inputs` too.
+  std::vector<std::string> shards;
+  /// This is one of the processes that an MPI launcher has started.
+  bool mpi = false;
   /// File for a page about the classes.
   std::optional<std::string> report;
 };

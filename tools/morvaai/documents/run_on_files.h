@@ -95,6 +95,21 @@ inline constexpr char const* senseless_answer = "the answer of its worker proces
 /// something that is no failure.
 void complain(std::string const& problem);
 
+/// Where it holds, nothing is complained of while it lives: another process says the same.
+class NoComplaints {
+ public:
+  explicit NoComplaints(bool holds);
+  ~NoComplaints();
+  NoComplaints(NoComplaints const&) = delete;
+  NoComplaints& operator=(NoComplaints const&) = delete;
+
+ private:
+  friend void complain(std::string const& problem);
+
+  static inline bool holds_ = false;
+  bool before_;
+};
+
 /// Writes to standard output; false, with a message on standard error, when that fails. There is no
 /// message where nobody reads any more.
 bool write_output(std::string const& text);

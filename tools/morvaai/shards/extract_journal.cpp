@@ -1,0 +1,133 @@
+#include "shards/extract_journal.h"
+
+#include <utility>
+
+#include <sys/stat.h>
+
+#include "morvaai.h"
+
+#include "documents/run_on_files.h"
+#include "shards/byte_coding.h"
+#include "shards/checksum.h"
+#include "shards/record_coding.h"
+#include "shards/shard_error.h"
+#include "shards/shard_layout.h"
+
+namespace tool {
+
+namespace {
+
+constexpr std::size_t number_size = 8;
+// Length and checksum of what follows.
+constexpr std::size_t head_size = 4 + number_size;
+constexpr std::size_t stamp_size = 3 * number_size;
+
+std::uint64_t nanoseconds(timespec const& time) {
+  constexpr std::uint64_t in_a_second = 1000000000;
+  return static_cast<std::uint64_t>(time.tv_sec) * in_a_second +
+         static_cast<std::uint64_t>(time.tv_nsec);
+}
+
+}  // namespace
+
+FileStamp FileStamp::of(std::string const& path) {
+  struct stat status {};
+  if (stat(path.c_str(), &status) != 0) {
+    return {};
+  }
+  return {static_cast<std::uint64_t>(status.st_size), nanoseconds(status.st_mtim),
+          nanoseconds(status.st_ctim)};
+}
+
+struct ExtractJournal::Entry {
+  ShardRecord record;
+  FileStamp stamp;
+  std::uint64_t size = 0;
+};
+
+ExtractJournal::ExtractJournal(std::string path, std::string const& extraction)
+    : file_(std::move(path)) {
+  std::string const fixed = file_.read(0, ShardHeader::fixed_size);
+  std::string const begins = fixed.substr(0, journal_mark.size());
+  if (!journal_mark.starts_with(begins)) {
+    throw ShardError(file_.path(), "is in the way, and no unfinished shard; rename or remove it");
+  }
+  auto const size = header_size(journal_mark, fixed);
+  std::string const bytes = size ? file_.read(0, *size) : std::string();
+  auto const header = size == bytes.size() ? decode_header(bytes) : std::nullopt;
+  if (header && header->extraction == extraction) {
+    first_ = end_ = bytes.size();
+    return;
+  }
+  if (header) {
+    complain("warning: " + printable(morvabs::from_path(file_.path())) +
+             ": was begun with another version or dictionary; all is read anew");
+  }
+  begin(extraction);
+}
+
+void ExtractJournal::begin(std::string const& extraction) {
+  std::string const header = encode_header(journal_mark, {extraction});
+  file_.truncate(0);
+  file_.write(0, header);
+  first_ = end_ = header.size();
+}
+
+// False where there is none that is whole.
+bool ExtractJournal::read_entry(std::uint64_t place, Entry& entry) const {
+  std::string const head = file_.read(place, head_size);
+  ByteTaker taker(head);
+  std::uint64_t const size = taker.take_number(4);
+  std::uint64_t const checksum = taker.take_number(number_size);
+  if (!taker.is_good() || size < stamp_size || size > largest_block) {
+    return false;
+  }
+  std::string const body = file_.read(place + head_size, static_cast<std::size_t>(size));
+  if (body.size() != size || checksum_of(body) != checksum) {
+    return false;
+  }
+  ByteTaker numbers(body);
+  entry.stamp.size = numbers.take_number(number_size);
+  entry.stamp.content_changed = numbers.take_number(number_size);
+  entry.stamp.changed = numbers.take_number(number_size);
+  entry.size = head_size + size;
+  RecordDecoder decoder(std::string_view(body).substr(stamp_size));
+  return decoder.take(entry.record) && decoder.is_at_end();
+}
+
+void ExtractJournal::read(
+    std::function<void(ShardRecord const&, FileStamp const&, std::uint64_t)> const& take) {
+  Entry entry;
+  for (end_ = first_; read_entry(end_, entry); end_ += entry.size) {
+    take(entry.record, entry.stamp, end_);
+  }
+  file_.truncate(end_);
+}
+
+std::uint64_t ExtractJournal::add(ShardRecord const& record, FileStamp const& stamp) {
+  RecordEncoder encoder;
+  encoder.add(record);
+  std::string body;
+  put_number(body, stamp.size, number_size);
+  put_number(body, stamp.content_changed, number_size);
+  put_number(body, stamp.changed, number_size);
+  body += encoder.bytes();
+  std::string bytes;
+  put_number(bytes, body.size(), 4);
+  put_number(bytes, checksum_of(body), number_size);
+  bytes += body;
+  file_.write(end_, bytes);
+  return std::exchange(end_, end_ + bytes.size());
+}
+
+ShardRecord ExtractJournal::at(std::uint64_t place) const {
+  Entry entry;
+  if (!read_entry(place, entry)) {
+    throw ShardError(file_.path(),
+                     "was changed while it was in use; the same command again "
+                     "reads what is missing");
+  }
+  return std::move(entry.record);
+}
+
+}  // namespace tool

@@ -1,0 +1,103 @@
+#include "shards/extraction.h"
+
+#include <optional>
+#include <utility>
+
+#include "morvaai.h"
+
+#include "command_line/commands.h"
+#include "documents/document.h"
+#include "documents/word_record.h"
+
+namespace tool {
+
+namespace {
+
+// The outcome as a byte, then the words.
+FileReport extract(HString const& path) {
+  Document const document(path);
+  HFeatureNode words;
+  if (auto report = document.take_words(path, words)) {
+    return *report;
+  }
+  if (auto report = take_dna(document, path, narrow_dna, false, words.str_dna)) {
+    return *report;
+  }
+  WordRecord const record = {words.vt_words, words.vt_counts, words.vt_weight, words.str_dna};
+  return {static_cast<char>(outcome_code(document.outcome_name())) + pack(record),
+          document.incompleteness()};
+}
+
+ShardRecord failed_record(std::string path, std::string const& problem) {
+  ShardRecord record;
+  record.path = std::move(path);
+  auto [outcome, reason] = failure_of(problem);
+  record.outcome = std::move(outcome);
+  record.reason = std::move(reason);
+  return record;
+}
+
+// The reason why a document was not read to its end.
+std::string reason_in(std::string const& problem) {
+  return problem.starts_with(read_in_part) ? problem.substr(std::string_view(read_in_part).size())
+                                           : problem;
+}
+
+// The record that a worker has packed; nothing where it makes no sense.
+std::optional<ShardRecord> unpack(std::string path, FileReport const& report) {
+  auto const outcome = outcome_word(static_cast<std::uint8_t>(report.output.front()));
+  std::optional<WordRecord> const packed = unpack_record(std::string_view(report.output).substr(1));
+  if (!outcome || !packed || packed->words.empty()) {
+    return std::nullopt;
+  }
+  ShardRecord record;
+  record.path = std::move(path);
+  record.outcome = *outcome;
+  record.reason = reason_in(report.problem);
+  for (HString const& word : packed->words) {
+    record.words.push_back(utf8(word));
+  }
+  record.counts = packed->counts;
+  record.weights = packed->weights;
+  record.dna = utf8(packed->dna);
+  return is_storable(record) ? std::optional(std::move(record)) : std::nullopt;
+}
+
+}  // namespace
+
+std::string extraction_of_program() {
+  HString directory = Orlec::LocateMgr::pins()->get_dict_path(false);
+  HStutterDict::pins()->set_dict_path(directory);
+  if (!HStutterDict::pins()->is_exist_dict()) {
+    return {};
+  }
+  std::string extraction = "morvaai " + version_number();
+  directory.dir_fit(true);
+  for (wchar_t const* const name : {L"morvajieba.dict", L"user.dict", L"stop_words"}) {
+    HString md5;
+    if (HFileMD5::get_file_md5(directory + name, md5)) {
+      extraction += ", " + utf8(name) + " " + utf8(md5);
+    }
+  }
+  return extraction;
+}
+
+int extract_records(std::vector<HString> const& files, std::size_t jobs,
+                    std::function<void(std::size_t, ShardRecord)> const& take) {
+  return run_on_files(files, jobs, &extract, [&](std::size_t index, FileReport const& report) {
+    std::string path = morvabs::to_path(files[index]).value_or(std::string());
+    if (report.output.empty()) {
+      take(index, failed_record(std::move(path), report.problem));
+      return true;
+    }
+    if (auto record = unpack(path, report)) {
+      take(index, *std::move(record));
+      return true;
+    }
+    complain(printable(files[index]) + ": " + senseless_answer);
+    take(index, failed_record(std::move(path), senseless_answer));
+    return false;
+  });
+}
+
+}  // namespace tool

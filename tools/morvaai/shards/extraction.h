@@ -1,0 +1,22 @@
+#pragma once
+
+#include <cstddef>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "documents/run_on_files.h"
+#include "shards/shard_record.h"
+
+namespace tool {
+
+/// By what this program makes records, in one line: its version, and the MD5 of each file of the
+/// dictionary. Empty without a dictionary: then there is nothing to extract with.
+std::string extraction_of_program();
+
+/// Makes the records of the files in worker processes, as `run_on_files` does, and hands them to
+/// `take` in order of the files: one for each, those of files that failed too.
+int extract_records(std::vector<HString> const& files, std::size_t jobs,
+                    std::function<void(std::size_t, ShardRecord)> const& take);
+
+}  // namespace tool
