@@ -66,7 +66,8 @@ class Run(unittest.TestCase):
         self.jobs = jobs
         self.environment = os.environ | {
             "JOBS": str(jobs), "MORVAAI": str(PROGRAM), "PATH": f"{jobs}:{os.environ['PATH']}"}
-        self.environment.pop("MORVA_BOX_PATH", None)
+        for name in ["CPUS", "RANKS", "MORVA_BOX_PATH"]:
+            self.environment.pop(name, None)
 
     def submit(self, *words):
         return subprocess.run([SCRIPTS / "submit", *words], env=self.environment, capture_output=True, text=True)
@@ -100,6 +101,11 @@ class Run(unittest.TestCase):
         self.submit(self.run_folder, "2", self.documents)
         self.assertTrue((self.run_folder / "all.shard").exists(), (self.jobs / "log").read_text())
         self.assertEqual(first.stat().st_mtime_ns, before.st_mtime_ns)
+
+    def test_a_machine_without_the_folder_makes_no_shard(self):
+        self.submit(self.run_folder, "1", self.documents, self.folder / "elsewhere")
+        self.assertIn(f"{self.folder}/elsewhere is not there", (self.jobs / "log").read_text())
+        self.assertEqual(list((self.run_folder / "parts").iterdir()), [])
 
     def test_wrong_use_submits_nothing(self):
         for words in [[], [self.run_folder, "2"], [self.run_folder, "0", self.documents], [self.run_folder, "--", "2"]]:

@@ -16,7 +16,7 @@ SAMPLES = pathlib.Path(sys.argv[2])
 SCRIPTS = pathlib.Path(sys.argv[3])
 
 PARTS = 4
-RESUMED = "(?i)continu|resum|goes on|taken"  # to be said as extract says it
+RESUMED = "[1-9][0-9]* of an earlier run"
 DOCUMENTS = 1600  # so many that a task can be met in the middle
 LEARNING = ["--box", "kinds", "-m", "kmeans", "-k", "6"]
 LAUNCHERS = {"libmpi.so": "mpirun.openmpi", "libmpich.so": "mpirun.mpich"}
