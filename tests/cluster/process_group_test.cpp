@@ -1,3 +1,10 @@
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <deque>
+#include <memory>
+#include <vector>
+
 #include <gtest/gtest.h>
 
 #include "cluster/HSparseClusterMgr.h"
@@ -14,7 +21,7 @@ using reference::Matrix;
 using reference::RandomMatrix;
 using Clusters = std::vector<std::vector<int>>;
 
-constexpr int most_processes = 5;
+constexpr std::array group_sizes = {1, 2, 3, 5};
 
 // Rows as those of documents: of many words few each, some words in most of them, and some rows
 // that are equal.
@@ -39,7 +46,7 @@ Matrix documents(RandomMatrix& random, int count) {
 // Calls `check` for points of every kind, documents among them.
 template <typename Check>
 void for_all_points(std::uint64_t seed, Check const& check) {
-  test::for_random_points(4, seed, check);
+  test::for_random_points(2, seed, check);
   RandomMatrix random(seed);
   for (int const count : {40, 150}) {
     check(documents(random, count), random);
@@ -51,7 +58,7 @@ template <typename Work, typename IsSame>
 void expect_same_in_groups(std::vector<HPointN> const& points, Work const& work,
                            IsSame const& is_same_result) {
   auto const expected = work(HSparsePoints(points));
-  for (int size = 1; size <= most_processes; ++size) {
+  for (int const size : group_sizes) {
     auto const results = test::in_group(size, [&](std::shared_ptr<HProcessGroup> const& group) {
       HSparsePoints shared(points);
       shared.share_work(group);
@@ -82,7 +89,10 @@ TEST(ProcessGroup, finds_the_canopies_that_one_process_finds) {
 void expect_same_means(std::uint64_t seed, int rule, bool use_canopy) {
   test::UpdateRule const scope(rule);
   for_all_points(seed, [&](Matrix const& rows, RandomMatrix& random) {
-    int const k = random.integer(0, std::min(12, reference::count_of(rows) + 1));
+    // With canopies another number is searched for in up to 2,000 passes.
+    int const k = use_canopy && !random.one_in(4)
+                      ? 0
+                      : random.integer(0, std::min(12, reference::count_of(rows) + 1));
     expect_same_clusters(reference::to_points(rows), [&](HSparsePoints const& points) {
       Clusters found;
       HSparseClusterMgr::kmeans(points, k, found, use_canopy);
