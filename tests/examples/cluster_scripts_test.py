@@ -77,14 +77,15 @@ class Run(unittest.TestCase):
         return subprocess.run([PROGRAM, *words], env=self.environment | boxes, capture_output=True, text=True)
 
     def test_shard_and_box_are_those_of_a_single_machine(self):
-        learning = ["--box", "kinds", "-m", "dbscan", "--eps", "2", "--minpts", "1"]
+        learning = ["kinds", "-m", "dbscan", "--eps", "2", "--minpts", "1"]
         done = self.submit(self.run_folder, "2", self.documents, "--", *learning)
         self.assertEqual(done.returncode, 0, done.stderr)
 
         single = self.folder / "single.shard"
         self.morvaai("extract", self.documents, "-o", single)
-        self.morvaai("learn", "--from", single, *learning)
+        self.morvaai("learn", "--from", single, "--box", *learning)
         log = (self.jobs / "log").read_text()
+        self.assertTrue((self.jobs / "3.done").exists(), log)
         self.assertEqual((self.run_folder / "all.shard").read_bytes(), single.read_bytes(), log)
         self.assertEqual((self.run_folder / "boxes/kinds.box").read_bytes(),
                          (self.folder / "boxes/kinds.box").read_bytes(), log)
