@@ -92,7 +92,7 @@ class Session {
 // A launcher that has lost a process ends the others by this signal.
 void tell_end(int signal) {
   constexpr std::string_view line =
-      "morvaai: the run ends without a box: a process of it was lost, or it was told to end\n";
+      "morvaai: ended early: a process of the run was lost, or the run was told to end\n";
   [[maybe_unused]] ssize_t const written = write(STDERR_FILENO, line.data(), line.size());
   // The handler has been for one signal only: this one ends the program.
   raise(signal);
