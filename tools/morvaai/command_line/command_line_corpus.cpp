@@ -169,12 +169,10 @@ void add_learn(CLI::App& app, Commands& all) {
   add_run_options(command, all.learn, "Print one JSON object");
   command.get_option("FILE")->required(false);
   command
-      .add_option("--from", all.learn.shards,
-                  "Learn from shards, which morvaai extract makes; more may follow")
+      .add_option("--from", all.learn.shards, "Shards that morvaai extract made; more may follow")
       ->option_text("SHARD")
       ->allow_extra_args(false);
-  command.add_flag("--mpi", all.learn.mpi,
-                   "Share the work on the shards: for mpirun, which starts several of this");
+  command.add_flag("--mpi", all.learn.mpi, "Share the work: mpirun starts several of this command");
   command.add_option("--box", all.learn.box_id, "Name of the new box, without slashes and dots")
       ->option_text("BOX")
       ->required();
