@@ -182,6 +182,15 @@ class JsonOutput(unittest.TestCase):
         for box in ("again", "found"):
             self.run_program("box", "remove", box)
 
+    def test_shards(self):
+        first, second = self.folder / "first.shard", self.folder / "second.shard"
+        found = self.check("extract", "extract", *self.documents.all(), "-o", first, lines=1)
+        self.assertGreater(found[0]["failed_count"], 2)
+        self.check("extract", "extract", self.learning, "--part", "1/2", "-o", second, lines=1)
+        self.check("merge", "merge", first, second, "-o", self.folder / "all.shard", lines=1)
+        self.check("similar", "similar", "--from", first, second)
+        self.check("extract", "extract", first, "-o", self.documents.good, lines=0)
+
     def test_match(self):
         inputs = [self.learning, *self.documents.all()]
         for box in ("centers", "files"):

@@ -111,6 +111,8 @@ class Examples(unittest.TestCase):
             for box in ("demo", "company"):
                 self.run_in(scratch, f"morvaai learn {SAMPLES}/corpus/learn --by-folder --box {box}", self.prepared)
             self.run_in(scratch, f"morvaai dna {SAMPLES} --json > samples.jsonl", self.prepared)
+            for part in (1, 2):
+                self.run_in(scratch, f"morvaai extract {SAMPLES} --part {part}/2 -o part{part}.shard", self.prepared)
             with concurrent.futures.ThreadPoolExecutor(2) as pool:
                 results = list(pool.map(self.run_example, examples))
         self.assertEqual([result for result in results if result], [])
@@ -129,7 +131,8 @@ class Examples(unittest.TestCase):
             (folder / "received").mkdir()
             for file in ("company.box", "received/0815.box"):
                 shutil.copy(self.prepared / "company.box", folder / file)
-            shutil.copy(self.prepared.parent / "samples.jsonl", folder)
+            for file in ("samples.jsonl", "part1.shard", "part2.shard"):
+                shutil.copy(self.prepared.parent / file, folder)
             boxes = folder / "boxes"
             makes_box = " learn " in example or (" box add " in example and "--force" not in example)
             if not makes_box:

@@ -39,10 +39,7 @@ void add_commands(CLI::App& app, Commands& all) {
   add_corpus_commands(app, all);
   add_box_commands(app, all);
   add_program_commands(app, all);
-  set_examples(app,
-               {"morvaai learn samples/corpus/learn --by-folder --box demo",
-                "morvaai match samples/corpus/decide --box demo"},
-               "Exit status: 0 all done, 1 some failed, 2 wrong use.");
+  set_examples(app, {"morvaai learn samples/corpus/learn --by-folder --box demo"});
 }
 
 CLI::Option& take_any_number(CLI::Option& argument) {
