@@ -177,7 +177,9 @@ class Run(unittest.TestCase):
         launcher = next((name for library, name in LAUNCHERS.items() if library in linked), None)
         if launcher is None:
             self.skipTest("the program is built without MPI")
-        _, _, learn = self.submit("--", *LEARNING, RANKS="3", MPIRUN=launcher)
+        # More than a node has processors. Open MPI has to be told twice where the tests are run by root.
+        as_root = {"OMPI_ALLOW_RUN_AS_ROOT": "1", "OMPI_ALLOW_RUN_AS_ROOT_CONFIRM": "1"}
+        _, _, learn = self.submit("--", *LEARNING, RANKS="3", MPIRUN=launcher, **as_root)
         self.assertEqual(wait_for(learn), {"N/A": "COMPLETED"}, self.log("learn"))
         self.assertEqual((self.run_folder / "boxes/kinds.box").read_bytes(), (self.folder / "kinds.box").read_bytes())
 
