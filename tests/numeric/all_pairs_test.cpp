@@ -164,7 +164,7 @@ DistanceTable table_of(Kind const& kind, std::size_t size, std::uint64_t seed) {
 template <typename Check>
 void for_tables(Check const& check) {
   for (Kind const& kind : kinds()) {
-    for (std::size_t const size : {2, 3, 9, 40, 530}) {
+    for (std::size_t const size : {2U, 3U, 9U, 40U, 530U}) {
       DistanceTable const table = table_of(kind, size, size);
       SCOPED_TRACE(kind.name + ", " + std::to_string(size));
       ASSERT_TRUE(size < 9 || table.has_sparse_bounds());

@@ -10,6 +10,7 @@
 #include "numeric/internal/ascending.h"
 #include "numeric/internal/distance_sum.h"
 #include "numeric/internal/float_search.h"
+#include "numeric/internal/inverted_search.h"
 #include "numeric/internal/list_states.h"
 #include "numeric/internal/no_distance.h"
 #include "numeric/internal/norm_search.h"
@@ -24,6 +25,7 @@ constexpr double root_slack = 4.0 * std::numeric_limits<double>::epsilon();
 constexpr double no_distance_squared = no_distance * no_distance;
 // So many share the way of the points through the cache.
 constexpr std::size_t rows_at_once = 16;
+constexpr std::size_t least_indexed = 512;
 
 std::size_t value_count(std::vector<SparsePoint> const& points) {
   return std::accumulate(
@@ -98,6 +100,7 @@ std::variant<Postings, Lanes> const& DistanceTable::columns() const {
 
 void DistanceTable::release_columns() const {
   columns_.reset();
+  index_.reset();
   own_points_.reset();
 }
 
@@ -123,6 +126,13 @@ FloatLanes const* DistanceTable::floats() const {
     floats_.emplace(points_, points_.front().n, FloatLanes::scale_for(points_));
   }
   return floats_ ? &*floats_ : nullptr;
+}
+
+InvertedIndex const* DistanceTable::index() const {
+  if (!index_ && has_sparse_bounds() && size() >= least_indexed) {
+    index_.emplace(points_);
+  }
+  return index_ ? &*index_ : nullptr;
 }
 
 void DistanceTable::mark_unequal(SparsePoint const& x, std::size_t first, std::span<double> out,
@@ -434,6 +444,9 @@ std::optional<FoundPair> closest_pair(DistanceTable const& table) {
   if (FloatLanes const* floats = table.floats()) {
     return FloatSearch(table, *floats).closest_pair();
   }
+  if (InvertedIndex const* index = table.index()) {
+    return InvertedSearch(table, *index).closest_pair({0, table.size()});
+  }
   std::optional<FoundPair> result;
   for (std::size_t i = 0; i + 1 < table.size(); ++i) {
     double const ceiling = result ? result->distance : no_distance;
@@ -450,6 +463,10 @@ void for_each_neighbourhood(DistanceTable const& table, double limit, DistanceTa
   FloatLanes const* floats = limit >= 0.0 ? table.floats() : nullptr;
   if (floats != nullptr) {
     FloatSearch(table, *floats).neighbours(rows, limit, border, visit);
+    return;
+  }
+  if (InvertedIndex const* index = table.index()) {
+    InvertedSearch(table, *index).neighbours(rows, limit, border, visit);
     return;
   }
   std::vector<char> states(table.size());
@@ -469,6 +486,9 @@ std::vector<std::vector<double>> smallest_distances(DistanceTable const& table, 
   if (FloatLanes const* floats = table.floats()) {
     return FloatSearch(table, *floats).smallest_distances(rows, count);
   }
+  if (InvertedIndex const* index = table.index()) {
+    return InvertedSearch(table, *index).smallest_distances(rows, count);
+  }
   std::vector<std::vector<double>> result;
   result.reserve(rows.size());
   for (std::size_t i = rows.begin; i < rows.end; ++i) {
@@ -481,6 +501,9 @@ std::vector<double> greatest_within(DistanceTable const& table, double limit, Ro
   rows = rows.up_to(table.size());
   if (FloatLanes const* floats = table.floats(); floats != nullptr && limit >= 0.0) {
     return FloatSearch(table, *floats).greatest_within(rows, limit);
+  }
+  if (InvertedIndex const* index = table.index()) {
+    return InvertedSearch(table, *index).greatest_within(rows, limit);
   }
   std::vector<double> result;
   result.reserve(rows.size());

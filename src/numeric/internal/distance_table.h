@@ -12,6 +12,7 @@
 
 #include "numeric/HProcessGroup.h"
 #include "numeric/internal/float_lanes.h"
+#include "numeric/internal/inverted_index.h"
 #include "numeric/internal/lanes.h"
 #include "numeric/internal/postings.h"
 #include "numeric/internal/rows.h"
@@ -62,6 +63,9 @@ class DistanceTable {
 
   /// Bounds in single precision; null where few coordinates are not zero, or no bounds hold.
   FloatLanes const* floats() const;
+  /// The points by their coordinates; null where few are zero, no bounds hold, or there are so few
+  /// points that looking at each is no slower.
+  InvertedIndex const* index() const;
 
   /// Distances, and cosine similarities, of `x` and the points from `first` on.
   void distances(SparsePoint const& x, std::size_t first, std::span<double> out) const;
@@ -113,6 +117,7 @@ class DistanceTable {
   std::vector<SquareBounds::Part> bound_parts_;
   mutable std::optional<std::variant<Postings, Lanes>> columns_;
   mutable std::optional<FloatLanes> floats_;
+  mutable std::optional<InvertedIndex> index_;
   mutable std::shared_ptr<HProcessGroup> group_;
   mutable std::unique_ptr<DistanceTable const> own_points_;
   bool is_uniform_ = true;
