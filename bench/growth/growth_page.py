@@ -34,7 +34,7 @@ def render(raw, target):
     for name, (title, rows) in TITLES.items():
         parts += section(name, title, of_rows(found, rows), rows, folder)
     parts += ["## What is exact, and why\n", text["exact"].lstrip(), same(results)]
-    parts += ["## Beyond\n", text["outlook"].lstrip(), beyond(found, results), text["machines"].lstrip(),
+    parts += ["## Beyond\n", text["outlook"].lstrip(), beyond(found, results), held(results), text["machines"].lstrip(),
               "## What stops the next factor of ten\n", text["stops"].lstrip(), left_out(results)]
     target.write_text("\n".join(part for part in parts if part.strip()).rstrip() + "\n", encoding="utf-8")
 
@@ -126,7 +126,7 @@ def beyond(found, results):
             lines.append(carried(f"{title}: {rows[operation]}", times, outlook.in_hours))
         for (operation, _), ones in lines_of(measured).items():
             memory = [(one.size, one.memory) for one in ones if one.memory]
-            lines.append(carried(f"{title}: memory of {rows[operation]}", memory, outlook.in_bytes))
+            lines.append(carried(f"{title}: memory of {rows[operation]}", memory, outlook.in_bytes, curve=outlook.Line))
     lines += [carried(name, counted(results, *where), words, least) for name, where, words, least in (
         ("Documents", ("files", "bytes"), outlook.in_bytes, 1.0), ("Shard", ("shard", "bytes"), outlook.in_bytes, 1.0),
         ("Vocabulary", ("points", "vocabulary"), outlook.in_count, 0.0),
@@ -137,8 +137,31 @@ def beyond(found, results):
     return page.table(heads, lines, numbers_from=1) if lines else ""
 
 
-def carried(name, points, words, least=1.0):
-    power = outlook.Power.of(points)
+def held(results):
+    """What the forms in memory and the exchanges of processes come to, by what was counted."""
+    words = outlook.Power.of(counted(results, "points", "words"))
+    lines = []
+    if words:
+        lines.append(["Points in the memory of each process: 24 bytes a word of a document",
+                      *(outlook.in_bytes(24.0 * words.at(target)) for target in outlook.TARGETS)])
+    for name, key in ("given", "neighbours_given"), ("estimated", "neighbours_auto"):
+        neighbours = outlook.Power.of(counted(results, "points", key))
+        if neighbours:
+            each = [max(neighbours.at(target, 0.0), 0.0) for target in outlook.TARGETS]
+            lines.append([f"Neighbours of all, eps {name}: 4 bytes each, at most a bit for each pair of documents",
+                          *(outlook.in_bytes(min(target * (12.0 + 4.0 * near), target**2 / 8.0))
+                            for target, near in zip(outlook.TARGETS, each))])
+            lines.append([f"DBSCAN, eps {name}: what each process gets from the others, 4 bytes a pair",
+                          *(outlook.in_bytes(2.0 * target * near) for target, near in zip(outlook.TARGETS, each))])
+    if words:
+        lines.append(["K-means: what each process gets in an iteration, 8 bytes a document, and the means",
+                      *(outlook.in_bytes(8.0 * target) for target in outlook.TARGETS)])
+    heads = ["By count", *(f"{target // 1_000_000} million" for target in outlook.TARGETS)]
+    return page.table(heads, lines, numbers_from=1) if lines else ""
+
+
+def carried(name, points, words, least=1.0, curve=outlook.Power):
+    power = curve.of(points)
     if power is None:
         return None
     return [name, f"{power.size:,.0f}", f"{power.exponent:.2f}",

@@ -2,6 +2,7 @@
 
 import dataclasses
 import math
+import statistics
 
 import summary
 
@@ -27,6 +28,27 @@ class Power:
     def at(self, size, least=1.0):
         """Time and bytes grow at least in proportion, whatever the costs of small sizes make of it."""
         return self.value * (size / self.size) ** max(self.exponent, least)
+
+
+@dataclasses.dataclass(frozen=True)
+class Line(Power):
+    """What begins with a constant share, as memory does: the slope of the greatest sizes goes on. What grows more
+    than in proportion is a power all the same."""
+
+    slope: float
+
+    @classmethod
+    def of(cls, points):
+        power = Power.of(points)
+        if power is None:
+            return None
+        slope = statistics.linear_regression(*zip(*last_octaves(points))).slope
+        return cls(power.size, power.value, power.exponent, max(slope, 0.0))
+
+    def at(self, size, least=1.0):
+        if self.exponent > 1.1:
+            return super().at(size, least)
+        return self.value + self.slope * (size - self.size)
 
 
 def last_octaves(points):

@@ -65,19 +65,16 @@ class Run:
         size = sum(path.stat().st_size for folder in self.inputs for path in folder.iterdir())
         self.setting.records.note(f"corpus/files/{self.size}", bytes=size)
 
-    def step(self, name, command, **more):
-        """Measures a step, several times if it is short; whether that was done."""
+    def step(self, name, command, makes=None, **more):
+        """Measures a step, several times if it is short; whether that was done. What it makes has to be there then."""
         refused = self.setting.schedule.refuses(name, self.size)
         if refused:
             self.setting.records.missing(f"{name}/{self.size}", refused)
             return False
         runs = []
         try:
-            for _ in range(SHORT_ROUNDS):
-                runs.append(self.commands.run(command(), self.setting.schedule.longest(), good=(0, 1),
-                                              environment={"MORVA_BOX_PATH": str(self.folder)}, **more))
-                if runs[-1].seconds > SHORT_SECONDS:
-                    break
+            while len(runs) < SHORT_ROUNDS and (not runs or runs[-1].seconds < SHORT_SECONDS):
+                runs.append(self.run_once(command, makes, **more))
         except commands.Failed as failure:
             self.setting.records.missing(f"{name}/{self.size}", str(failure))
             return False
@@ -85,67 +82,54 @@ class Run:
         commands.add_runs(self.setting.records, f"{name}/{self.size}", runs, items=self.size)
         return True
 
-    def extract(self):
-        def command(jobs):
-            def fresh():
-                self.shard.unlink(missing_ok=True)
-                return [self.program, "extract", *self.inputs, "-o", self.shard, "-j", jobs]
-            return fresh
+    def run_once(self, command, makes, **more):
+        """Some documents are broken, which is no failure of a run that makes what it should."""
+        if makes:
+            makes.unlink(missing_ok=True)
+        run = self.commands.run(command, self.setting.schedule.longest(), good=(0, 1),
+                                environment={"MORVA_BOX_PATH": str(self.folder)}, **more)
+        if makes and not makes.exists():
+            raise commands.Failed(run.errors.rpartition("\n")[2] or f"{makes.name} was not written")
+        return run
 
-        done = [self.step(f"extract/morvaai -j {jobs}", command(jobs), all_processes=True) for jobs in (1, 2)]
-        if not any(done) or not self.shard.exists():
+    def extract(self):
+        done = [self.step(f"extract/morvaai -j {jobs}", [self.program, "extract", *self.inputs, "-o", self.shard, "-j",
+                                                         jobs], self.shard, all_processes=True) for jobs in (1, 2)]
+        if not any(done):
             raise Unable("without a shard nothing else is measured")
         self.setting.records.note(f"corpus/shard/{self.size}", bytes=self.shard.stat().st_size)
 
     def merge(self):
         """Of as many parts as there might be machines; the result must be what one run gave."""
-        parts = [self.folder / f"part-{number}.shard" for number in range(1, PARTS + 1)]
-        merged = self.folder / "merged.shard"
-
-        def command():
-            merged.unlink(missing_ok=True)
-            return [self.program, "merge", *parts, "-o", merged]
-
         if self.setting.schedule.refuses("extract/morvaai -j 2", self.size):
             self.setting.records.missing(f"merge/morvaai/{self.size}", "left out: its parts would take too long")
             return
+        parts = [self.folder / f"part-{number}.shard" for number in range(1, PARTS + 1)]
         for number, part in enumerate(parts, 1):
             subprocess.run([self.program, "extract", *self.inputs, "-o", part, "--part", f"{number}/{PARTS}", "-j",
                             "2"], stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, check=False)
-        if self.step("merge/morvaai", command):
+        merged = self.folder / "merged.shard"
+        if self.step("merge/morvaai", [self.program, "merge", *parts, "-o", merged], merged):
             self.same("shard", {"extracted": digest_of_file(self.shard), f"merged of {PARTS}": digest_of_file(merged)})
 
     def similar(self):
-        self.step("similar/morvaai", lambda: [self.program, "similar", "--from", self.shard])
+        self.step("similar/morvaai", [self.program, "similar", "--from", self.shard])
 
     def learn(self, with_plain):
         for name, options in LEARN.items():
-            digests = {}
-            if self.step(f"{name}/morvaai", lambda: self.learning(name, options)):
-                digests["one process"] = self.box_digest(name)
-            if self.setting.has_mpi() and self.step(f"{name}/morvaai {RANKS} ranks", lambda: [
-                    "mpirun", "-n", RANKS, *self.learning(name, options), "--mpi"], all_processes=True):
-                digests[f"{RANKS} ranks"] = self.box_digest(name)
-            if with_plain and digests:
-                digests["plain, from documents"] = self.plain_digest(name, options)
-            self.same(name, {key: digest for key, digest in digests.items() if digest})
-
-    def learning(self, name, options):
-        return [self.program, "learn", "--from", self.shard, "--box", name, "--force", *options]
-
-    def plain_digest(self, name, options):
-        """Of the box that all pairs give; a step of its own, whose time has the reading of documents in it."""
-        program = self.setting.plain / "bin/morvaai"
-        done = self.step(f"documents-{name}/plain", lambda: [
-            program, "learn", *self.inputs, "--box", name, "--force", "-j", "2", *options])
-        return self.box_digest(name) if done else None
-
-    def box_digest(self, name):
-        """Of all that a box holds but for the identifiers of its classes, which are new each time, and with them the
-        checksum in front."""
-        path = self.folder / f"{name}.box"
-        content = path.read_bytes()[BOX_HEAD:] if path.exists() else b""
-        return hashlib.sha256(IDENTIFIER.sub(b"", content)).hexdigest() if content else None
+            box = self.folder / f"{name}.box"
+            learning = ["learn", "--from", self.shard, "--box", name, "--force", *options]
+            wanted = {"one process": (f"{name}/morvaai", [self.program, *learning], False)}
+            if self.setting.has_mpi():
+                wanted[f"{RANKS} ranks"] = (f"{name}/morvaai {RANKS} ranks", [
+                    "mpirun", "-n", RANKS, self.program, *learning, "--mpi"], True)
+            if with_plain:
+                # Its time has the reading of the documents in it.
+                wanted["plain, from documents"] = (f"documents-{name}/plain", [
+                    self.setting.plain / "bin/morvaai", "learn", *self.inputs, "--box", name, "--force", "-j", "2",
+                    *options], True)
+            self.same(name, {key: digest_of_box(box) for key, (step, command, all_processes) in wanted.items()
+                             if self.step(step, command, box, all_processes=all_processes)})
 
     def same(self, what, digests):
         if len(digests) > 1:
@@ -155,3 +139,9 @@ class Run:
 def digest_of_file(path):
     with path.open("rb") as file:
         return hashlib.file_digest(file, "sha256").hexdigest()
+
+
+def digest_of_box(path):
+    """Of all that a box holds but for the identifiers of its classes, which were new each time before, and with them
+    the checksum in front."""
+    return hashlib.sha256(IDENTIFIER.sub(b"", path.read_bytes()[BOX_HEAD:])).hexdigest()

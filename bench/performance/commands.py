@@ -20,12 +20,14 @@ class Failed(Exception):
 
 @dataclasses.dataclass
 class Run:
-    """What one command took; the proportional bytes only where all processes were watched."""
+    """What one command took, the proportional bytes only where all processes were watched; and the end of what it
+    said on standard error."""
 
     seconds: float
     cpu_seconds: float
     peak_bytes: int
     proportional_bytes: int = 0
+    errors: str = ""
 
     @classmethod
     def sum(cls, runs):
@@ -98,7 +100,7 @@ class Commands:
         status = told.pop("status")
         if status not in good:
             raise Failed(f"{command[0]} ended with {status}: {errors[-200:].strip()}")
-        return Run(**told, proportional_bytes=highest)
+        return Run(**told, proportional_bytes=highest, errors=errors[-200:].strip())
 
     @staticmethod
     def _wait(process, limit):

@@ -55,6 +55,10 @@ class Outlook(unittest.TestCase):
         power = outlook.Power.of([(1000.0, 5.0), (2000.0, 5.0), (4000.0, 5.0)])
         self.assertAlmostEqual(power.at(8000), 10.0)
 
+    def test_memory_keeps_its_constant_share(self):
+        line = outlook.Line.of([(size, 1e6 + 10.0 * size) for size in (1000.0, 2000.0, 4000.0)])
+        self.assertAlmostEqual(line.at(1e6), 1.1e7)
+
     def test_hours_are_in_the_unit_that_suits(self):
         self.assertEqual([outlook.in_hours(seconds) for seconds in (30, 3600 * 5, 3600 * 24 * 400)],
                          ["30.0 s", "5.00 h", "400 days"])
