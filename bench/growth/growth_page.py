@@ -18,6 +18,10 @@ PROGRAM = {"extract": "`extract`", "merge": "`merge`, 4 parts", "similar": "`sim
            "learn-kmeans-20": "`learn --from`, K-means, k 20", "learn-kmeans-100": "K-means, k 100",
            "learn-canopy-seeds": "K-means, canopy seeds", "learn-dbscan-auto": "DBSCAN, eps estimated",
            "learn-dbscan-given": "DBSCAN, eps given"}
+# Where the table of machines is of: documents, and on how many of them.
+MACHINES = dict(zip(outlook.TARGETS, (1, 4, 16)))
+PROCESSORS, MEMORY = 64, 256e9
+LEARNT = ["learn-kmeans-20", "learn-kmeans-100", "learn-dbscan-given"]
 TITLES = {"points": ("Points", POINTS), "program": ("Files and shards", PROGRAM)}
 
 
@@ -34,7 +38,8 @@ def render(raw, target):
     for name, (title, rows) in TITLES.items():
         parts += section(name, title, of_rows(found, rows), rows, folder)
     parts += ["## What is exact, and why\n", text["exact"].lstrip(), same(results)]
-    parts += ["## Beyond\n", text["outlook"].lstrip(), beyond(found, results), held(results), text["machines"].lstrip(),
+    parts += ["## Beyond\n", text["outlook"].lstrip(), beyond(found, results), held(results),
+              text["machines"].lstrip(), layout(found),
               "## What stops the next factor of ten\n", text["stops"].lstrip(), left_out(results)]
     target.write_text("\n".join(part for part in parts if part.strip()).rstrip() + "\n", encoding="utf-8")
 
@@ -47,8 +52,12 @@ def of_rows(found, rows):
 def section(name, title, found, rows, folder):
     if not found:
         return
+    several = {one.operation for one in found if one.candidate not in ("morvaai", "plain")}
     yield f"## {title}\n"
     yield by_size("Processor time", found, rows, processor_time, summary.in_seconds)
+    if several:
+        yield by_size("Wall time", [one for one in found if one.operation in several], rows, lambda one: one.seconds,
+                      summary.in_seconds)
     yield by_size("Peak memory", found, rows, lambda one: one.memory, summary.in_bytes)
     panels = {(rows[operation].replace("`", ""), ""): candidates
               for (operation, _), candidates in summary.curves(found).items()}
@@ -134,6 +143,39 @@ def beyond(found, results):
         ("Neighbours of a document, eps estimated", ("points", "neighbours_auto"), outlook.in_count, 0.0))]
     lines = [line for line in lines if line]
     heads = ["Carried on", "from", "exponent", *(f"{target // 1_000_000} million" for target in outlook.TARGETS)]
+    return page.table(heads, lines, numbers_from=1) if lines else ""
+
+
+def layout(found):
+    """On how many machines of which size what takes how long."""
+    def of(operation, candidate, value, curve):
+        return curve.of([(one.size, value(one)) for one in found if (one.operation, one.candidate) ==
+                         (operation, candidate) and value(one)])
+
+    def line(name, power, words):
+        return [name, *(words(power.at(target), machines) for target, machines in MACHINES.items())]
+
+    lines = []
+    extract = of("extract", "morvaai -j 1", processor_time, outlook.Power)
+    if extract:
+        lines.append(line("`extract`, all processors", extract, lambda seconds, machines: outlook.in_hours(
+            seconds / (machines * PROCESSORS))))
+    for operation in "merge", "similar":
+        power = of(operation, "morvaai", processor_time, outlook.Power)
+        if power:
+            lines.append(line(PROGRAM[operation] + ", one process", power, lambda seconds, _: outlook.in_hours(seconds)))
+    for operation in LEARNT:
+        time = of(operation, "morvaai", processor_time, outlook.Power)
+        memory = of(operation, "morvaai", lambda one: one.memory, outlook.Line)
+        if time and memory:
+            name = f"learn, {PROGRAM[operation].rpartition('`, ')[2]}"
+            lines.append(line(f"{name}: processes that a machine has room for", memory, lambda size, _: str(
+                min(int(MEMORY / size), PROCESSORS)) if size <= MEMORY else "none"))
+            lines.append([f"{name}: if all divides among them", *(
+                outlook.in_hours(time.at(target) / (machines * min(int(MEMORY / memory.at(target)), PROCESSORS)))
+                if memory.at(target) <= MEMORY else "-" for target, machines in MACHINES.items())])
+    heads = [f"Machines of {PROCESSORS} processors and {MEMORY / 1e9:.0f} GB",
+             *(f"{target // 1_000_000} million on {machines}" for target, machines in MACHINES.items())]
     return page.table(heads, lines, numbers_from=1) if lines else ""
 
 
