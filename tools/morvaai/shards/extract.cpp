@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <limits>
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -11,6 +12,7 @@
 #include "documents/document.h"
 #include "shards/extract_journal.h"
 #include "shards/extraction.h"
+#include "shards/shard_error.h"
 #include "shards/shard_inputs.h"
 #include "shards/shard_summary.h"
 #include "shards/shard_writer.h"
@@ -89,6 +91,20 @@ class Extraction {
   ExtractJournal journal_;
 };
 
+// Nothing where it did not come to its end: what was read until then is kept.
+std::optional<WrittenShard> finish(Extraction& run, std::size_t jobs) {
+  try {
+    run.read_rest(jobs);
+    if (run.is_complete()) {
+      return run.write();
+    }
+  } catch (ShardError const& error) {
+    complain(std::string(error.what()) +
+             "; what was read is kept, and the same command goes on from there");
+  }
+  return std::nullopt;
+}
+
 bool print_summary(ExtractOptions const& options, Part const& part, WrittenShard const& written,
                    std::size_t resumed) {
   if (!options.json) {
@@ -120,13 +136,12 @@ int run_extract(ExtractOptions const& options) {
   Extraction run(shard_inputs(options.inputs, *part, options.output, refused), options.output,
                  extraction);
   std::size_t const resumed = run.resume();
-  run.read_rest(options.jobs);
-  if (!run.is_complete()) {
+  auto const written = finish(run, options.jobs);
+  if (!written) {
     return some_failed;
   }
-  WrittenShard const written = run.write();
-  bool const is_printed = print_summary(options, *part, written, resumed);
-  bool const is_whole = written.totals.failed + written.totals.partial + refused == 0;
+  bool const is_printed = print_summary(options, *part, *written, resumed);
+  bool const is_whole = written->totals.failed + written->totals.partial + refused == 0;
   return is_printed && is_whole ? all_done : some_failed;
 }
 
