@@ -15,6 +15,7 @@
 #include "numeric/internal/center_finder.h"
 #include "numeric/internal/distance_table.h"
 #include "numeric/internal/divided_search.h"
+#include "numeric/internal/nearest_means.h"
 #include "numeric/internal/no_distance.h"
 #include "numeric/internal/ranked_columns.h"
 
@@ -53,7 +54,8 @@ std::vector<SparsePoint> moved_means(morva::CenterFinder& finder, DistanceTable 
 // Assigns the first `count` points to the nearest of the first `mean_count` means; each mean has
 // its key.
 HClusterKMeans::ClusterMap assign(DistanceTable const& points, std::size_t count,
-                                  std::vector<SparsePoint>& means, std::size_t mean_count) {
+                                  std::vector<SparsePoint>& means, std::size_t mean_count,
+                                  morva::NearestMeans& search) {
   HClusterKMeans::ClusterMap clusters;
   for (std::size_t mean = 0; mean < means.size(); ++mean) {
     clusters[static_cast<int>(mean)];
@@ -63,7 +65,8 @@ HClusterKMeans::ClusterMap assign(DistanceTable const& points, std::size_t count
                                   std::make_move_iterator(means.end()));
   means.erase(used, means.end());
   DistanceTable table(std::move(means), points.form());
-  std::vector<std::size_t> const nearest = morva::divided::find_nearest(table, points, count);
+  std::vector<std::size_t> const nearest =
+      morva::divided::find_nearest(table, points, count, search);
   for (std::size_t i = 0; i < count; ++i) {
     clusters[static_cast<int>(nearest[i])].push_back(static_cast<int>(i));
   }
@@ -77,9 +80,15 @@ class MeanMover {
  public:
   MeanMover(DistanceTable const& points, std::size_t count, std::vector<SparsePoint> means,
             std::size_t mean_count)
-      : points_(points), count_(count), means_(std::move(means)), mean_count_(mean_count) {}
+      : points_(points),
+        count_(count),
+        means_(std::move(means)),
+        mean_count_(mean_count),
+        search_(points) {}
 
-  HClusterKMeans::ClusterMap assign() { return ::assign(points_, count_, means_, mean_count_); }
+  HClusterKMeans::ClusterMap assign() {
+    return ::assign(points_, count_, means_, mean_count_, search_);
+  }
 
   // Moves the means as `gi_K_ClusterType` says; the same members have the same mean.
   void move(HClusterKMeans::ClusterMap const& clusters,
@@ -145,6 +154,7 @@ class MeanMover {
   std::size_t count_;
   std::vector<SparsePoint> means_;
   std::size_t mean_count_;
+  morva::NearestMeans search_;
   morva::CenterFinder finder_;
   std::optional<morva::RankedColumns> ranked_;
   int last_rule_ = none;
@@ -425,7 +435,9 @@ int HClusterKMeans::get_mean_nearest_index(int const& point) const {
 
 void HClusterKMeans::get_mean_cluster(ClusterMap& clusters) const {
   std::vector<SparsePoint> means = load_means();
-  clusters = assign(*table(), point_count(), means, mean_count());
+  std::shared_ptr<DistanceTable const> const points = table();
+  morva::NearestMeans search(*points);
+  clusters = assign(*points, point_count(), means, mean_count(), search);
 }
 
 std::size_t HClusterKMeans::mean_count() const {

@@ -130,12 +130,12 @@ void for_each_neighbourhood(DistanceTable const& table, double limit, DistanceTa
   }
 }
 
-std::vector<std::size_t> find_nearest(DistanceTable const& table, DistanceTable const& points,
-                                      std::size_t count) {
+std::vector<std::size_t> find_nearest(DistanceTable const& means, DistanceTable const& points,
+                                      std::size_t count, NearestMeans& search) {
   Division const division(points);
   Rows const rows = division.rows(count);
   std::vector<std::size_t> nearest(rows.size());
-  morva::find_nearest(table, points, rows, nearest);
+  search.find(means, rows, nearest);
   return division.join(std::move(nearest));
 }
 

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "numeric/internal/distance_table.h"
+#include "numeric/internal/nearest_means.h"
 
 /// What the engines look for in a table, divided among the processes of its group: each of them
 /// gets what one process alone would find, bit for bit. All of them make the same calls.
@@ -19,9 +20,9 @@ double average_distance(DistanceTable const& table);
 /// `morva::for_each_neighbourhood` of every point.
 void for_each_neighbourhood(DistanceTable const& table, double limit, DistanceTable::Border border,
                             VisitNeighbours const& visit);
-/// `morva::find_nearest` of the first `count` points.
-std::vector<std::size_t> find_nearest(DistanceTable const& table, DistanceTable const& points,
-                                      std::size_t count);
+/// `NearestMeans::find` for the first `count` points.
+std::vector<std::size_t> find_nearest(DistanceTable const& means, DistanceTable const& points,
+                                      std::size_t count, NearestMeans& search);
 
 /// Of the members of a cluster the point that stands for them.
 using MakePoint = std::function<SparsePoint(std::vector<int> const& members)>;

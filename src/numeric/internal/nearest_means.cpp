@@ -1,0 +1,194 @@
+#include "numeric/internal/nearest_means.h"
+
+#include <algorithm>
+#include <numeric>
+#include <optional>
+#include <utility>
+
+#include "numeric/internal/postings.h"
+
+namespace morva {
+
+namespace {
+
+constexpr double infinity = std::numeric_limits<double>::infinity();
+constexpr std::size_t none = static_cast<std::size_t>(-1);
+
+bool is_same(SparsePoint const& a, SparsePoint const& b) {
+  return a.n == b.n && a.columns == b.columns && a.values == b.values;
+}
+
+}  // namespace
+
+// Some of the means, with bounds on the squares of their distances from one point. A mean of
+// another dimension is infinitely far from it.
+class NearestMeans::Candidates {
+ public:
+  Candidates(DistanceTable const& means, std::vector<std::size_t> which, long long n)
+      : which_(std::move(which)),
+        postings_(copies_of(means, which_)),
+        low_(which_.size()),
+        high_(which_.size()) {
+    for (std::size_t const mean : which_) {
+      parts_.emplace_back(means[mean]);
+      is_far_.push_back(means[mean].n != n);
+    }
+  }
+
+  void measure(SparsePoint const& x) {
+    postings_.dots(x, 0, low_);
+    SquareBounds::Part const part(x);
+    for (std::size_t place = 0; place < which_.size(); ++place) {
+      SquareBounds const square(part, parts_[place], low_[place]);
+      low_[place] = is_far_[place] ? infinity : square.low;
+      high_[place] = is_far_[place] ? infinity : square.high;
+    }
+  }
+
+  std::size_t size() const { return which_.size(); }
+  std::size_t mean(std::size_t place) const { return which_[place]; }
+  double low(std::size_t place) const { return low_[place]; }
+  double high(std::size_t place) const { return high_[place]; }
+  // Where a mean is among these, or none.
+  std::size_t place_of(std::size_t mean) const {
+    auto const found = std::lower_bound(which_.begin(), which_.end(), mean);
+    return found != which_.end() && *found == mean
+               ? static_cast<std::size_t>(found - which_.begin())
+               : none;
+  }
+  // The smallest of the low bounds but for two of them.
+  double least_low(std::size_t but, std::size_t and_but) const {
+    double least = infinity;
+    for (std::size_t place = 0; place < size(); ++place) {
+      least = place != but && place != and_but ? std::min(least, low_[place]) : least;
+    }
+    return least;
+  }
+  // The place of the smallest of the high bounds but for one of them, or none.
+  std::size_t nearest(std::size_t but) const {
+    std::size_t result = none;
+    for (std::size_t place = 0; place < size(); ++place) {
+      if (place != but && (result == none || high_[place] < high_[result])) {
+        result = place;
+      }
+    }
+    return result;
+  }
+
+ private:
+  static std::vector<SparsePoint> copies_of(DistanceTable const& means,
+                                            std::vector<std::size_t> const& which) {
+    std::vector<SparsePoint> copies;
+    for (std::size_t const mean : which) {
+      copies.push_back(means[mean]);
+    }
+    return copies;
+  }
+
+  std::vector<std::size_t> which_;
+  std::vector<SquareBounds::Part> parts_;
+  std::vector<char> is_far_;
+  Postings postings_;
+  std::vector<double> low_;
+  std::vector<double> high_;
+};
+
+// Where no mean can be measured, all are equally far.
+bool NearestMeans::can_bound(DistanceTable const& means) const {
+  if (!points_.has_sparse_bounds() || points_.size() == 0) {
+    return false;
+  }
+  auto const& all = means.points();
+  return std::all_of(all.begin(), all.end(),
+                     [](SparsePoint const& mean) { return mean.is_tame; }) &&
+         std::any_of(all.begin(), all.end(),
+                     [this](SparsePoint const& mean) { return mean.n == points_[0].n; });
+}
+
+std::vector<std::size_t> NearestMeans::moved_since(DistanceTable const& means) const {
+  std::vector<std::size_t> moved;
+  for (std::size_t mean = 0; mean < means.size(); ++mean) {
+    if (mean >= means_.size() || !is_same(means[mean], means_[mean])) {
+      moved.push_back(mean);
+    }
+  }
+  return moved;
+}
+
+// The last of the nearest of all.
+NearestMeans::Known NearestMeans::search(SparsePoint const& x, DistanceTable const& means,
+                                         Candidates const& all) {
+  std::size_t nearest = all.nearest(none);
+  double const reach = all.high(nearest);
+  if (all.least_low(nearest, none) <= reach) {
+    double least = infinity;
+    for (std::size_t mean = 0; mean < all.size(); ++mean) {
+      double const measured = all.low(mean) <= reach ? distance(x, means[mean]) : infinity;
+      if (measured < infinity && measured <= least) {
+        least = measured;
+        nearest = mean;
+      }
+    }
+  }
+  return {nearest, all.low(nearest), all.high(nearest), all.least_low(nearest, none)};
+}
+
+// Whether the nearest mean is certain now that some have moved; `known` then tells it.
+bool NearestMeans::follow(Candidates const& moved, Known& known) {
+  std::size_t const own = moved.place_of(known.nearest);
+  double const low = own == none ? known.low : moved.low(own);
+  double const high = own == none ? known.high : moved.high(own);
+  std::size_t const rival = moved.nearest(own);
+  if (rival == none) {
+    known.low = low;
+    known.high = high;
+    return high < known.others;
+  }
+  double const others = std::min(known.others, moved.least_low(own, rival));
+  double const rival_low = moved.low(rival);
+  if (high < others && high < rival_low) {
+    known = {known.nearest, low, high, std::min(others, rival_low)};
+    return true;
+  }
+  double const rival_high = moved.high(rival);
+  if (rival_high < others && rival_high < low) {
+    known = {moved.mean(rival), rival_low, rival_high, std::min(others, low)};
+    return true;
+  }
+  return false;
+}
+
+void NearestMeans::find(DistanceTable const& means, Rows rows, std::span<std::size_t> out) {
+  if (!can_bound(means)) {
+    known_.clear();
+    find_nearest(means, points_, rows, out);
+    return;
+  }
+  bool const is_known = !known_.empty() && rows.begin == rows_.begin && rows.end == rows_.end &&
+                        means.size() == means_.size();
+  std::vector<std::size_t> which = moved_since(means);
+  std::optional<Candidates> moved;
+  // Where most have moved, looking at them first is lost as a rule.
+  if (is_known && which.size() <= means.size() / 2) {
+    moved.emplace(means, std::move(which), points_[0].n);
+  }
+  std::vector<std::size_t> every_mean(means.size());
+  std::iota(every_mean.begin(), every_mean.end(), std::size_t{0});
+  Candidates all(means, std::move(every_mean), points_[0].n);
+  known_.resize(rows.size());
+  for (std::size_t i = rows.begin; i < rows.end; ++i) {
+    Known& known = known_[i - rows.begin];
+    if (moved) {
+      moved->measure(points_[i]);
+    }
+    if (!moved || !follow(*moved, known)) {
+      all.measure(points_[i]);
+      known = search(points_[i], means, all);
+    }
+    out[i - rows.begin] = known.nearest;
+  }
+  rows_ = rows;
+  means_ = means.points();
+}
+
+}  // namespace morva

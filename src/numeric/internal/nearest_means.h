@@ -1,0 +1,48 @@
+#pragma once
+
+#include <cstddef>
+#include <limits>
+#include <span>
+#include <vector>
+
+#include "numeric/internal/distance_table.h"
+#include "numeric/internal/rows.h"
+
+namespace morva {
+
+/// Finds the nearest mean of each point again and again, while fewer and fewer of the means move.
+///
+/// Of each point with sparse bounds it keeps bounds on the squares of its distances from its
+/// nearest mean and from all others together. As long as these stay apart, also from those of the
+/// means that have moved since, the means that have not are not looked at.
+class NearestMeans {
+ public:
+  /// Refers to the points.
+  explicit NearestMeans(DistanceTable const& points) : points_(points) {}
+
+  /// As `find_nearest`. What it keeps is of use for the same rows and as many means.
+  void find(DistanceTable const& means, Rows rows, std::span<std::size_t> out);
+
+ private:
+  class Candidates;
+  struct Known {
+    std::size_t nearest = 0;
+    double low = 0.0;
+    double high = 0.0;
+    /// What the squares of the distances from all other means are not below.
+    double others = std::numeric_limits<double>::infinity();
+  };
+
+  bool can_bound(DistanceTable const& means) const;
+  std::vector<std::size_t> moved_since(DistanceTable const& means) const;
+  static Known search(SparsePoint const& x, DistanceTable const& means, Candidates const& all);
+  static bool follow(Candidates const& moved, Known& known);
+
+  DistanceTable const& points_;
+  Rows rows_;
+  std::vector<SparsePoint> means_;
+  // Of each row what is known; empty where nothing is.
+  std::vector<Known> known_;
+};
+
+}  // namespace morva
