@@ -168,6 +168,22 @@ TEST_F(LearnCommand, a_folder_without_words_is_no_class) {
   EXPECT_EQ(box("subjects.box").vt_kmeans_node.size(), 2U);
 }
 
+TEST_F(LearnCommand, a_document_that_was_given_up_before_any_word_has_none) {
+  // Ten thousand times a thousand blanks, over what entities may expand to.
+  std::string bomb =
+      "<?xml version=\"1.0\"?><!DOCTYPE a [<!ENTITY e0 \"" + std::string(1000, ' ') + "\">";
+  for (int i = 1; i <= 4; ++i) {
+    bomb += "<!ENTITY e" + std::to_string(i) + " \"";
+    for (int k = 0; k < 10; ++k) {
+      bomb += "&e" + std::to_string(i - 1) + ";";
+    }
+    bomb += "\">";
+  }
+  write("bomb.xml", bomb + "]><a>&e4;</a>");
+  EXPECT_THAT(learn_with({path("bomb.xml"), "-k", "1", "--box", "subjects"}).errors,
+              HasSubstr("bomb.xml: no words: there are no words in its text"));
+}
+
 TEST_F(LearnCommand, folders_of_one_name_are_one_class) {
   std::string const folder = samples();
   std::filesystem::create_directories(path("more/kitchen"));

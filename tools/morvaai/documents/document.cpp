@@ -15,6 +15,11 @@ FileReport failure_report(HString const& path, bool json, std::string const& out
           reason.empty() ? outcome : outcome + ": " + reason};
 }
 
+// Words cannot be taken without a dictionary, nor from a document that was given up before any.
+FileReport without_words(HString const& path, bool json) {
+  return HStutterDict::pins()->is_exist_dict() ? no_words(path, json) : no_dictionary(path, json);
+}
+
 }  // namespace
 
 Document::Document(HString const& path)
@@ -59,10 +64,9 @@ std::optional<FileReport> Document::take_words(HString const& path, HFeatureNode
   if (auto report = failure(path, false)) {
     return report;
   }
-  if (!HFileFeature::get_file_feature(parser(), record)) {
-    return no_dictionary(path, false);
-  }
-  return record.vt_words.empty() ? std::optional(no_words(path, false)) : std::nullopt;
+  bool const is_taken = HFileFeature::get_file_feature(parser(), record);
+  return is_taken && !record.vt_words.empty() ? std::nullopt
+                                              : std::optional(without_words(path, false));
 }
 
 nlohmann::ordered_json json_head(HString const& path, Document const& document) {
@@ -94,7 +98,7 @@ std::optional<FileReport> take_dna(Document const& document, HString const& path
   if (HFileDNA::get_file_dna(document.parser(), dna, character_count, digits)) {
     return std::nullopt;
   }
-  return HStutterDict::pins()->is_exist_dict() ? no_words(path, json) : no_dictionary(path, json);
+  return without_words(path, json);
 }
 
 HString Document::text(Orlec::ParseTextType type) const {
