@@ -1,0 +1,102 @@
+#include "numeric/internal/nearest_means.h"
+
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "numeric/internal/distance_table.h"
+
+#include "reference/points.h"
+#include "reference/random_matrix.h"
+
+namespace {
+
+using morva::DistanceTable;
+using morva::NearestMeans;
+using morva::Rows;
+using morva::SparsePoint;
+using reference::RandomMatrix;
+
+// Few different values, so that some points are equally far from several means.
+SparsePoint document(RandomMatrix& random) {
+  constexpr int vocabulary = 500;
+  reference::Point row = reference::zero_point(vocabulary);
+  for (int word = random.integer(0, 12); word > 0; --word) {
+    double const place = random.unit() * random.unit();
+    row[static_cast<std::size_t>(vocabulary * place)] = random.integer(1, 4) * 0.25;
+  }
+  return morva::compress(HPointN(row));
+}
+
+std::vector<SparsePoint> documents(RandomMatrix& random, int count) {
+  std::vector<SparsePoint> points;
+  while (static_cast<int>(points.size()) < count) {
+    points.push_back(document(random));
+  }
+  return points;
+}
+
+// Moves some means: to a point, by a little, onto another mean, or away from all.
+void move(RandomMatrix& random, std::vector<SparsePoint>& means) {
+  for (SparsePoint& mean : means) {
+    if (!random.one_in(4)) {
+      continue;
+    }
+    switch (random.integer(0, 3)) {
+      case 0:
+        mean = document(random);
+        break;
+      case 1:
+        for (double& value : mean.values) {
+          value += random.unit() * 1e-3;
+        }
+        mean = SparsePoint(mean.n, mean.columns, mean.values);
+        break;
+      case 2:
+        mean = random.pick(means);
+        break;
+      default:
+        mean = random.one_in(4) ? SparsePoint() : mean;
+    }
+  }
+}
+
+TEST(NearestMeans, are_those_of_every_mean_compared_anew_however_the_means_move) {
+  for (int round = 0; round < 12; ++round) {
+    RandomMatrix random(static_cast<std::uint64_t>(round));
+    DistanceTable const points(documents(random, 120));
+    ASSERT_TRUE(points.has_sparse_bounds());
+    Rows const rows{static_cast<std::size_t>(round), points.size()};
+    std::vector<SparsePoint> means = documents(random, random.integer(1, 20));
+    NearestMeans search(points);
+    std::vector<std::size_t> found(rows.size());
+    std::vector<std::size_t> expected(rows.size());
+    for (int step = 0; step < 20; ++step) {
+      SCOPED_TRACE("round " + std::to_string(round) + ", step " + std::to_string(step));
+      DistanceTable const table(means, points.form());
+      search.find(table, rows, found);
+      morva::find_nearest(table, points, rows, expected);
+      ASSERT_EQ(found, expected);
+      move(random, means);
+    }
+  }
+}
+
+TEST(NearestMeans, starts_anew_for_another_number_of_means_or_other_rows) {
+  RandomMatrix random(1);
+  DistanceTable const points(documents(random, 50));
+  NearestMeans search(points);
+  std::vector<std::pair<int, Rows>> const searches = {{3, {0, 50}}, {5, {0, 50}}, {5, {10, 30}}};
+  for (auto const& [means, rows] : searches) {
+    DistanceTable const table(documents(random, means), points.form());
+    std::vector<std::size_t> found(rows.size());
+    std::vector<std::size_t> expected(rows.size());
+    search.find(table, rows, found);
+    morva::find_nearest(table, points, rows, expected);
+    EXPECT_EQ(found, expected) << means << " means";
+  }
+}
+
+}  // namespace
