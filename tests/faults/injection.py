@@ -420,7 +420,50 @@ class CollectInWorkers(Collect):
         expect(str(self.root / "samples") in finished.errors, "the file is not told")
 
 
-SCENARIOS = [AddFirst, AddOver, Remove, LearnFirst, LearnOver, Cluster, Collect, CollectInWorkers]
+class Extract(Scenario):
+    """A shard in the place of another; what was read is kept for the next run."""
+
+    name = "extract, over another shard"
+
+    def prepare(self):
+        (self.root / "samples").mkdir()
+        for number, text in enumerate([HARBOUR, KITCHEN]):
+            (self.root / "samples" / f"{number}.txt").write_text(text)
+        self.make([self.root / "samples" / "0.txt"], self.beginning / "all.shard")
+        self.make([self.root / "samples"], self.root / "new.shard")
+        self.new = (self.root / "new.shard").read_bytes()
+
+    def make(self, inputs, shard):
+        done = self.program.run(["extract", *inputs, "-o", shard])
+        expect(shard.exists(), done.errors)
+
+    def arguments(self):
+        return ["extract", self.root / "samples" / "0.txt", self.root / "samples" / "1.txt", "-o",
+                self.folder / "all.shard", "-j", "1"]
+
+    def check_files(self, found):
+        expect(found.get("all.shard") in (self.old["all.shard"], self.new), "the shard is neither old nor new")
+        others = found.keys() - {"all.shard", "all.shard.part", "all.shard.new"}
+        expect(not others, f"there are other files: {sorted(others)}")
+
+    def check_done(self, found, finished):
+        expect(found == {"all.shard": self.new}, f"not the new shard alone: {sorted(found)}")
+
+
+class Merge(Extract):
+    name = "merge, over another shard"
+
+    def prepare(self):
+        super().prepare()
+        for number in (0, 1):
+            self.make([self.root / "samples" / f"{number}.txt"], self.root / f"{number}.shard")
+
+    def arguments(self):
+        return ["merge", self.root / "1.shard", self.root / "0.shard", "-o", self.folder / "all.shard"]
+
+
+SCENARIOS = [AddFirst, AddOver, Remove, LearnFirst, LearnOver, Cluster, Collect, CollectInWorkers, Extract,
+             Merge]
 
 
 class Figures:

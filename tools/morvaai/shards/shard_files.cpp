@@ -184,10 +184,9 @@ void LockedFile::truncate(std::uint64_t size) {
 void LockedFile::move_to(std::string const& path) {
   std::string const place = behind_links(path);
   struct stat old {};
-  if (stat(place.c_str(), &old) == 0) {
-    fchmod(descriptor_.get(), old.st_mode & permission_bits);
-  }
-  if (fsync(descriptor_.get()) != 0 || rename(path_.c_str(), place.c_str()) != 0) {
+  bool const keeps = stat(place.c_str(), &old) == 0;
+  if ((keeps && fchmod(descriptor_.get(), old.st_mode & permission_bits) != 0) ||
+      fsync(descriptor_.get()) != 0 || rename(path_.c_str(), place.c_str()) != 0) {
     throw ShardError(path, errno);
   }
   path_ = place;
