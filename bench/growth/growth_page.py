@@ -163,7 +163,8 @@ def layout(found):
     for operation in "merge", "similar":
         power = of(operation, "morvaai", processor_time, outlook.Power)
         if power:
-            lines.append(line(PROGRAM[operation] + ", one process", power, lambda seconds, _: outlook.in_hours(seconds)))
+            lines.append(line(f"{PROGRAM[operation]}, one process", power,
+                              lambda seconds, _: outlook.in_hours(seconds)))
     for operation in LEARNT:
         time = of(operation, "morvaai", processor_time, outlook.Power)
         memory = of(operation, "morvaai", lambda one: one.memory, outlook.Line)

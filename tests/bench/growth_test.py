@@ -106,6 +106,24 @@ class Page(unittest.TestCase):
         text, _ = self.rendered(measured("canopy/morvaai", size, size / 1000) for size in (50000, 100000, 200000))
         self.assertIn("| Points: canopy, T2 by mean distance | 200,000 | 1.00 | 16.7 min | 2.78 h | 27.8 h |", text)
 
+    def test_a_machine_has_room_for_what_its_memory_holds(self):
+        results = [measured("learn-kmeans-20/morvaai", size, size / 1000) for size in (50000, 100000, 200000)]
+        for result in results:
+            result["peak_bytes"] = [result["peak_bytes"][0] * 10]
+        text, _ = self.rendered(results)
+        self.assertIn("learn, K-means, k 20: processes that a machine has room for | 25 | 2 | none |", text)
+        self.assertIn("learn, K-means, k 20: if all divides among them | 40.0 s | 20.8 min | - |", text)
+
+    def test_what_has_several_processes_is_shown_by_the_wall_clock_too(self):
+        text, _ = self.rendered(measured(f"extract/morvaai -j {jobs}", 1000, 2.0 / jobs) for jobs in (1, 2))
+        self.assertIn("| Wall time | 1,000 |", text)
+        self.assertIn("| `extract`, -j 2 | 1.00 s |", text)
+
+    def test_bytes_follow_what_was_counted(self):
+        text, _ = self.rendered({"name": f"corpus/points/{size}", "words": 100 * size, "neighbours_given": 0.5}
+                                for size in (50000, 100000, 200000))
+        self.assertIn("24 bytes a word of a document | 2.40 GB | 24.0 GB | 240 GB |", text)
+
 
 if __name__ == "__main__":
     unittest.main()
