@@ -164,7 +164,7 @@ bool print_pairs(Fingerprints const& all, SimilarOptions const& options) {
 std::vector<std::string> take_shards(std::vector<std::string>& paths) {
   auto const first = std::stable_partition(paths.begin(), paths.end(),
                                            [](std::string const& path) { return !is_shard(path); });
-  std::vector<std::string> const shards(first, paths.end());
+  std::vector<std::string> shards(first, paths.end());
   paths.erase(first, paths.end());
   return shards;
 }
