@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
 #include <limits>
 #include <utility>
 #include <vector>
@@ -35,7 +36,7 @@ class CenterDistances {
                            ? SparsePoint()
                            : finder_.mean(points_[0].n, valid, static_cast<double>(valid.size())));
     SparsePoint const& center = centers_.back();
-    dense_.assign(std::max(dense_.size(), column_count({&center, 1})), 0.0);
+    dense_.resize(std::max(dense_.size(), column_count({&center, 1})));
     for (std::size_t i = 0; i < center.columns.size(); ++i) {
       dense_[center.columns[i]] = center.values[i];
     }
@@ -43,6 +44,9 @@ class CenterDistances {
       if (member >= 0 && static_cast<std::size_t>(member) < count_) {
         candidates_[member] = bound(points_[static_cast<std::size_t>(member)], center);
       }
+    }
+    for (std::uint32_t const column : center.columns) {
+      dense_[column] = 0.0;
     }
   }
 
@@ -96,6 +100,7 @@ class CenterDistances {
   std::size_t count_;
   CenterFinder finder_;
   std::vector<SparsePoint> centers_;
+  // The coordinates of the last center while its members are looked at, else zeros.
   std::vector<double> dense_;
   Candidates candidates_;
 };
