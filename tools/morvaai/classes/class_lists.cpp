@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
+#include <set>
 #include <system_error>
 
 #include <fmt/format.h>
@@ -81,9 +82,10 @@ ClassLists::Written ClassLists::write(std::vector<std::vector<HString>> const& c
 }
 
 std::vector<HString> ClassLists::others_than(std::vector<HString> const& written) const {
+  std::set<HString> const newer(written.begin(), written.end());
   std::vector<HString> older;
   for (HString const& path : files_in(folder_, false)) {
-    if (is_list(path) && std::find(written.begin(), written.end(), path) == written.end()) {
+    if (is_list(path) && !newer.contains(path)) {
       older.push_back(path);
     }
   }

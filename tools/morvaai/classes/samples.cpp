@@ -40,9 +40,12 @@ bool add_sample(HString const& file, int folder_length, Samples& samples) {
     return false;
   }
   auto& names = samples.class_names;
-  auto const found = std::find(names.begin(), names.end(), steps.front());
-  samples.class_of_file.push_back(static_cast<std::size_t>(found - names.begin()));
-  if (found == names.end()) {
+  // The files of a folder follow one another.
+  auto const found = std::find(names.rbegin(), names.rend(), steps.front());
+  bool const is_new = found == names.rend();
+  samples.class_of_file.push_back(is_new ? names.size()
+                                         : static_cast<std::size_t>(names.rend() - found) - 1);
+  if (is_new) {
     names.push_back(steps.front());
   }
   samples.files.push_back(file);
