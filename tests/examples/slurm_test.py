@@ -182,6 +182,8 @@ class Run(unittest.TestCase):
         _, _, learn = self.submit("--", *LEARNING, RANKS="3", MPIRUN=launcher, **as_root)
         self.assertEqual(wait_for(learn), {"N/A": "COMPLETED"}, self.log("learn"))
         self.assertEqual((self.run_folder / "boxes/kinds.box").read_bytes(), (self.folder / "kinds.box").read_bytes())
+        # Whatever the launcher reads it by, a log is no terminal.
+        self.assertNotIn("\x1b", self.log("learn"))
 
 
 if __name__ == "__main__":

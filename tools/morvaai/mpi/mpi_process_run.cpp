@@ -14,6 +14,7 @@
 
 #include "documents/run_on_files.h"
 #include "mpi/process_run.h"
+#include "terminal/terminal.h"
 
 namespace tool {
 
@@ -121,6 +122,8 @@ std::optional<std::string> refuse_process_run() {
 }
 
 int run_in_group(std::function<int(std::shared_ptr<HProcessGroup> const&)> const& work) {
+  // A launcher may read the output by a terminal that it makes, and write it to a file.
+  ignore_terminals();
   Session const session;
   auto const group = std::make_shared<MpiGroup>();
   if (group->rank() == 0) {

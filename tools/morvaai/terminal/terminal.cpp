@@ -12,14 +12,19 @@ namespace tool {
 namespace {
 
 ColorChoice chosen = ColorChoice::automatic;
+bool ignores_terminals = false;
 
 std::string_view variable(char const* name) {
   char const* const value = std::getenv(name);
   return value == nullptr ? std::string_view() : value;
 }
 
+bool is_some_terminal(int descriptor) {
+  return !ignores_terminals && isatty(descriptor) == 1;
+}
+
 bool is_able_terminal(int descriptor) {
-  return isatty(descriptor) == 1 && !variable("TERM").empty() && variable("TERM") != "dumb";
+  return is_some_terminal(descriptor) && !variable("TERM").empty() && variable("TERM") != "dumb";
 }
 
 bool wants_colors(int descriptor) {
@@ -48,7 +53,7 @@ std::size_t columns_of_terminal(int descriptor) {
 
 Screen look_at(int descriptor) {
   Screen screen;
-  screen.is_terminal = isatty(descriptor) == 1;
+  screen.is_terminal = is_some_terminal(descriptor);
   screen.is_rewritable = is_able_terminal(descriptor);
   screen.has_colors = wants_colors(descriptor);
   if (screen.is_terminal) {
@@ -71,6 +76,10 @@ Screens const& screens() {
 
 void choose_colors(ColorChoice choice) {
   chosen = choice;
+}
+
+void ignore_terminals() {
+  ignores_terminals = true;
 }
 
 Screen const& output_screen() {

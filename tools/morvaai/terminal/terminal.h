@@ -23,6 +23,10 @@ enum class ColorChoice { automatic, always, never };
 /// neither empty nor "0" and NO_COLOR is empty. To be called before the first look at a screen.
 void choose_colors(ColorChoice choice);
 
+/// Takes neither stream for a terminal: where another program reads what this one prints, and hands
+/// it on to places unknown, even if by a terminal of its own. To be called before the first look.
+void ignore_terminals();
+
 /// Standard output and standard error, as they were at the first call of either: workers, which
 /// have other streams, format for those of the program.
 Screen const& output_screen();
