@@ -216,6 +216,35 @@ TEST_F(LearnCommand, a_box_is_replaced_by_force) {
   EXPECT_EQ(run({"box", "verify", "subjects"}).status, 0);
 }
 
+TEST_F(LearnCommand, the_same_files_make_the_same_box_again_byte_for_byte) {
+  learn("demo");
+  std::string const before = boxes.read("demo.box");
+  learn("demo", {"--force"});
+  EXPECT_EQ(boxes.read("demo.box"), before);
+}
+
+TEST_F(LearnCommand, a_class_has_another_id_when_its_files_are_others) {
+  learn("demo");
+  HString const before = box("demo.box").vt_kmeans_node[0].str_class_id;
+  write("samples/harbour/more.txt", harbour);
+  learn("demo", {"--force"});
+  EXPECT_NE(box("demo.box").vt_kmeans_node[0].str_class_id, before);
+}
+
+TEST_F(LearnCommand, the_same_class_has_another_id_in_another_box) {
+  learn("demo");
+  learn("other");
+  EXPECT_NE(box("demo.box").vt_kmeans_node[0].str_class_id,
+            box("other.box").vt_kmeans_node[0].str_class_id);
+}
+
+TEST_F(LearnCommand, several_processes_learn_from_shards_only) {
+  Finished const finished = learn_with({"--mpi", "--box", "demo", "-k", "2", samples()});
+  EXPECT_EQ(finished.status, 2);
+  // Which of the two goes by how the program was built.
+  EXPECT_THAT(finished.errors, AnyOf(HasSubstr("MORVA_WITH_MPI"), HasSubstr("--mpi needs --from")));
+}
+
 TEST_F(LearnCommand, nothing_to_learn_from_leaves_no_box) {
   std::filesystem::create_directories(path("empty"));
   Finished const finished = learn_with({path("empty"), "--by-folder", "--box", "subjects"});
