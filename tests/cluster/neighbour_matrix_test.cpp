@@ -2,13 +2,16 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <cstdlib>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
 
 #include "cluster/HClusterDBScan.h"
 #include "cluster/internal/kernel_groups.h"
+#include "cluster/random_cases.h"
 
 #include "reference/clustering.h"
 #include "reference/points.h"
@@ -78,14 +81,15 @@ Graph random_graph(RandomMatrix& random) {
   return graph;
 }
 
-// Calls `check(graph, form, random)` for random graphs, kept in every form.
+// Calls `check(graph, matrix, random)` for random graphs, whose matrix is kept in every form.
 template <typename Check>
 void for_random_graphs(std::uint64_t seed, Check check) {
-  for (std::uint64_t round = 0; round < 60; ++round) {
+  for (int round = 0; round * test::share_of_rounds < 60; ++round) {
+    std::uint64_t const seed_of_case = seed + static_cast<std::uint64_t>(round);
     for (auto const form :
          {NeighbourRows::Form::smaller, NeighbourRows::Form::lists, NeighbourRows::Form::bits}) {
-      RandomMatrix random(seed + round);
-      SCOPED_TRACE("seed " + std::to_string(seed + round) + ", form " +
+      RandomMatrix random(seed_of_case);
+      SCOPED_TRACE("seed " + std::to_string(seed_of_case) + ", form " +
                    std::to_string(static_cast<int>(form)));
       Graph const graph = random_graph(random);
       check(graph, graph.matrix(form), random);
