@@ -70,7 +70,7 @@ void load_fingerprints_of_shards(std::vector<std::string> const& shards, Fingerp
     tell(record, path, all);
     if (!record.dna.empty()) {
       all.files.push_back(path);
-      all.dnas.push_back(HString(record.dna.c_str()));
+      all.dnas.emplace_back(record.dna.c_str());
     }
   });
 }
