@@ -31,7 +31,7 @@ class NearestMeans::Candidates {
         high_(which_.size()) {
     for (std::size_t const mean : which_) {
       parts_.emplace_back(means[mean]);
-      is_far_.push_back(means[mean].n != n);
+      is_far_.push_back(means[mean].n == n ? 0 : 1);
     }
   }
 
@@ -40,8 +40,12 @@ class NearestMeans::Candidates {
     SquareBounds::Part const part(x);
     for (std::size_t place = 0; place < which_.size(); ++place) {
       SquareBounds const square(part, parts_[place], low_[place]);
-      low_[place] = is_far_[place] ? infinity : square.low;
-      high_[place] = is_far_[place] ? infinity : square.high;
+      low_[place] = square.low;
+      high_[place] = square.high;
+      if (is_far_[place] != 0) {
+        low_[place] = infinity;
+        high_[place] = infinity;
+      }
     }
   }
 
@@ -79,6 +83,7 @@ class NearestMeans::Candidates {
   static std::vector<SparsePoint> copies_of(DistanceTable const& means,
                                             std::vector<std::size_t> const& which) {
     std::vector<SparsePoint> copies;
+    copies.reserve(which.size());
     for (std::size_t const mean : which) {
       copies.push_back(means[mean]);
     }
