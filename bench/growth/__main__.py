@@ -6,6 +6,7 @@ import pathlib
 import shutil
 import subprocess
 import sys
+import traceback
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 sys.path.append(str(ROOT / "bench/performance"))
@@ -120,12 +121,20 @@ def measure(options):
     for size in options.sizes:
         progress(f"{size:,} documents")
         with_plain = setting.plain and size <= PLAIN_UP_TO
-        if options.only != "program":
-            points.measure(setting, size, with_plain)
-        if options.only != "library":
-            program.measure(setting, size, with_plain)
+        for part, other in (points, "program"), (program, "library"):
+            if options.only != other:
+                attempt(setting, part, size, with_plain)
     for name, why in setting.records.failures:
         progress(f"not measured: {name}: {why}")
+
+
+def attempt(setting, part, size, with_plain):
+    """What fails does not keep the rest from being measured."""
+    try:
+        part.measure(setting, size, with_plain)
+    except Exception:  # pylint: disable=broad-except
+        traceback.print_exc()
+        setting.records.missing(f"{part.__name__}/{size}", traceback.format_exc().strip().rpartition("\n")[2])
 
 
 def main():
