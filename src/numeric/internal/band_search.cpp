@@ -16,6 +16,9 @@ constexpr double missing_share = 0.99;
 // Looking at the sums of a whole band takes as long as looking at so many times fewer one by one.
 constexpr std::size_t sums_at_once = 8;
 constexpr std::size_t block_size = 32;
+// Postings of a cache line, and so many at most that are asked for ahead.
+constexpr std::size_t postings_in_line = 64 / sizeof(InvertedIndex::Posting);
+constexpr std::size_t most_asked = 256;
 
 // Where the sums of a band reach a bound.
 struct Reach {
@@ -167,6 +170,17 @@ void BandSearch::walk_rare() {
   row_.has_walked_rare = true;
 }
 
+// Asks memory for the slice behind another one, that of the same word and the next band, which is
+// mostly as large and walked next.
+void BandSearch::ask_for(Posting const* next, std::size_t count) const {
+  Posting const* const end = index_.postings().data() + index_.postings().size();
+  std::size_t const wanted =
+      std::min({count + postings_in_line, most_asked, static_cast<std::size_t>(end - next)});
+  for (std::size_t k = 0; k < wanted; k += postings_in_line) {
+    __builtin_prefetch(next + k);
+  }
+}
+
 // Number of the postings walked.
 std::size_t BandSearch::walk(std::size_t band, Plan const& plan) {
   walks_.clear();
@@ -174,6 +188,7 @@ std::size_t BandSearch::walk(std::size_t band, Plan const& plan) {
   auto const walk_term = [&](Term const& term) {
     auto const postings = postings_of(index_.slice_of(term.rank, band));
     if (!postings.empty()) {
+      ask_for(postings.data() + postings.size(), postings.size());
       walks_.push_back({postings, term.weight});
       add_products(walks_.back());
       count += postings.size();
@@ -191,11 +206,13 @@ std::size_t BandSearch::walk(std::size_t band, Plan const& plan) {
 
 // Adds what the sum of a point lacks, and lists it if it may still be within the limit.
 void BandSearch::take(Plan const& plan, Place place, float sum) {
-  for (Term const& term : index_.common_terms(place)) {
-    if (term.rank >= plan.first) {
-      break;
+  if (plan.first != 0) {
+    for (Term const& term : index_.common_terms(place)) {
+      if (term.rank >= plan.first) {
+        break;
+      }
+      sum += weights_[term.rank] * term.weight;
     }
-    sum += weights_[term.rank] * term.weight;
   }
   double const squares = row_.square + index_.square(place);
   double const square = squares - 2.0 * double{sum};

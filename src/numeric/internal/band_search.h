@@ -87,6 +87,7 @@ class BandSearch {
 
   Plan plan_for(std::size_t band, double limit) const;
   void walk_rare();
+  void ask_for(Posting const* next, std::size_t count) const;
   std::size_t walk(std::size_t band, Plan const& plan);
   void add_products(Walk const& walk);
   void take_touched(Plan const& plan, Walk const& walk);

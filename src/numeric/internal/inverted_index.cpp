@@ -12,7 +12,7 @@ namespace {
 
 // Bands are so large that what a search does for each is little beside what it does for its points,
 // and so small that the sums of one stay close to the processor.
-constexpr std::size_t least_band = 512;
+constexpr std::size_t least_band = 3072;
 constexpr std::size_t most_bands = 32;
 // With fewer postings in a band on average, a word is walked whole.
 constexpr std::size_t least_slice = 8;
