@@ -61,6 +61,12 @@ void PairProducts::Terms::add(std::size_t slot, double value) {
 PairProducts::PairProducts(std::span<SparsePoint const> points)
     : points_(points), slots_(column_count(points), none), run_starts_(1), sums_(tile) {
   choose_common();
+  std::size_t count = 0;
+  for (SparsePoint const& point : points) {
+    count += point.values.size();
+  }
+  places_.reserve(count);
+  values_.reserve(count);
   for (std::size_t first = 0; first < points.size(); first += tile) {
     list_tile(points.subspan(first, std::min(tile, points.size() - first)));
   }
