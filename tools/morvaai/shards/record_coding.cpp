@@ -1,7 +1,6 @@
 #include "shards/record_coding.h"
 
 #include <algorithm>
-#include <array>
 #include <bit>
 #include <limits>
 
