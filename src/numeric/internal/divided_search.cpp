@@ -101,7 +101,8 @@ double average_distance(DistanceTable const& table) {
   DistanceSum sum(table);
   Rows const rows = division.rows(size, Division::Shape::triangle);
   std::vector<RowSum> const known = division.join(sum.row_sums(rows));
-  return sum.total(known) / static_cast<double>(size * (size - 1) / 2);
+  std::size_t const pairs = size * (size - 1) / 2;
+  return sum.total(known) / static_cast<double>(pairs);
 }
 
 void for_each_neighbourhood(DistanceTable const& table, double limit, DistanceTable::Border border,
@@ -146,6 +147,7 @@ std::vector<SparsePoint> make_points(DistanceTable const& table,
   std::vector<std::size_t> maker;
   if (!division.is_alone()) {
     std::vector<std::size_t> sizes;
+    sizes.reserve(clusters.size());
     for (std::vector<int> const* members : clusters) {
       sizes.push_back(value_count(table, *members));
     }
