@@ -1,6 +1,7 @@
 """Writes docs/growth.md and its plots from raw results."""
 
 import pathlib
+import re
 import tomllib
 
 import outlook
@@ -10,6 +11,7 @@ import records
 import summary
 
 TEXT = pathlib.Path(__file__).parent / "text.toml"
+FOLDERS = re.compile(r"/(?:[\w.+-]+/)+")
 # What the rows of the tables are called, in their order.
 POINTS = {"mean-distance": "mean distance", "eps": "estimate of eps", "canopy": "canopy, T2 by mean distance",
           "canopy-given": "canopy, T2 given", "kmeans-20": "K-means, k 20", "kmeans-100": "K-means, k 100",
@@ -218,5 +220,6 @@ def counted(results, what, key):
 
 
 def left_out(results):
-    lines = [f"- {result['name']}: {result['missing']}" for result in results if "missing" in result]
+    # Without the folders that programs were in.
+    lines = [f"- {result['name']}: {FOLDERS.sub('', result['missing'])}" for result in results if "missing" in result]
     return "\n".join(["## Not measured\n", *lines]) if lines else ""

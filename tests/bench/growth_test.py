@@ -93,8 +93,8 @@ class Page(unittest.TestCase):
         self.assertIn("| canopy, T2 by mean distance | 1.00 s | 4.00 s | 16.0 s | 2.00 | 2.00 |", text)
 
     def test_what_was_left_out_is_told(self):
-        text, _ = self.rendered([{"name": "eps/plain/5000", "missing": "left out: why"}])
-        self.assertIn("- eps/plain/5000: left out: why", text)
+        text, _ = self.rendered([{"name": "eps/plain/5000", "missing": "/home/me/bin/morvaai ended with 1"}])
+        self.assertIn("- eps/plain/5000: morvaai ended with 1", text)
 
     def test_results_that_differ_are_told(self):
         text, raw = self.rendered([measured("eps/morvaai", 1000, 1.0, result="a"),
