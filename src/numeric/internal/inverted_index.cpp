@@ -11,16 +11,17 @@ namespace morva {
 namespace {
 
 // Bands are so large that what a search does for each is little beside what it does for its points,
-// and so small that the sums of one stay close to the processor.
-constexpr std::size_t least_band = 3072;
-constexpr std::size_t most_bands = 32;
+// and so many that their points are about as long: measured, so many roots of the number of points.
+constexpr double roots_in_band = 22.0;
+constexpr double most_bands = 32.0;
 // With fewer postings in a band on average, a word is walked whole.
 constexpr std::size_t least_slice = 8;
 // More than the roundings of a length in single precision.
 constexpr double length_room = 1.0 + 0x1p-20;
 
 std::size_t band_count_for(std::size_t points) {
-  return std::clamp<std::size_t>(points / least_band, 1, most_bands);
+  double const bands = std::sqrt(static_cast<double>(points)) / roots_in_band;
+  return static_cast<std::size_t>(std::clamp(bands, 1.0, most_bands));
 }
 
 // From counts to where each begins; the last entry becomes the end.
