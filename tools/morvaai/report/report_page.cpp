@@ -50,7 +50,7 @@ std::optional<std::string> refuse_any_report() {
 }
 
 std::optional<std::string> refuse_report(HString const& path) {
-  if (auto const refused = refuse_any_report()) {
+  if (auto refused = refuse_any_report()) {
     return refused;
   }
   if (path == L"-") {
