@@ -163,13 +163,14 @@ double HParaPrefer::eps_of(morva::DistanceTable const& table, int min_points, bo
   auto const read = [&](std::size_t i, std::size_t at_least, auto const& take) {
     lists.read(i, at_least, take);
   };
-  double const average = get_vt_avg(division.join(distinct_reaches(rows, min_points, read)));
-  if (use_distance) {
-    return mean_reach(division.join(lists.reaches_together(average, min_points)), average);
-  }
+  double const average =
+      get_vt_avg(division.join(distinct_reaches(rows, min_points, read), table.size()));
   std::size_t const at_least = std::min(static_cast<std::size_t>(min_points), lists.length()) + 1;
-  return mean_reach(division.join(value_reaches(rows, at_least, average, min_points, read)),
-                    average);
+  std::vector<Reach> reaches = use_distance
+                                   ? lists.reaches_together(average, min_points)
+                                   : value_reaches(rows, at_least, average, min_points, read);
+  table.release_columns();
+  return mean_reach(division.join(std::move(reaches), table.size()), average);
 }
 
 void HParaPrefer::get_vt_all(std::vector<HPointN> const& points, Lists& lists, bool use_distance) {

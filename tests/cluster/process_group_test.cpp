@@ -2,7 +2,12 @@
 #include <array>
 #include <cstdint>
 #include <deque>
+#include <functional>
 #include <memory>
+#include <span>
+#include <stdexcept>
+#include <string>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -56,9 +61,9 @@ void for_all_points(std::uint64_t seed, Check const& check) {
 // What `work(points)` returns is the same in each process of each group as in one alone.
 template <typename Work, typename IsSame>
 void expect_same_in_groups(std::vector<HPointN> const& points, Work const& work,
-                           IsSame const& is_same_result) {
+                           IsSame const& is_same_result, std::span<int const> sizes = group_sizes) {
   auto const expected = work(HSparsePoints(points));
-  for (int const size : group_sizes) {
+  for (int const size : sizes) {
     auto const results = test::in_group(size, [&](std::shared_ptr<HProcessGroup> const& group) {
       HSparsePoints shared(points);
       shared.share_work(group);
@@ -139,6 +144,35 @@ TEST(ProcessGroup, estimates_the_radius_that_one_process_estimates) {
   });
 }
 
+// So many that neighbours are searched for by an index, and told in more than one turn.
+std::vector<HPointN> many_documents() {
+  RandomMatrix random(57'000'000);
+  return reference::to_points(documents(random, 600));
+}
+
+constexpr std::array one_group_size = {3};
+
+TEST(ProcessGroup, finds_the_dense_groups_of_many_documents_that_one_process_finds) {
+  // Few are near, and then all.
+  for (double const eps : {1.0, 100.0}) {
+    expect_same_in_groups(
+        many_documents(),
+        [eps](HSparsePoints const& points) {
+          Clusters found;
+          HSparseClusterMgr::dbscan(points, eps, 2, false, found);
+          return found;
+        },
+        std::equal_to<Clusters>(), one_group_size);
+  }
+}
+
+TEST(ProcessGroup, estimates_the_radius_of_many_documents_that_one_process_estimates) {
+  expect_same_in_groups(
+      many_documents(),
+      [](HSparsePoints const& points) { return HSparseClusterMgr::get_eps(points, 4, true); },
+      [](double a, double b) { return is_same(a, b); }, one_group_size);
+}
+
 TEST(ProcessGroup, has_the_mean_distance_that_one_process_has) {
   for_all_points(56'000'000, [](Matrix const& rows, RandomMatrix& /*random*/) {
     expect_same_in_groups(
@@ -162,6 +196,76 @@ TEST(ProcessGroup, shares_the_work_on_no_points) {
     return points.share_work(group);
   });
   EXPECT_EQ(results, std::deque<bool>(2, true));
+}
+
+// The first of two processes, of which the other brings what `lie` makes of what this one brings.
+class LyingGroup : public HProcessGroup {
+ public:
+  using Lie = std::function<std::string(std::string)>;
+  explicit LyingGroup(Lie lie) : lie_(std::move(lie)) {}
+
+  int rank() const override { return 0; }
+  int size() const override { return 2; }
+  std::vector<std::string> all_gather(std::string const& mine) override {
+    return {mine, lie_(mine)};
+  }
+
+ private:
+  Lie lie_;
+};
+
+// `work(points)` ends with an exception whatever another process brings that cannot be.
+template <typename Work>
+void expect_refusal_of_lies(Work const& work) {
+  struct Case {
+    char const* name;
+    LyingGroup::Lie lie;
+  };
+  std::array const cases = {
+      Case{"one number less",
+           [](std::string mine) { return mine.substr(std::min<std::size_t>(mine.size(), 8)); }},
+      Case{"a piece of a number", [](std::string mine) { return mine + '\1'; }},
+      Case{"the greatest numbers",
+           [](std::string mine) { return std::string(mine.size() + 64, '\xFF'); }},
+      Case{"great numbers", [](std::string mine) { return std::string(mine.size() + 64, '\x7F'); }},
+      Case{"zeros behind", [](std::string mine) { return mine + std::string(64, '\0'); }},
+  };
+  RandomMatrix random(58'000'000);
+  std::vector<HPointN> const points = reference::to_points(documents(random, 150));
+  for (Case const& each : cases) {
+    bool is_agreed = false;
+    HSparsePoints shared(points);
+    ASSERT_TRUE(shared.share_work(std::make_shared<LyingGroup>([&](std::string mine) {
+      return std::exchange(is_agreed, true) ? each.lie(std::move(mine)) : mine;
+    })));
+    EXPECT_THROW(work(shared), std::runtime_error) << each.name;
+  }
+}
+
+TEST(ProcessGroup, ends_the_search_for_dense_groups_where_a_process_brings_what_cannot_be) {
+  expect_refusal_of_lies([](HSparsePoints const& points) {
+    Clusters found;
+    HSparseClusterMgr::dbscan(points, 3.0, 2, false, found);
+  });
+}
+
+TEST(ProcessGroup, ends_the_search_for_canopies_where_a_process_brings_what_cannot_be) {
+  expect_refusal_of_lies([](HSparsePoints const& points) {
+    Clusters found;
+    HSparseClusterMgr::canopy(points, 1.0, 1.0, found);
+  });
+}
+
+TEST(ProcessGroup, ends_the_search_for_means_where_a_process_brings_what_cannot_be) {
+  expect_refusal_of_lies([](HSparsePoints const& points) {
+    Clusters found;
+    HSparseClusterMgr::kmeans(points, 4, found, false);
+  });
+}
+
+TEST(ProcessGroup, ends_the_estimate_of_a_radius_where_a_process_brings_what_cannot_be) {
+  expect_refusal_of_lies(
+      [](HSparsePoints const& points) { HSparseClusterMgr::get_eps(points, 4, true); });
 }
 
 }  // namespace

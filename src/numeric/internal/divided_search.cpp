@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <bit>
 #include <cstdint>
+#include <functional>
 #include <limits>
 #include <numeric>
 #include <utility>
@@ -10,12 +11,17 @@
 #include "numeric/internal/distance_sum.h"
 #include "numeric/internal/division.h"
 #include "numeric/internal/norm_search.h"
+#include "numeric/internal/told_neighbours.h"
 
 namespace morva::divided {
 
 namespace {
 
 constexpr std::size_t none = std::numeric_limits<std::size_t>::max();
+// Neighbours are told in so many turns, so that few of them are held twice, or, of few points, in
+// turns of so many rows.
+constexpr std::size_t most_turns = 32;
+constexpr std::size_t rows_in_turn = 256;
 
 // Points as numbers, one behind the other.
 void write(SparsePoint const& point, std::vector<std::uint64_t>& out) {
@@ -27,19 +33,26 @@ void write(SparsePoint const& point, std::vector<std::uint64_t>& out) {
   }
 }
 
-SparsePoint read(std::span<std::uint64_t const>& from) {
-  auto const n = static_cast<long long>(from[0]);
+// The first of them, which is of dimension n or has no coordinates.
+SparsePoint read(std::span<std::uint64_t const>& from, long long n) {
+  Division::expect_same(from.size() >= 2 && from[1] <= (from.size() - 2) / 2);
   std::size_t const count = from[1];
+  auto const places = from.subspan(2, count);
+  auto const own_n = static_cast<long long>(from[0]);
+  bool const is_ascending =
+      std::adjacent_find(places.begin(), places.end(), std::greater_equal<>()) == places.end();
+  Division::expect_same((own_n == n || own_n == 0) && is_ascending &&
+                        (count == 0 || places.back() < static_cast<std::uint64_t>(own_n)));
   std::vector<std::uint32_t> columns;
   std::vector<double> values;
   columns.reserve(count);
   values.reserve(count);
   for (std::size_t i = 0; i < count; ++i) {
-    columns.push_back(static_cast<std::uint32_t>(from[2 + i]));
+    columns.push_back(static_cast<std::uint32_t>(places[i]));
     values.push_back(std::bit_cast<double>(from[2 + count + i]));
   }
   from = from.subspan(2 + 2 * count);
-  return {n, std::move(columns), std::move(values)};
+  return {own_n, std::move(columns), std::move(values)};
 }
 
 std::size_t value_count(DistanceTable const& table, std::vector<int> const& members) {
@@ -87,6 +100,7 @@ std::optional<FoundPair> farthest_pair(DistanceTable const& table) {
   std::optional<FoundPair> result;
   for (FoundPair const& pair :
        division.join(found ? std::vector<FoundPair>{*found} : std::vector<FoundPair>())) {
+    Division::expect_same(pair.i < pair.j && pair.j < table.size());
     result = is_farther(pair, result) ? pair : result;
   }
   return result;
@@ -100,7 +114,7 @@ double average_distance(DistanceTable const& table) {
   }
   DistanceSum sum(table);
   Rows const rows = division.rows(size, Division::Shape::triangle);
-  std::vector<RowSum> const known = division.join(sum.row_sums(rows));
+  std::vector<RowSum> const known = division.join(sum.row_sums(rows), size);
   std::size_t const pairs = size * (size - 1) / 2;
   return sum.total(known) / static_cast<double>(pairs);
 }
@@ -112,21 +126,26 @@ void for_each_neighbourhood(DistanceTable const& table, double limit, DistanceTa
     morva::for_each_neighbourhood(table, limit, border, visit);
     return;
   }
-  // Of each row the number of its neighbours, and they.
-  std::vector<std::uint32_t> mine;
-  morva::for_each_neighbourhood(
-      table, limit, border,
-      [&mine](std::size_t /*i*/, std::span<std::uint32_t const> near) {
-        mine.push_back(static_cast<std::uint32_t>(near.size()));
-        mine.insert(mine.end(), near.begin(), near.end());
-      },
-      division.rows(table.size(), Division::Shape::triangle));
-  std::size_t i = 0;
-  for (std::vector<std::uint32_t> const& told : division.gather(std::move(mine))) {
-    for (std::span<std::uint32_t const> rest = told; !rest.empty();) {
-      std::size_t const count = rest.front();
-      visit(i++, rest.subspan(1, count));
-      rest = rest.subspan(1 + count);
+  std::size_t const size = table.size();
+  std::size_t const turns = std::clamp<std::size_t>(size / rows_in_turn, 1, most_turns);
+  ToldNeighbours told(size);
+  for (std::size_t turn = 0; turn < turns; ++turn) {
+    auto const rows_of = [&](std::size_t process) {
+      return division.rows_of(process, size, Division::Shape::triangle, {turn, turns});
+    };
+    std::vector<std::uint32_t> mine;
+    morva::for_each_neighbourhood(
+        table, limit, border,
+        [&](std::size_t i, std::span<std::uint32_t const> near) { told.tell(i, near, mine); },
+        rows_of(division.rank()));
+    auto const all = division.gather(std::move(mine));
+    for (std::size_t process = 0; process < all.size(); ++process) {
+      std::span<std::uint32_t const> rest = all[process];
+      Rows const rows = rows_of(process);
+      for (std::size_t i = rows.begin; i < rows.end; ++i) {
+        visit(i, told.hear(i, rest));
+      }
+      Division::expect_same(rest.empty());
     }
   }
 }
@@ -137,7 +156,11 @@ std::vector<std::size_t> find_nearest(DistanceTable const& means, DistanceTable 
   Rows const rows = division.rows(count);
   std::vector<std::size_t> nearest(rows.size());
   search.find(means, rows, nearest);
-  return division.join(std::move(nearest));
+  nearest = division.join(std::move(nearest), count);
+  Division::expect_same(std::all_of(nearest.begin(), nearest.end(), [&means](std::size_t mean) {
+    return mean == 0 || mean < means.size();
+  }));
+  return nearest;
 }
 
 std::vector<SparsePoint> make_points(DistanceTable const& table,
@@ -168,8 +191,10 @@ std::vector<SparsePoint> make_points(DistanceTable const& table,
   auto const all = division.gather(std::move(mine));
   std::vector<std::span<std::uint64_t const>> rest(all.begin(), all.end());
   for (std::size_t i = 0; i < clusters.size(); ++i) {
-    points[i] = read(rest[maker[i]]);
+    points[i] = read(rest[maker[i]], table[0].n);
   }
+  Division::expect_same(
+      std::all_of(rest.begin(), rest.end(), [](auto const& left) { return left.empty(); }));
   return points;
 }
 
@@ -191,6 +216,9 @@ std::vector<std::vector<int>> canopies(DistanceTable const& table, double radius
     message.push_back(left.empty() ? none : index_of(left.front()));
     std::size_t seed = none;
     for (std::vector<std::size_t> const& told : division.gather(message)) {
+      Division::expect_same(!told.empty() &&
+                            std::all_of(told.begin(), told.end() - 1,
+                                        [&table](std::size_t i) { return i < table.size(); }));
       seed = std::min(seed, told.back());
       if (!result.empty()) {
         result.back().insert(result.back().end(), told.begin(), told.end() - 1);
@@ -202,6 +230,9 @@ std::vector<std::vector<int>> canopies(DistanceTable const& table, double radius
     if (seed == none || result.size() == most) {
       return result;
     }
+    Division::expect_same(
+        seed < table.size() &&
+        (result.empty() || seed > static_cast<std::size_t>(result.back().front())));
     result.push_back({static_cast<int>(seed)});
     message.clear();
     if (left.empty()) {
@@ -252,6 +283,7 @@ std::optional<std::size_t> DistanceSums::farthest() const {
   }
   std::optional<Candidate> best;
   for (Candidate const& one : division.join(mine)) {
+    Division::expect_same(one.index < table_.size());
     if (!best || one.sum > best->sum || (one.sum == best->sum && one.index < best->index)) {
       best = one;
     }

@@ -20,8 +20,16 @@ std::size_t border(std::size_t count, std::size_t part, std::size_t parts, Divis
 
 }  // namespace
 
-Rows Division::rows(std::size_t count, Shape shape) const {
-  return {border(count, rank(), size(), shape), border(count, rank() + 1, size(), shape)};
+Rows Division::rows_of(std::size_t process, std::size_t count, Shape shape, Turn turn) const {
+  std::size_t const part = turn.number * size() + process;
+  std::size_t const parts = turn.turns * size();
+  return {border(count, part, parts, shape), border(count, part + 1, parts, shape)};
+}
+
+void Division::expect_same(bool is_same) {
+  if (!is_same) {
+    throw std::runtime_error("the processes that share this work do not do the same");
+  }
 }
 
 std::vector<std::string> Division::gather_bytes(std::string mine, std::size_t unit) const {
@@ -31,12 +39,9 @@ std::vector<std::string> Division::gather_bytes(std::string mine, std::size_t un
   } else {
     all = group_->all_gather(mine);
   }
-  bool is_whole = all.size() == size();
+  expect_same(all.size() == size());
   for (std::string const& one : all) {
-    is_whole = is_whole && one.size() % unit == 0;
-  }
-  if (!is_whole) {
-    throw std::runtime_error("the processes that share this work do not do the same");
+    expect_same(one.size() % unit == 0);
   }
   return all;
 }
