@@ -1,5 +1,7 @@
 #include "numeric/internal/inverted_search.h"
 
+#include <stdexcept>
+
 #include <gtest/gtest.h>
 
 #include "cluster/random_cases.h"
@@ -19,9 +21,13 @@ using reference::Matrix;
 using reference::RandomMatrix;
 using Border = DistanceTable::Border;
 
-// The points of a matrix with their plain distances, and searches over them.
+// The points of a matrix with their plain distances, and searches over them: by an index of so many
+// bands, or as the table itself chooses.
 class Searched {
  public:
+  explicit Searched(Matrix const& rows)
+      : rows_(rows),
+        table_(morva::compress(reference::to_points(rows)), DistanceTable::Form::sparse) {}
   Searched(Matrix const& rows, std::size_t bands)
       : rows_(rows),
         table_(morva::compress(reference::to_points(rows)), DistanceTable::Form::sparse) {
@@ -32,7 +38,27 @@ class Searched {
 
   bool is_possible() const { return index_.has_value(); }
   std::size_t size() const { return rows_.size(); }
-  InvertedSearch search() const { return {table_, *index_}; }
+  DistanceTable const& table() const { return table_; }
+  void neighbours(Rows rows, double limit, Border border,
+                  morva::VisitNeighbours const& visit) const {
+    if (index_) {
+      InvertedSearch(table_, *index_).neighbours(rows, limit, border, visit);
+    } else {
+      morva::for_each_neighbourhood(table_, limit, border, visit, rows);
+    }
+  }
+  Matrix smallest_distances(Rows rows, std::size_t count) const {
+    return index_ ? InvertedSearch(table_, *index_).smallest_distances(rows, count)
+                  : morva::smallest_distances(table_, count, rows);
+  }
+  std::vector<double> greatest_within(Rows rows, double limit) const {
+    return index_ ? InvertedSearch(table_, *index_).greatest_within(rows, limit)
+                  : morva::greatest_within(table_, limit, rows);
+  }
+  std::optional<morva::FoundPair> closest_pair(Rows rows) const {
+    return index_ ? InvertedSearch(table_, *index_).closest_pair(rows)
+                  : morva::closest_pair(table_);
+  }
   double distance(std::size_t i, std::size_t j) const {
     return reference::distance(rows_[i], rows_[j]);
   }
@@ -45,23 +71,22 @@ class Searched {
 
 void expect_same_neighbours(Searched const& points, Rows rows, double limit, Border border) {
   std::size_t row = rows.begin;
-  points.search().neighbours(
-      rows, limit, border, [&](std::size_t i, std::span<std::uint32_t const> near) {
-        ASSERT_EQ(i, row++);
-        std::vector<std::uint32_t> expected;
-        for (std::size_t j = i; j < points.size(); ++j) {
-          double const d = points.distance(i, j);
-          if (border == Border::inside ? d <= limit : d < limit) {
-            expected.push_back(static_cast<std::uint32_t>(j));
-          }
-        }
-        EXPECT_EQ(std::vector(near.begin(), near.end()), expected) << "row " << i;
-      });
+  points.neighbours(rows, limit, border, [&](std::size_t i, std::span<std::uint32_t const> near) {
+    ASSERT_EQ(i, row++);
+    std::vector<std::uint32_t> expected;
+    for (std::size_t j = i; j < points.size(); ++j) {
+      double const d = points.distance(i, j);
+      if (border == Border::inside ? d <= limit : d < limit) {
+        expected.push_back(static_cast<std::uint32_t>(j));
+      }
+    }
+    EXPECT_EQ(std::vector(near.begin(), near.end()), expected) << "row " << i;
+  });
   EXPECT_EQ(row, rows.end);
 }
 
 void expect_same_smallest(Searched const& points, Rows rows, std::size_t count) {
-  Matrix const found = points.search().smallest_distances(rows, count);
+  Matrix const found = points.smallest_distances(rows, count);
   ASSERT_EQ(found.size(), rows.size());
   for (std::size_t i = rows.begin; i < rows.end; ++i) {
     std::vector<double> expected;
@@ -77,7 +102,7 @@ void expect_same_smallest(Searched const& points, Rows rows, std::size_t count) 
 }
 
 void expect_same_greatest(Searched const& points, Rows rows, double limit) {
-  std::vector<double> const found = points.search().greatest_within(rows, limit);
+  std::vector<double> const found = points.greatest_within(rows, limit);
   ASSERT_EQ(found.size(), rows.size());
   for (std::size_t i = rows.begin; i < rows.end; ++i) {
     double expected = 0.0;
@@ -99,7 +124,7 @@ void expect_same_closest(Searched const& points, Rows rows) {
       }
     }
   }
-  auto const found = points.search().closest_pair(rows);
+  auto const found = points.closest_pair(rows);
   ASSERT_EQ(found.has_value(), expected.has_value());
   if (found) {
     EXPECT_EQ(found->i, expected->i);
@@ -148,6 +173,27 @@ void for_documents(std::uint64_t seed, Check const& check) {
   }
 }
 
+// Of so many, most of which are 2^45 times as short as the first.
+Matrix documents_beside_a_long_one(int count, RandomMatrix& random) {
+  Matrix rows = documents(count, true, random);
+  rows.front().assign(300, 0.0);
+  rows.front()[7] = 0x1p45;
+  return rows;
+}
+
+// Enough documents for a table to make an index of them.
+constexpr int indexed_count = 600;
+
+void expect_same_searches(Matrix const& matrix, Searched const& points, RandomMatrix& random) {
+  Rows const all{0, points.size()};
+  Rows const some{200, 300};
+  double const limit = random.radius(matrix);
+  expect_same_neighbours(points, all, limit, Border::outside);
+  expect_same_smallest(points, some, 8);
+  expect_same_greatest(points, some, limit);
+  expect_same_closest(points, all);
+}
+
 Border random_border(RandomMatrix& random) {
   return random.one_in(2) ? Border::inside : Border::outside;
 }
@@ -190,6 +236,28 @@ TEST(InvertedSearch, points_of_every_kind_have_the_results_of_the_plain_form) {
     expect_same_greatest(points, rows, random.radius(matrix));
     expect_same_closest(points, rows);
   });
+}
+
+TEST(DistanceTable, searches_by_an_index_have_the_results_of_the_plain_form) {
+  RandomMatrix random(17);
+  Matrix const matrix = documents(indexed_count, true, random);
+  Searched const points(matrix);
+  ASSERT_NE(points.table().index(), nullptr);
+  expect_same_searches(matrix, points, random);
+}
+
+TEST(DistanceTable, one_point_that_is_far_longer_leaves_the_others_to_bounds_that_tell_them_apart) {
+  RandomMatrix random(18);
+  Matrix const matrix = documents_beside_a_long_one(indexed_count, random);
+  Searched const points(matrix);
+  ASSERT_TRUE(points.table().has_sparse_bounds());
+  EXPECT_EQ(points.table().index(), nullptr);
+  expect_same_searches(matrix, points, random);
+}
+
+TEST(DistanceTable, more_values_than_are_counted_are_refused) {
+  EXPECT_NO_THROW(morva::require_countable(0xFFFF'FFFF));
+  EXPECT_THROW(morva::require_countable(0x1'0000'0000), std::length_error);
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <limits>
 #include <numeric>
+#include <stdexcept>
 #include <utility>
 
 #include "numeric/internal/ascending.h"
@@ -76,8 +77,15 @@ bool is_in(double distance, double limit, DistanceTable::Border border) {
 
 }  // namespace
 
+void require_countable(std::size_t values) {
+  if (values > std::numeric_limits<std::uint32_t>::max()) {
+    throw std::length_error("more values than a table of points can have, which is 4294967295");
+  }
+}
+
 DistanceTable::DistanceTable(std::vector<SparsePoint> points, std::optional<Form> form)
     : points_(std::move(points)), form_(form.value_or(fitting_form(points_))) {
+  require_countable(value_count(points_));
   for (SparsePoint const& point : points_) {
     is_uniform_ = is_uniform_ && point.n == points_.front().n;
     is_tame_ = is_tame_ && point.is_tame;
@@ -129,7 +137,7 @@ FloatLanes const* DistanceTable::floats() const {
 }
 
 InvertedIndex const* DistanceTable::index() const {
-  if (!index_ && has_sparse_bounds() && size() >= least_indexed) {
+  if (!index_ && has_sparse_bounds() && size() >= least_indexed && InvertedIndex::suits(points_)) {
     index_.emplace(points_);
   }
   return index_ ? &*index_ : nullptr;

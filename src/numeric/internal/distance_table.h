@@ -20,6 +20,10 @@
 
 namespace morva {
 
+/// What the searches make counts the values of all points in 32 bits: throws `std::length_error`
+/// where there are more of them.
+void require_countable(std::size_t values);
+
 /// A list of points in the form in which the engines measure them, and the searches that they are
 /// made of.
 ///
@@ -38,7 +42,8 @@ class DistanceTable {
     double distance;
   };
 
-  /// In the given form, else in that which suits the share of zeros.
+  /// In the given form, else in that which suits the share of zeros. Throws where there are more
+  /// values than `require_countable` lets pass.
   explicit DistanceTable(std::vector<SparsePoint> points, std::optional<Form> form = {});
 
   std::size_t size() const { return points_.size(); }
@@ -63,8 +68,8 @@ class DistanceTable {
 
   /// Bounds in single precision; null where few coordinates are not zero, or no bounds hold.
   FloatLanes const* floats() const;
-  /// The points by their coordinates; null where few are zero, no bounds hold, or there are so few
-  /// points that looking at each is no slower.
+  /// The points by their coordinates; null where few are zero, no bounds hold, there are so few
+  /// points that looking at each is no slower, or such lengths that an index does not suit them.
   InvertedIndex const* index() const;
 
   /// Distances, and cosine similarities, of `x` and the points from `first` on.

@@ -24,12 +24,24 @@ std::size_t band_count_for(std::size_t points) {
   return static_cast<std::size_t>(std::clamp(bands, 1.0, most_bands));
 }
 
+// Squares below, in the common scale, are lost in the room that bounds leave for roundings.
+constexpr double least_told_square = 0x1p-60;
+
 // From counts to where each begins; the last entry becomes the end.
 void sum_up(std::vector<std::uint32_t>& counts) {
   std::exclusive_scan(counts.begin(), counts.end(), counts.begin(), std::uint32_t{0});
 }
 
 }  // namespace
+
+bool InvertedIndex::suits(std::span<SparsePoint const> points) {
+  double const scale = FloatLanes::scale_for(points);
+  auto const lost = std::count_if(points.begin(), points.end(), [scale](SparsePoint const& point) {
+    double const square = point.square_sum * scale * scale;
+    return square > 0.0 && square < least_told_square;
+  });
+  return static_cast<std::size_t>(lost) <= points.size() / 2;
+}
 
 InvertedIndex::InvertedIndex(std::span<SparsePoint const> points, std::optional<std::size_t> bands)
     : scale_(FloatLanes::scale_for(points)) {

@@ -38,6 +38,10 @@ class InvertedIndex {
   static constexpr std::size_t level_count = 8;
   static constexpr Rank common_at(std::size_t level) { return Rank{8} << level; }
 
+  /// Whether most points are of such lengths that single precision in the common scale tells them
+  /// apart, which it does not where a few are many times as long as they.
+  static bool suits(std::span<SparsePoint const> points);
+
   /// Fewer than 2^32 points and values. In as many bands, at most 256, as suit the number of points
   /// where no number is given.
   explicit InvertedIndex(std::span<SparsePoint const> points,
