@@ -56,6 +56,9 @@ void NeighbourRows::append(std::span<std::uint32_t const> row) {
   if (!row.empty() && row.front() == i) {
     --uses_[i];
   }
+  if (i + 1 == count_) {
+    cells_.shrink_to_fit();
+  }
 }
 
 NeighbourRows NeighbourRows::before() const {

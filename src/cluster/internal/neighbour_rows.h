@@ -15,6 +15,7 @@ namespace morva {
 /// A row is kept as a list, of four bytes a neighbour, or as one bit for each point that it can
 /// hold, whichever is smaller. All rows together take four bytes for each pair of neighbours and
 /// twelve for each point; where all points are neighbours of all, one bit for each pair of points.
+/// As long as rows are added, up to twice as much.
 class NeighbourRows {
  public:
   enum class Side { from_itself, before };

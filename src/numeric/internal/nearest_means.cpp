@@ -177,9 +177,8 @@ void NearestMeans::find(DistanceTable const& means, Rows rows, std::span<std::si
   if (is_known && which.size() <= means.size() / 2) {
     moved.emplace(means, std::move(which), points_[0].n);
   }
-  std::vector<std::size_t> every_mean(means.size());
-  std::iota(every_mean.begin(), every_mean.end(), std::size_t{0});
-  Candidates all(means, std::move(every_mean), points_[0].n);
+  // Made for the first point that needs it: copying all means costs more than few that moved.
+  std::optional<Candidates> all;
   known_.resize(rows.size());
   for (std::size_t i = rows.begin; i < rows.end; ++i) {
     Known& known = known_[i - rows.begin];
@@ -187,8 +186,13 @@ void NearestMeans::find(DistanceTable const& means, Rows rows, std::span<std::si
       moved->measure(points_[i]);
     }
     if (!moved || !follow(*moved, known)) {
-      all.measure(points_[i]);
-      known = search(points_[i], means, all);
+      if (!all) {
+        std::vector<std::size_t> every_mean(means.size());
+        std::iota(every_mean.begin(), every_mean.end(), std::size_t{0});
+        all.emplace(means, std::move(every_mean), points_[0].n);
+      }
+      all->measure(points_[i]);
+      known = search(points_[i], means, *all);
     }
     out[i - rows.begin] = known.nearest;
   }
