@@ -268,4 +268,49 @@ TEST(ProcessGroup, ends_the_estimate_of_a_radius_where_a_process_brings_what_can
       [](HSparsePoints const& points) { HSparseClusterMgr::get_eps(points, 4, true); });
 }
 
+// Keeps what another group's processes bring.
+class RecordingGroup : public HProcessGroup {
+ public:
+  explicit RecordingGroup(std::shared_ptr<HProcessGroup> group) : group_(std::move(group)) {}
+
+  int rank() const override { return group_->rank(); }
+  int size() const override { return group_->size(); }
+  std::vector<std::string> all_gather(std::string const& mine) override {
+    meetings.push_back(group_->all_gather(mine));
+    return meetings.back();
+  }
+
+  std::vector<std::vector<std::string>> meetings;
+
+ private:
+  std::shared_ptr<HProcessGroup> group_;
+};
+
+TEST(ProcessGroup, ends_the_search_for_means_at_the_first_thing_that_cannot_be) {
+  RandomMatrix random(59'000'000);
+  std::vector<HPointN> const points = reference::to_points(documents(random, 150));
+  auto const search = [&points](std::shared_ptr<HProcessGroup> const& group) {
+    HSparsePoints shared(points);
+    Clusters found;
+    shared.share_work(group);
+    HSparseClusterMgr::kmeans(shared, 4, found, false);
+  };
+  auto const meetings = test::in_group(2, [&search](std::shared_ptr<HProcessGroup> const& group) {
+                          auto const recording = std::make_shared<RecordingGroup>(group);
+                          search(recording);
+                          return recording->meetings;
+                        }).front();
+  ASSERT_GT(meetings.size(), 6U);
+  for (std::size_t lie = 1; lie < meetings.size(); ++lie) {
+    std::size_t meeting = 0;
+    auto const other = [&](std::string const& /*mine*/) {
+      std::string const& truth = meetings[meeting][1];
+      return meeting++ == lie ? std::string(truth.size(), '\xFF') : truth;
+    };
+    if (!meetings[lie][1].empty()) {
+      EXPECT_THROW(search(std::make_shared<LyingGroup>(other)), std::runtime_error) << lie;
+    }
+  }
+}
+
 }  // namespace
