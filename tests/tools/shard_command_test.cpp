@@ -101,6 +101,36 @@ TEST_F(ShardCommand, a_document_that_changed_meanwhile_is_read_again) {
   EXPECT_TRUE(read("b.shard") == read("fresh.shard"));
 }
 
+TEST_F(ShardCommand, a_document_that_failed_is_read_again) {
+  std::string const docs = make_documents();
+  std::filesystem::create_directory(path("b.shard.new"));
+  extract({docs, path("late.txt"), "-o", path("b.shard")});
+  std::filesystem::remove(path("b.shard.new"));
+  Finished const resumed = extract({docs, path("late.txt"), "-o", path("b.shard"), "--json"});
+  EXPECT_EQ(only(resumed)["document_count"], 10);
+  EXPECT_EQ(only(resumed)["resumed_count"], 9);
+}
+
+TEST_F(ShardCommand, a_shard_in_the_way_of_another_is_kept) {
+  std::string const docs = make_documents();
+  extract({docs, "-o", path("b.shard.new")});
+  std::string const kept = read("b.shard.new");
+  EXPECT_THAT(extract({docs, "-o", path("b.shard")}).errors,
+              HasSubstr("b.shard.new: is in the way, and a whole shard; rename or remove it\n"));
+  EXPECT_THAT(run({"merge", path("b.shard.new"), "-o", path("b.shard")}).errors,
+              HasSubstr("b.shard.new: would be overwritten on the way to "));
+  EXPECT_FALSE(std::filesystem::exists(path("b.shard.part")));
+  EXPECT_TRUE(read("b.shard.new") == kept);
+}
+
+TEST_F(ShardCommand, what_a_run_left_that_was_killed_at_its_end_is_replaced) {
+  std::string const docs = make_documents();
+  extract({docs, "-o", path("b.shard.new")});
+  write("b.shard.part", "");
+  EXPECT_EQ(only(extract({docs, "-o", path("b.shard"), "--json"}))["document_count"], 9);
+  EXPECT_FALSE(std::filesystem::exists(path("b.shard.new")));
+}
+
 TEST_F(ShardCommand, the_shard_is_no_document_of_itself) {
   std::string const docs = make_documents();
   extract({docs, "-o", path("docs/all.shard"), "--json"});

@@ -1,4 +1,6 @@
+#include <algorithm>
 #include <cmath>
+#include <csignal>
 #include <cstring>
 #include <fstream>
 #include <limits>
@@ -8,8 +10,11 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
+#include "documents/run_on_files.h"
 #include "shards/extract_journal.h"
+#include "shards/extraction.h"
 #include "shards/shard_error.h"
 #include "shards/shard_inputs.h"
 #include "shards/shard_merge.h"
@@ -21,6 +26,8 @@ namespace {
 
 using testing::ElementsAre;
 using testing::HasSubstr;
+using testing::Not;
+using testing::UnorderedElementsAre;
 using tool::ShardRecord;
 
 constexpr char const* extraction = "morvaai 1, morvajieba.dict 00";
@@ -115,7 +122,7 @@ TEST_F(Shard, records_come_out_as_they_went_in_to_the_last_bit) {
   std::vector<ShardRecord> records = many(1500);
   constexpr double least = std::numeric_limits<double>::denorm_min();
   constexpr double most = std::numeric_limits<double>::max();
-  ShardRecord odd = record_of(std::string("zz\xFF\n") + std::string(5000, 'x'));
+  ShardRecord odd = record_of(std::string("zz\xFF\n") + std::string(4000, 'x'));
   odd.words = {"", std::string(3, '\0'), "a", "a", "a"};
   odd.counts = {0, std::numeric_limits<std::int32_t>::max(), 1, 1, 1};
   odd.weights = {-0.0, least, most, -most, 0.1};
@@ -273,6 +280,74 @@ TEST_F(Shard, repeated_words_do_not_make_much_of_little) {
   tool::RecordDecoder decoder(encoder.bytes());
   ShardRecord record;
   EXPECT_FALSE(decoder.take(record));
+}
+
+TEST_F(Shard, a_block_has_no_records_behind_its_end) {
+  tool::RecordEncoder encoder;
+  std::size_t fitting = 0;
+  std::vector<ShardRecord> const records = many(400);
+  for (ShardRecord const& record : records) {
+    fitting += encoder.bytes().size() < tool::block_size ? 1U : 0U;
+    encoder.add(record);
+  }
+  ASSERT_LT(fitting, records.size());
+  tool::RecordDecoder decoder(encoder.bytes());
+  ShardRecord record;
+  for (std::size_t i = 0; i < fitting; ++i) {
+    ASSERT_TRUE(decoder.take(record)) << i;
+  }
+  EXPECT_FALSE(decoder.take(record));
+}
+
+TEST_F(Shard, a_text_has_words) {
+  ShardRecord record = record_of("a", {});
+  EXPECT_FALSE(tool::is_storable(record));
+  record.outcome = "no words";
+  EXPECT_TRUE(tool::is_storable(record));
+}
+
+TEST_F(Shard, a_path_has_no_more_bytes_than_a_system_takes) {
+  EXPECT_TRUE(tool::is_storable(record_of(std::string(4096, 'x'))));
+  EXPECT_FALSE(tool::is_storable(record_of(std::string(4097, 'x'))));
+}
+
+TEST(FailedRecord, is_storable_whatever_a_worker_says) {
+  for (std::string const& problem : {std::string("text"), std::string(20U << 20U, 'x')}) {
+    ShardRecord const record = tool::failed_record("a", problem);
+    EXPECT_TRUE(tool::is_storable(record));
+    EXPECT_EQ(record.outcome, "failed");
+    EXPECT_EQ(record.reason, tool::senseless_answer);
+  }
+  EXPECT_EQ(tool::failed_record("a", "encrypted: a password is needed"), failed("a"));
+}
+
+/// Ends the worker processes of this one.
+void kill_workers() {
+  std::string const self = std::to_string(getpid());
+  std::ifstream children("/proc/" + self + "/task/" + self + "/children");
+  for (pid_t child = 0; children >> child;) {
+    kill(child, SIGKILL);
+  }
+}
+
+TEST_F(Shard, a_document_whose_worker_was_killed_is_read_again) {
+  std::vector<HString> files;
+  for (std::string const name : {"a", "b", "c", "d"}) {
+    put(name, "");
+    files.emplace_back(path(name).c_str());
+  }
+  std::vector<std::size_t> order;
+  testing::internal::CaptureStderr();
+  tool::extract_records(files, 1, [&](std::size_t index, ShardRecord const& record) {
+    if (order.empty()) {
+      kill_workers();
+    }
+    order.push_back(index);
+    EXPECT_THAT(record.reason, Not(HasSubstr("signal")));
+  });
+  EXPECT_THAT(testing::internal::GetCapturedStderr(), HasSubstr("read again alone: 1\n"));
+  EXPECT_FALSE(std::is_sorted(order.begin(), order.end()));
+  EXPECT_THAT(order, UnorderedElementsAre(0, 1, 2, 3));
 }
 
 class Journal : public Shard {

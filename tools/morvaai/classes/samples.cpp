@@ -39,14 +39,11 @@ bool add_sample(HString const& file, int folder_length, Samples& samples) {
     samples.strays.push_back(file);
     return false;
   }
-  auto& names = samples.class_names;
-  // The files of a folder follow one another.
-  auto const found = std::find(names.rbegin(), names.rend(), steps.front());
-  bool const is_new = found == names.rend();
-  samples.class_of_file.push_back(is_new ? names.size()
-                                         : static_cast<std::size_t>(names.rend() - found) - 1);
+  auto const [found, is_new] =
+      samples.class_of_name.try_emplace(steps.front().get_ws(), samples.class_names.size());
+  samples.class_of_file.push_back(found->second);
   if (is_new) {
-    names.push_back(steps.front());
+    samples.class_names.push_back(steps.front());
   }
   samples.files.push_back(file);
   return true;

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "morvaai.h"
@@ -18,6 +19,8 @@ struct Samples {
   std::vector<std::size_t> class_of_file;
   /// Files in no sub-folder.
   std::vector<HString> strays;
+  /// The position of each name of a class, for `add_sample`.
+  std::unordered_map<std::wstring, std::size_t> class_of_name;
 };
 
 /// Adds a file to the class of the sub-folder that it lies in, below a folder whose name, with the

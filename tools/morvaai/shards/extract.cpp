@@ -1,7 +1,9 @@
 #include <algorithm>
 #include <cstdint>
+#include <filesystem>
 #include <limits>
 #include <optional>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -14,6 +16,7 @@
 #include "shards/extraction.h"
 #include "shards/shard_error.h"
 #include "shards/shard_inputs.h"
+#include "shards/shard_reader.h"
 #include "shards/shard_summary.h"
 #include "shards/shard_writer.h"
 #include "terminal/progress.h"
@@ -23,6 +26,29 @@ namespace tool {
 namespace {
 
 constexpr std::uint64_t no_place = std::numeric_limits<std::uint64_t>::max();
+
+// Whether it would be the same if the document were read again: what ended its worker, or kept the
+// file from being read, may have passed by.
+bool is_settled(ShardRecord const& record) {
+  return !record.words.empty() || (record.outcome != "failed" && record.outcome != "timed out");
+}
+
+bool is_whole_shard(std::string const& path) {
+  try {
+    ShardReader const reader(path);
+    return true;
+  } catch (ShardError const&) {
+    return false;
+  }
+}
+
+// What a killed run leaves behind is replaced; it has its journal beside it.
+void check_way_to(std::string const& shard) {
+  std::string const on_its_way = shard + ".new";
+  if (!std::filesystem::exists(shard + ".part") && is_whole_shard(on_its_way)) {
+    throw ShardError(on_its_way, "is in the way, and a whole shard; rename or remove it");
+  }
+}
 
 // The documents of one shard, and how far they are.
 class Extraction {
@@ -44,7 +70,7 @@ class Extraction {
                                           });
       if (found != inputs_.end() && found->path == record.path) {
         places_[static_cast<std::size_t>(found - inputs_.begin())] =
-            found->stamp == stamp ? place : no_place;
+            is_settled(record) && found->stamp == stamp ? place : no_place;
       }
     });
     return inputs_.size() -
@@ -132,6 +158,7 @@ int run_extract(ExtractOptions const& options) {
     return some_failed;
   }
   check_output(options.output);
+  check_way_to(options.output);
   std::size_t refused = 0;
   Extraction run(shard_inputs(options.inputs, *part, options.output, refused), options.output,
                  extraction);

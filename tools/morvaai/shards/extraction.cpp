@@ -1,7 +1,13 @@
 #include "shards/extraction.h"
 
+#include <algorithm>
+#include <array>
+#include <csignal>
+#include <cstring>
 #include <optional>
 #include <utility>
+
+#include <fmt/format.h>
 
 #include "morvaai.h"
 
@@ -28,13 +34,13 @@ FileReport extract(HString const& path) {
           document.incompleteness()};
 }
 
-ShardRecord failed_record(std::string path, std::string const& problem) {
-  ShardRecord record;
-  record.path = std::move(path);
-  auto [outcome, reason] = failure_of(problem);
-  record.outcome = std::move(outcome);
-  record.reason = std::move(reason);
-  return record;
+// Of a worker that was killed, which the pool itself never does without another reason.
+bool was_killed(FileReport const& report) {
+  constexpr std::array<int, 2> signals = {SIGKILL, SIGTERM};
+  return report.output.empty() && std::any_of(signals.begin(), signals.end(), [&](int signal) {
+           return report.problem ==
+                  std::string("the worker process ended with signal: ") + strsignal(signal);
+         });
 }
 
 // The reason why a document was not read to its end.
@@ -63,6 +69,19 @@ std::optional<ShardRecord> unpack(std::string path, FileReport const& report) {
   return is_storable(record) ? std::optional(std::move(record)) : std::nullopt;
 }
 
+// Tells where what the worker has packed makes no sense.
+ShardRecord record_of(HString const& file, FileReport const& report) {
+  std::string const path = morvabs::to_path(file).value_or(std::string());
+  if (report.output.empty()) {
+    return failed_record(path, report.problem);
+  }
+  if (auto record = unpack(path, report)) {
+    return *std::move(record);
+  }
+  complain(printable(file) + ": " + senseless_answer);
+  return failed_record(path, senseless_answer);
+}
+
 }  // namespace
 
 std::string extraction_of_program() {
@@ -82,22 +101,46 @@ std::string extraction_of_program() {
   return extraction;
 }
 
+ShardRecord failed_record(std::string path, std::string const& problem) {
+  ShardRecord record;
+  record.path = std::move(path);
+  auto [outcome, reason] = failure_of(problem);
+  record.outcome = std::move(outcome);
+  record.reason = std::move(reason);
+  if (!is_storable(record)) {
+    record.outcome = "failed";
+    record.reason = senseless_answer;
+  }
+  return record;
+}
+
 int extract_records(std::vector<HString> const& files, std::size_t jobs,
                     std::function<void(std::size_t, ShardRecord)> const& take) {
-  return run_on_files(files, jobs, &extract, [&](std::size_t index, FileReport const& report) {
-    std::string path = morvabs::to_path(files[index]).value_or(std::string());
-    if (report.output.empty()) {
-      take(index, failed_record(std::move(path), report.problem));
-      return true;
-    }
-    if (auto record = unpack(path, report)) {
-      take(index, *std::move(record));
-      return true;
-    }
-    complain(printable(files[index]) + ": " + senseless_answer);
-    take(index, failed_record(std::move(path), senseless_answer));
-    return false;
-  });
+  std::vector<std::size_t> killed;
+  int const status =
+      run_on_files(files, jobs, &extract, [&](std::size_t index, FileReport const& report) {
+        if (was_killed(report)) {
+          killed.push_back(index);
+          return true;
+        }
+        take(index, record_of(files[index], report));
+        return true;
+      });
+  if (killed.empty()) {
+    return status;
+  }
+  complain(fmt::format(
+      "warning: workers were killed from outside, as when memory runs short; read again alone: {}",
+      killed.size()));
+  std::vector<HString> again;
+  for (std::size_t const index : killed) {
+    again.push_back(files[index]);
+  }
+  return std::max(
+      status, run_on_files(again, 1, &extract, [&](std::size_t index, FileReport const& report) {
+        take(killed[index], record_of(again[index], report));
+        return true;
+      }));
 }
 
 }  // namespace tool

@@ -14,8 +14,14 @@ namespace tool {
 /// dictionary. Empty without a dictionary: then there is nothing to extract with.
 std::string extraction_of_program();
 
+/// The record of a document that gave nothing, from what its worker said of it, which may be
+/// anything.
+ShardRecord failed_record(std::string path, std::string const& problem);
+
 /// Makes the records of the files in worker processes, as `run_on_files` does, and hands them to
-/// `take` in order of the files: one for each, those of files that failed too.
+/// `take`: one for each, those of files that failed too. They come in order of the files, but for
+/// those whose worker was killed from outside, as when memory ran short: these are read once more
+/// when all others are done, one at a time, and come last.
 int extract_records(std::vector<HString> const& files, std::size_t jobs,
                     std::function<void(std::size_t, ShardRecord)> const& take);
 

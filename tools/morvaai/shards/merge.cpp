@@ -1,14 +1,38 @@
+#include <filesystem>
+#include <string>
+#include <system_error>
+
 #include <nlohmann/json.hpp>
 
+#include "morvaai.h"
+
 #include "command_line/commands.h"
+#include "documents/run_on_files.h"
+#include "shards/shard_error.h"
 #include "shards/shard_merge.h"
 #include "shards/shard_summary.h"
 #include "shards/shard_writer.h"
 
 namespace tool {
 
+namespace {
+
+// The shard is written beside its place first, over what is there.
+void check_inputs(MergeOptions const& options) {
+  for (std::string const& shard : options.shards) {
+    std::error_code none;
+    if (std::filesystem::equivalent(shard, options.output + ".new", none)) {
+      throw ShardError(shard, "would be overwritten on the way to " +
+                                  printable(morvabs::from_path(options.output)) + "; rename it");
+    }
+  }
+}
+
+}  // namespace
+
 int run_merge(MergeOptions const& options) {
   check_output(options.output);
+  check_inputs(options);
   MergedShards shards(options.shards);
   ShardWriter writer(options.output, shards.extraction());
   shards.take_all([&](ShardRecord const& record) { writer.add(record); });

@@ -4,6 +4,8 @@
 #include <bit>
 #include <limits>
 
+#include "shards/shard_layout.h"
+
 namespace tool {
 
 namespace {
@@ -91,6 +93,9 @@ void RecordEncoder::add_words(std::vector<std::string> const& words) {
 }
 
 bool RecordDecoder::take(ShardRecord& record) {
+  if (size_ - taker_.left() >= block_size) {
+    return false;
+  }
   std::uint64_t const shared = taker_.take_varint();
   std::string_view const rest = taker_.take_bytes(taker_.take_varint());
   if (shared > path_.size() || rest.size() > longest_path - shared) {

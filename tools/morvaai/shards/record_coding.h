@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -37,16 +38,18 @@ class RecordEncoder {
 class RecordDecoder {
  public:
   /// The bytes stay where they are until all is taken.
-  explicit RecordDecoder(std::string_view bytes) : taker_(bytes) {}
+  explicit RecordDecoder(std::string_view bytes) : size_(bytes.size()), taker_(bytes) {}
 
   bool is_at_end() const { return taker_.is_at_end(); }
-  /// The next record, a storable one. False where the bytes are none, and for ever after.
+  /// The next record, a storable one. False where the bytes are none, and for ever after; so it is
+  /// for one that begins where the block should have ended before (`block_size`).
   bool take(ShardRecord& record);
 
  private:
   bool take_words(ShardRecord& record);
   bool take_weights(ShardRecord& record);
 
+  std::size_t size_;
   ByteTaker taker_;
   std::string path_;
   std::vector<std::string_view> words_;

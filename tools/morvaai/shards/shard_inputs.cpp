@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <charconv>
 #include <set>
+#include <string>
 #include <string_view>
 #include <utility>
 
@@ -66,7 +67,8 @@ std::vector<ShardInput> shard_inputs(std::vector<std::string> const& arguments, 
   for (HString const& file : expand_inputs(arguments)) {
     std::optional<std::string> path = morvabs::to_path(file);
     if (!path || path->empty() || path->size() > longest_path) {
-      complain(printable(file.get_first(100)) + "...: no file can have such a path; left out");
+      complain(printable(file.get_first(100)) + "...: no path of a file, or longer than " +
+               std::to_string(longest_path) + " bytes; left out");
       ++refused;
     } else if (is_in_part(*path, part)) {
       paths.push_back(std::move(*path));

@@ -32,8 +32,8 @@ struct ShardInput {
 };
 
 /// The documents that the arguments of a command name, those of the part, each once, in the order
-/// of shards. What is written for this shard is none of them. A path that no file can have is told,
-/// and counted in `refused`.
+/// of shards. What is written for this shard is none of them. A path that no file can have, or
+/// one over `longest_path`, is told, and counted in `refused`.
 std::vector<ShardInput> shard_inputs(std::vector<std::string> const& arguments, Part const& part,
                                      std::string const& shard, std::size_t& refused);
 

@@ -14,8 +14,10 @@ namespace tool {
 bool is_shard(std::string const& path);
 
 /// Reads a shard record by record. Its bytes may be of anyone: whatever they are, they cost no more
-/// than the largest block (`largest_block`) in memory, and no more than there are in time, and what
-/// is damaged, cut off or no shard is a ShardError. Records that were handed out before stay good.
+/// memory than the largest block (`largest_block`) and the largest record take, some 40 MB, and
+/// what is damaged, cut off or no shard is a ShardError. Records that were handed out before stay
+/// good. Records can be larger than what stands for them, as their paths and words repeat: who
+/// keeps the paths of all may need `longest_path` for some bytes of the file.
 class ShardReader {
  public:
   /// Checks beginning, end and index.

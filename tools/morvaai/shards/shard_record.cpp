@@ -50,7 +50,8 @@ bool is_storable(ShardRecord const& record) {
   std::size_t const texts = std::transform_reduce(
       record.words.begin(), record.words.end(), record.path.size() + record.reason.size(),
       std::plus<>(), [](std::string const& word) { return word.size(); });
-  return is_path(record.path) && count <= most_words && texts <= largest_texts &&
+  bool const is_told = count > 0 || record.outcome != outcomes.front();
+  return is_path(record.path) && is_told && count <= most_words && texts <= largest_texts &&
          record.counts.size() == count && record.weights.size() == count &&
          std::all_of(record.counts.begin(), record.counts.end(), [](auto n) { return n >= 0; }) &&
          std::all_of(record.weights.begin(), record.weights.end(),

@@ -19,7 +19,8 @@ struct ShardRecord {
   /// Why, for a person; empty where the document was read to its end.
   std::string reason;
   /// The words that characterise it, in UTF-8 and in the order that the segmenter gave them, with
-  /// their counts, not below 0, and weights, finite numbers. None where the document gave none.
+  /// their counts, not below 0, and weights, finite numbers. None where the document gave none;
+  /// then the outcome is not "text".
   std::vector<std::string> words;
   std::vector<std::int32_t> counts;
   std::vector<double> weights;
@@ -31,7 +32,7 @@ struct ShardRecord {
 };
 
 /// Bounds of a record, so that one who reads a shard knows what it can cost.
-constexpr std::size_t longest_path = 65535;
+constexpr std::size_t longest_path = 4096;
 constexpr std::size_t most_words = 10000;
 /// Of path, reason and words together, in bytes.
 constexpr std::size_t largest_texts = std::size_t{16} << 20;
