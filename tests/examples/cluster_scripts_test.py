@@ -103,6 +103,17 @@ class Run(unittest.TestCase):
         self.assertTrue((self.run_folder / "all.shard").exists(), (self.jobs / "log").read_text())
         self.assertEqual(first.stat().st_mtime_ns, before.st_mtime_ns)
 
+    def test_a_part_that_is_gone_is_missed_by_merging(self):
+        self.submit(self.run_folder, "2", self.documents)
+        merge = ["bash", SCRIPTS / "merge.sbatch", self.run_folder, "2"]
+        again = subprocess.run(merge, env=self.environment, capture_output=True, text=True)
+        self.assertEqual((again.returncode, again.stdout), (0, f"{self.run_folder}/all.shard is there\n"))
+
+        (self.run_folder / "parts/1-of-2.shard").unlink()
+        lacking = subprocess.run(merge, env=self.environment, capture_output=True, text=True)
+        self.assertEqual(lacking.returncode, 1)
+        self.assertIn("1-of-2.shard: No such file or directory", lacking.stderr)
+
     def test_a_machine_without_the_folder_makes_no_shard(self):
         self.submit(self.run_folder, "1", self.documents, self.folder / "elsewhere")
         self.assertIn(f"{self.folder}/elsewhere is not there", (self.jobs / "log").read_text())
