@@ -133,6 +133,7 @@ int extract_records(std::vector<HString> const& files, std::size_t jobs,
       "warning: workers were killed from outside, as when memory runs short; read again alone: {}",
       killed.size()));
   std::vector<HString> again;
+  again.reserve(killed.size());
   for (std::size_t const index : killed) {
     again.push_back(files[index]);
   }
