@@ -76,9 +76,9 @@ class MORVA_EXPORT HSparsePoints {
   /// of the points beside them, and sends as much as results are large, not as points are. What a
   /// process brings that cannot be a result ends the call with `std::runtime_error`.
   ///
-  /// Each process does the whole of what is not divided: the neighbours of DBSCAN by similarity, the
-  /// medians of points of few zeros, the repair of empty clusters, and means that take no longer to
-  /// make than to send.
+  /// Each process does the whole of what is not divided: the neighbours of DBSCAN by similarity,
+  /// the medians of points of few zeros, the repair of empty clusters, and means that take no
+  /// longer to make than to send.
   ///
   /// False, with nothing changed, in all processes where the points, by a digest of them, are not
   /// the same in all. Null ends it in this process.

@@ -79,7 +79,8 @@ bool is_in(double distance, double limit, DistanceTable::Border border) {
 
 void require_countable(std::size_t values) {
   if (values > std::numeric_limits<std::uint32_t>::max()) {
-    throw std::length_error("more values than a table of points can have, 4294967295: take fewer points");
+    throw std::length_error(
+        "more values than a table of points can have, 4294967295: take fewer points");
   }
 }
 
