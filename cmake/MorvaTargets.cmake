@@ -83,9 +83,10 @@ function(morva_limit_exports name script)
 endfunction()
 
 # What most of the time of compiling a test would go into is parsed once: the first test of the project
-# has it, the others take it from there. Tests in a directory with MORVA_MORE_TEST_HEADERS share these too.
+# has it, the others take it from there. Tests in a directory with MORVA_MORE_TEST_HEADERS share these too, and those with
+# a MORVA_TEST_GROUP, as they are compiled in another way, share with each other alone.
 function(morva_share_test_headers name)
-  string(MD5 group "${MORVA_MORE_TEST_HEADERS}")
+  string(MD5 group "${MORVA_MORE_TEST_HEADERS}${MORVA_TEST_GROUP}")
   get_property(first GLOBAL PROPERTY MORVA_FIRST_TEST_${group})
   if(first)
     target_precompile_headers(${name} REUSE_FROM ${first})
