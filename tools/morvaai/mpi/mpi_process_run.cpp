@@ -130,7 +130,11 @@ int run_in_group(std::function<int(std::shared_ptr<HProcessGroup> const&)> const
     prepare_for_end();
   }
   try {
-    return work(group);
+    int const status = work(group);
+    // All is said and done; the launcher ends those that are left by the signal where one ended
+    // with a status that is not 0.
+    std::signal(SIGTERM, SIG_DFL);
+    return status;
   } catch (std::bad_alloc const&) {
     end_all(*group, "out of memory");
   } catch (std::exception const& error) {
