@@ -187,8 +187,8 @@ def held(results):
     words = outlook.Power.of(counted(results, "points", "words"))
     lines = []
     if words:
-        lines.append(["Points in the memory of each process: 24 bytes a word of a document",
-                      *(outlook.in_bytes(24.0 * words.at(target)) for target in outlook.TARGETS)])
+        lines.append(["Points in the memory of each process, while measured: up to 41 bytes a word of a document",
+                      *(outlook.in_bytes(41.0 * words.at(target)) for target in outlook.TARGETS)])
     for name, key in ("given", "neighbours_given"), ("estimated", "neighbours_auto"):
         neighbours = outlook.Power.of(counted(results, "points", key))
         if neighbours:
@@ -196,8 +196,9 @@ def held(results):
             lines.append([f"Neighbours of all, eps {name}: 4 bytes each, at most a bit for each pair of documents",
                           *(outlook.in_bytes(min(target * (12.0 + 4.0 * near), target**2 / 8.0))
                             for target, near in zip(outlook.TARGETS, each))])
-            lines.append([f"DBSCAN, eps {name}: what each process gets from the others, 4 bytes a pair",
-                          *(outlook.in_bytes(2.0 * target * near) for target, near in zip(outlook.TARGETS, each))])
+            lines.append([f"DBSCAN, eps {name}: what each process gets from others, 4 bytes a pair or a bit for each",
+                          *(outlook.in_bytes(min(2.0 * target * near, target**2 / 16.0))
+                            for target, near in zip(outlook.TARGETS, each))])
     if words:
         lines.append(["K-means: what each process gets in an iteration, 8 bytes a document, and the means",
                       *(outlook.in_bytes(8.0 * target) for target in outlook.TARGETS)])

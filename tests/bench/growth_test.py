@@ -122,7 +122,7 @@ class Page(unittest.TestCase):
     def test_bytes_follow_what_was_counted(self):
         text, _ = self.rendered({"name": f"corpus/points/{size}", "words": 100 * size, "neighbours_given": 0.5}
                                 for size in (50000, 100000, 200000))
-        self.assertIn("24 bytes a word of a document | 2.40 GB | 24.0 GB | 240 GB |", text)
+        self.assertIn("up to 41 bytes a word of a document | 4.10 GB | 41.0 GB | 410 GB |", text)
 
 
 if __name__ == "__main__":
