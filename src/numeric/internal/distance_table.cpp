@@ -15,6 +15,7 @@
 #include "numeric/internal/list_states.h"
 #include "numeric/internal/no_distance.h"
 #include "numeric/internal/norm_search.h"
+#include "numeric/internal/open_distances.h"
 #include "numeric/internal/point_block.h"
 
 namespace morva {
@@ -233,16 +234,12 @@ void DistanceTable::within(SparsePoint const& x, std::size_t first, double limit
   for (std::size_t j = 0; j < out.size(); ++j) {
     out[j] = bounds.high[j] < below ? 1 : 0;
     if (bounds.high[j] >= below && bounds.low[j] <= above) {
-      open.push_back(j);
+      open.push_back(first + j);
     }
   }
-  // Where distances tie with the limit in great number, one sweep is cheaper than pair by pair.
-  bool const sweeps = open.size() > 16 && open.size() > out.size() / 8;
-  std::vector<double> const exact = sweeps ? all_distances(x, first) : std::vector<double>();
-  for (std::size_t const j : open) {
-    double const measured = sweeps ? exact[j] : distance(x, points_[first + j]);
-    out[j] = is_in(measured, limit, border) ? 1 : 0;
-  }
+  OpenDistances(*this).measure(x, first, open, [&](std::size_t j, double measured) {
+    out[j - first] = is_in(measured, limit, border) ? 1 : 0;
+  });
 }
 
 std::size_t DistanceTable::nearest(SparsePoint const& x) const {

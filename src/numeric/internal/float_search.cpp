@@ -24,7 +24,7 @@ enum State : char { outside = 0, open = 1, inside = 2 };
 }  // namespace
 
 FloatSearch::FloatSearch(DistanceTable const& table, FloatLanes const& floats)
-    : table_(table), floats_(floats), states_(table.size()) {}
+    : table_(table), floats_(floats), states_(table.size()), open_distances_(table) {}
 
 namespace {
 
@@ -58,23 +58,6 @@ void FloatSearch::for_each_row(Rows rows, Part part, Take const& take) {
 void FloatSearch::list_open(std::span<char const> states, std::size_t first) {
   open_.clear();
   list_states(states, open, first, open_);
-}
-
-// Calls `take(j, distance)` for the open points j in their order, which are at `first` or behind.
-template <typename Take>
-void FloatSearch::measure(SparsePoint const& x, std::size_t first, Take const& take) {
-  // Where there are many, one sweep is cheaper than pair by pair.
-  if (open_.size() > 16 && open_.size() > (table_.size() - first) / 8) {
-    exact_.resize(table_.size() - first);
-    table_.distances(x, first, exact_);
-    for (std::size_t const j : open_) {
-      take(j, exact_[j - first]);
-    }
-    return;
-  }
-  for (std::size_t const j : open_) {
-    take(j, distance(x, table_[j]));
-  }
 }
 
 namespace {
@@ -146,7 +129,7 @@ std::optional<FoundPair> FloatSearch::farthest_pair(Rows rows) {
       for (std::size_t& place : open_) {
         place = order[place];
       }
-      measure(table_[order[i]], 0, [&](std::size_t j, double measured) {
+      open_distances_.measure(table_[order[i]], 0, open_, [&](std::size_t j, double measured) {
         FoundPair const pair{std::min(order[i], j), std::max(order[i], j), measured};
         bool const is_first = result && std::pair(pair.i, pair.j) < std::pair(result->i, result->j);
         if (measured > greatest || (measured == greatest && is_first)) {
@@ -173,12 +156,13 @@ std::optional<FoundPair> FloatSearch::closest_pair() {
                  auto const states = std::span(states_).first(lows.size());
                  wide::compare(lows, highs, -infinity, reach, states);
                  list_open(states, first);
-                 measure(table_[i], first, [&](std::size_t j, double measured) {
-                   if (measured < least) {
-                     least = measured;
-                     result = FoundPair{i, j, measured};
-                   }
-                 });
+                 open_distances_.measure(table_[i], first, open_,
+                                         [&](std::size_t j, double measured) {
+                                           if (measured < least) {
+                                             least = measured;
+                                             result = FoundPair{i, j, measured};
+                                           }
+                                         });
                  reach = std::min(reach, floats_.square_of(least).high);
                });
   return result;
@@ -188,7 +172,7 @@ std::optional<FoundPair> FloatSearch::closest_pair() {
 void FloatSearch::decide(std::size_t i, std::size_t first, double limit,
                          DistanceTable::Border border, std::span<char> states) {
   list_open(states, first);
-  measure(table_[i], first, [&](std::size_t j, double measured) {
+  open_distances_.measure(table_[i], first, open_, [&](std::size_t j, double measured) {
     bool const is_in =
         border == DistanceTable::Border::inside ? measured <= limit : measured < limit;
     states[j - first] = is_in ? inside : outside;
@@ -243,8 +227,9 @@ std::vector<std::vector<double>> FloatSearch::smallest_distances(Rows rows, std:
     list_open(states_, 0);
     std::vector<double> distances;
     distances.reserve(open_.size());
-    measure(table_[i], 0,
-            [&](std::size_t /*j*/, double measured) { distances.push_back(measured); });
+    open_distances_.measure(table_[i], 0, open_, [&](std::size_t /*j*/, double measured) {
+      distances.push_back(measured);
+    });
     result.push_back(smallest(count, std::move(distances)));
   });
   return result;
@@ -260,7 +245,7 @@ std::vector<double> FloatSearch::greatest_within(Rows rows, double limit) {
     states_[i] = outside;
     list_open(states_, 0);
     double& greatest = result[i - rows.begin];
-    measure(table_[i], 0, [&](std::size_t /*j*/, double measured) {
+    open_distances_.measure(table_[i], 0, open_, [&](std::size_t /*j*/, double measured) {
       if (measured > greatest && measured <= limit) {
         greatest = measured;
       }
@@ -289,7 +274,7 @@ void FloatSearch::nearest(DistanceTable const& points, FloatLanes const& floats,
         continue;
       }
       double least = no_distance;
-      measure(points[i], 0, [&](std::size_t j, double measured) {
+      open_distances_.measure(points[i], 0, open_, [&](std::size_t j, double measured) {
         if (measured <= least) {
           least = measured;
           found = j;

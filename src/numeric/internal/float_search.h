@@ -7,6 +7,7 @@
 
 #include "numeric/internal/distance_table.h"
 #include "numeric/internal/float_lanes.h"
+#include "numeric/internal/open_distances.h"
 #include "numeric/internal/rows.h"
 
 namespace morva {
@@ -41,8 +42,6 @@ class FloatSearch {
   void for_each_row(Rows rows, Part part, Take const& take);
   static constexpr std::size_t none = static_cast<std::size_t>(-1);
 
-  template <typename Take>
-  void measure(SparsePoint const& x, std::size_t first, Take const& take);
   void decide(std::size_t i, std::size_t first, double limit, DistanceTable::Border border,
               std::span<char> states);
   void list_open(std::span<char const> states, std::size_t first);
@@ -53,10 +52,10 @@ class FloatSearch {
   // The rows that `within` has bounds for, and from where on.
   std::size_t block_ = none;
   std::size_t block_first_ = 0;
-  // What is left open of a row, and room for a whole one.
+  // What is left open of a row.
   std::vector<char> states_;
   std::vector<std::size_t> open_;
-  std::vector<double> exact_;
+  OpenDistances open_distances_;
 };
 
 }  // namespace morva

@@ -26,7 +26,8 @@ InvertedSearch::InvertedSearch(DistanceTable const& table, InvertedIndex const& 
     : table_(table),
       index_(index),
       bands_(table.points(), index),
-      marks_(table.size() / mark_bits + 1) {}
+      marks_(table.size() / mark_bits + 1),
+      open_distances_(table) {}
 
 InvertedSearch::Square InvertedSearch::square_of(double distance) const {
   double const scaled = std::min(distance * index_.scale(), greatest_limit);
@@ -54,23 +55,6 @@ void InvertedSearch::list_marked(std::size_t first) {
       auto const bit = static_cast<std::size_t>(std::countr_zero(bits));
       marked_.push_back(static_cast<std::uint32_t>(word * mark_bits + bit));
     }
-  }
-}
-
-// Calls `visit(j, distance)` for the open points j, which are at `first` or behind.
-template <typename Visit_>
-void InvertedSearch::measure_open(std::size_t i, std::size_t first, Visit_ const& visit) {
-  // Where there are many, one sweep is cheaper than pair by pair.
-  if (open_.size() > 16 && open_.size() > (table_.size() - first) / 8) {
-    exact_.resize(table_.size() - first);
-    table_.distances(table_[i], first, exact_);
-    for (std::uint32_t const j : open_) {
-      visit(j, exact_[j - first]);
-    }
-    return;
-  }
-  for (std::uint32_t const j : open_) {
-    visit(j, distance(table_[i], table_[j]));
   }
 }
 
@@ -108,7 +92,7 @@ void InvertedSearch::neighbours(Rows rows, double limit, Border border,
       }
     }
     judge(bands_.search_rest());
-    measure_open(i, i, [&](std::uint32_t j, double measured) {
+    open_distances_.measure(table_[i], i, open_, [&](std::uint32_t j, double measured) {
       if (is_in(measured)) {
         mark(j);
       }
@@ -176,7 +160,9 @@ std::vector<double> InvertedSearch::smallest_of_row(std::size_t i, std::size_t c
   open_candidates(-infinity, reach_);
   std::vector<double> distances;
   distances.reserve(open_.size());
-  measure_open(i, 0, [&](std::uint32_t /*j*/, double measured) { distances.push_back(measured); });
+  open_distances_.measure(table_[i], 0, open_, [&](std::uint32_t /*j*/, double measured) {
+    distances.push_back(measured);
+  });
   return smallest(count, std::move(distances));
 }
 
@@ -230,7 +216,7 @@ double InvertedSearch::greatest_of_row(std::size_t i, double limit) {
   keep_farthest(bands_.search_rest(), i, square);
   open_candidates(reach_, square.high);
   double greatest = 0.0;
-  measure_open(i, 0, [&](std::uint32_t /*j*/, double measured) {
+  open_distances_.measure(table_[i], 0, open_, [&](std::uint32_t /*j*/, double measured) {
     if (measured > greatest && measured <= limit) {
       greatest = measured;
     }
@@ -272,7 +258,7 @@ std::optional<FoundPair> InvertedSearch::closest_pair(Rows rows) {
     keep(bands_.search_rest());
     open_candidates(-infinity, reach_);
     std::sort(open_.begin(), open_.end());
-    measure_open(i, i, [&](std::uint32_t j, double measured) {
+    open_distances_.measure(table_[i], i, open_, [&](std::uint32_t j, double measured) {
       if (measured < least) {
         least = measured;
         result = FoundPair{i, j, measured};

@@ -9,6 +9,7 @@
 #include "numeric/internal/band_search.h"
 #include "numeric/internal/distance_table.h"
 #include "numeric/internal/inverted_index.h"
+#include "numeric/internal/open_distances.h"
 #include "numeric/internal/rows.h"
 
 namespace morva {
@@ -60,8 +61,6 @@ class InvertedSearch {
   void keep_farthest(std::span<Near const> found, std::size_t i, Square const& limit);
   double greatest_of_row(std::size_t i, double limit);
   void open_candidates(double from, double to);
-  template <typename Visit_>
-  void measure_open(std::size_t i, std::size_t first, Visit_ const& visit);
 
   DistanceTable const& table_;
   InvertedIndex const& index_;
@@ -74,9 +73,8 @@ class InvertedSearch {
   std::vector<Near> candidates_;
   double reach_ = 0.0;
   std::vector<double> nearest_;
-  // What is to be measured, and room for a whole row.
   std::vector<std::uint32_t> open_;
-  std::vector<double> exact_;
+  OpenDistances open_distances_;
 };
 
 }  // namespace morva
