@@ -262,7 +262,7 @@ std::string Worker::reason_of_end(WorkerLimits const& limits) {
     return processor_time_reason(limits);
   }
   if (WIFSIGNALED(status)) {
-    return std::string("the worker process ended with signal: ") + ::strsignal(WTERMSIG(status));
+    return std::string(ended_by_signal) + ::strsignal(WTERMSIG(status));
   }
   return "the worker process ended with status " +
          std::to_string(WIFEXITED(status) ? WEXITSTATUS(status) : status);

@@ -27,6 +27,10 @@ struct WorkerLimits {
   std::uint64_t result_size = std::uint64_t{256} << 20;
 };
 
+/// What a task's failure begins with where a signal ended its worker; the name of the signal, as
+/// `strsignal` has it, follows. Other code may compare it.
+inline constexpr char const* ended_by_signal = "the worker process ended with signal: ";
+
 /// What workers are shut in by on this machine, beside limits and the loss of their descriptors.
 struct IsolationLayers {
   /// System calls are filtered.

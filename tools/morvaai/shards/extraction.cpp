@@ -38,8 +38,7 @@ FileReport extract(HString const& path) {
 bool was_killed(FileReport const& report) {
   constexpr std::array<int, 2> signals = {SIGKILL, SIGTERM};
   return report.output.empty() && std::any_of(signals.begin(), signals.end(), [&](int signal) {
-           return report.problem ==
-                  std::string("the worker process ended with signal: ") + strsignal(signal);
+           return report.problem == std::string(morvabs::ended_by_signal) + strsignal(signal);
          });
 }
 
