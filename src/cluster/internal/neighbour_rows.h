@@ -5,7 +5,7 @@
 #include <span>
 #include <vector>
 
-#include "cluster/internal/index_set.h"
+#include "numeric/internal/index_set.h"
 
 namespace morva {
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <cstdint>
 #include <iterator>
 #include <utility>
 
@@ -95,25 +96,14 @@ SparsePoint sorted_mean(long long n, std::span<SparsePoint const* const> adding,
 }  // namespace
 
 void CenterFinder::mark_columns(long long n, std::span<SparsePoint const* const> members) {
-  std::fill(marks_.begin(), marks_.end(), 0);
+  marks_.clear();
   for (SparsePoint const* member : members) {
     for (std::uint32_t const column : member->columns) {
       if (column >= n) {
         break;
       }
-      if (column / 64 >= marks_.size()) {
-        marks_.resize(column / 64 + 1, 0);
-      }
-      marks_[column / 64] |= std::uint64_t{1} << column % 64;
-    }
-  }
-}
-
-template <typename Visit>
-void CenterFinder::for_each_column(Visit const& visit) const {
-  for (std::size_t word = 0; word < marks_.size(); ++word) {
-    for (std::uint64_t bits = marks_[word]; bits != 0; bits &= bits - 1) {
-      visit(word * 64 + static_cast<std::size_t>(std::countr_zero(bits)));
+      marks_.make_room_for(column);
+      marks_.insert(column);
     }
   }
 }
@@ -136,7 +126,7 @@ SparsePoint CenterFinder::mean(long long n, std::span<SparsePoint const* const> 
     return sorted_mean(n, adding, divisor);
   }
   mark_columns(n, adding);
-  sums_.resize(std::max(sums_.size(), marks_.size() * 64), 0.0);
+  sums_.resize(std::max(sums_.size(), marks_.room()), 0.0);
   for (SparsePoint const* member : adding) {
     for (std::size_t i = 0; i < member->columns.size(); ++i) {
       sums_[member->columns[i]] += member->values[i];
@@ -144,7 +134,7 @@ SparsePoint CenterFinder::mean(long long n, std::span<SparsePoint const* const> 
   }
   std::vector<std::uint32_t> columns;
   std::vector<double> values;
-  for_each_column([&](std::size_t column) {
+  marks_.for_each([&](std::size_t column) {
     double const sum = std::exchange(sums_[column], 0.0);
     append(divisor == 0.0 ? sum : sum / divisor, column, columns, values);
   });
@@ -181,10 +171,10 @@ SparsePoint CenterFinder::dense_mean(long long n, std::size_t column_count,
 }
 
 void CenterFinder::group_values(std::span<SparsePoint const* const> members) {
-  ends_.resize(std::max(ends_.size(), marks_.size() * 64));
-  for_each_column([this](std::size_t column) { ends_[column] = 0; });
+  ends_.resize(std::max(ends_.size(), marks_.room()));
+  marks_.for_each([this](std::size_t column) { ends_[column] = 0; });
   auto const is_marked = [this](std::uint32_t column) {
-    return column / 64 < marks_.size() && (marks_[column / 64] >> column % 64 & 1) != 0;
+    return column < marks_.room() && marks_.contains(column);
   };
   for (SparsePoint const* member : members) {
     for (std::uint32_t const column : member->columns) {
@@ -194,7 +184,7 @@ void CenterFinder::group_values(std::span<SparsePoint const* const> members) {
     }
   }
   std::size_t total = 0;
-  for_each_column([&](std::size_t column) {
+  marks_.for_each([&](std::size_t column) {
     std::size_t const count = ends_[column];
     ends_[column] = total;
     total += count;
@@ -215,7 +205,7 @@ SparsePoint CenterFinder::median(long long n, std::span<SparsePoint const* const
   std::vector<std::uint32_t> columns;
   std::vector<double> values;
   std::size_t begin = 0;
-  for_each_column([&](std::size_t column) {
+  marks_.for_each([&](std::size_t column) {
     std::span<double> const group(grouped_.data() + begin, ends_[column] - begin);
     begin = ends_[column];
     append(median_of(ColumnOrder(group, members.size()), members.size()), column, columns, values);

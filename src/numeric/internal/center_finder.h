@@ -1,10 +1,10 @@
 #pragma once
 
 #include <cstddef>
-#include <cstdint>
 #include <span>
 #include <vector>
 
+#include "numeric/internal/index_set.h"
 #include "numeric/internal/sparse_point.h"
 
 namespace morva {
@@ -25,11 +25,9 @@ class CenterFinder {
   SparsePoint dense_mean(long long n, std::size_t column_count,
                          std::span<SparsePoint const* const> adding, double divisor);
   void group_values(std::span<SparsePoint const* const> members);
-  template <typename Visit>
-  void for_each_column(Visit const& visit) const;
 
-  // One bit a column, set for the columns of the members that are looked at.
-  std::vector<std::uint64_t> marks_;
+  // The columns of the members that are looked at.
+  WideIndexSet marks_;
   std::vector<double> sums_;
   // The members' values by column, and where each column's values end.
   std::vector<std::size_t> ends_;

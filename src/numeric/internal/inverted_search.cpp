@@ -1,7 +1,6 @@
 #include "numeric/internal/inverted_search.h"
 
 #include <algorithm>
-#include <bit>
 #include <cmath>
 #include <limits>
 
@@ -18,7 +17,6 @@ constexpr double greatest_limit = 16.0;
 // Between a distance and its square lie two roundings, and one root.
 constexpr double root_slack = 8.0 * std::numeric_limits<double>::epsilon();
 constexpr double least_room = 0x1p-90;
-constexpr std::size_t mark_bits = 64;
 
 }  // namespace
 
@@ -26,7 +24,7 @@ InvertedSearch::InvertedSearch(DistanceTable const& table, InvertedIndex const& 
     : table_(table),
       index_(index),
       bands_(table.points(), index),
-      marks_(table.size() / mark_bits + 1),
+      marks_(table.size()),
       open_distances_(table) {}
 
 InvertedSearch::Square InvertedSearch::square_of(double distance) const {
@@ -35,26 +33,9 @@ InvertedSearch::Square InvertedSearch::square_of(double distance) const {
   return {square * (1.0 - root_slack) - least_room, square * (1.0 + root_slack) + least_room};
 }
 
-void InvertedSearch::mark(std::uint32_t index) {
-  marks_[index / mark_bits] |= std::uint64_t{1} << index % mark_bits;
-}
-
 void InvertedSearch::mark_band(std::size_t band) {
   for (auto place = bands_.first_of(band); place < index_.band_end(band); ++place) {
-    mark(index_.index_of(place));
-  }
-}
-
-// Lists what is marked, which is not below `first`, and takes the marks away.
-void InvertedSearch::list_marked(std::size_t first) {
-  marked_.clear();
-  for (std::size_t word = first / mark_bits; word < marks_.size(); ++word) {
-    std::uint64_t bits = marks_[word];
-    marks_[word] = 0;
-    for (; bits != 0; bits &= bits - 1) {
-      auto const bit = static_cast<std::size_t>(std::countr_zero(bits));
-      marked_.push_back(static_cast<std::uint32_t>(word * mark_bits + bit));
-    }
+    marks_.insert(index_.index_of(place));
   }
 }
 
@@ -75,7 +56,7 @@ void InvertedSearch::neighbours(Rows rows, double limit, Border border,
       for (Near const& near : found) {
         std::uint32_t const j = index_.index_of(near.place);
         if (near.high < square.low) {
-          mark(j);
+          marks_.insert(j);
         } else {
           open_.push_back(j);
         }
@@ -83,7 +64,7 @@ void InvertedSearch::neighbours(Rows rows, double limit, Border border,
     };
     bands_.search_behind(i);
     bands_.begin(i);
-    mark(static_cast<std::uint32_t>(i));
+    marks_.insert(i);
     for (std::size_t band = 0; band < index_.band_count(); ++band) {
       if (bands_.greatest_square(band) < square.low) {
         mark_band(band);
@@ -94,10 +75,12 @@ void InvertedSearch::neighbours(Rows rows, double limit, Border border,
     judge(bands_.search_rest());
     open_distances_.measure(table_[i], i, open_, [&](std::uint32_t j, double measured) {
       if (is_in(measured)) {
-        mark(j);
+        marks_.insert(j);
       }
     });
-    list_marked(i);
+    marked_.clear();
+    marks_.take_each(i,
+                     [this](std::size_t j) { marked_.push_back(static_cast<std::uint32_t>(j)); });
     visit(i, marked_);
   }
 }

@@ -8,6 +8,7 @@
 
 #include "numeric/internal/band_search.h"
 #include "numeric/internal/distance_table.h"
+#include "numeric/internal/index_set.h"
 #include "numeric/internal/inverted_index.h"
 #include "numeric/internal/open_distances.h"
 #include "numeric/internal/rows.h"
@@ -51,9 +52,7 @@ class InvertedSearch {
   };
   Square square_of(double distance) const;
 
-  void mark(std::uint32_t index);
   void mark_band(std::size_t band);
-  void list_marked(std::size_t first);
 
   double reach_of_shortest(std::size_t count) const;
   void keep_nearest(std::span<Near const> found, std::size_t i, std::size_t count);
@@ -66,8 +65,8 @@ class InvertedSearch {
   InvertedIndex const& index_;
   BandSearch bands_;
 
-  // One bit for each index, and a list of those that are set.
-  std::vector<std::uint64_t> marks_;
+  // What belongs to the result of a row, and a list of it.
+  WideIndexSet marks_;
   std::vector<std::uint32_t> marked_;
   // What may belong to the result of a row, and a bound on the squares of what does.
   std::vector<Near> candidates_;

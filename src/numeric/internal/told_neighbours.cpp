@@ -1,29 +1,24 @@
 #include "numeric/internal/told_neighbours.h"
 
 #include <algorithm>
-#include <bit>
 #include <functional>
 
 #include "numeric/internal/division.h"
+#include "numeric/internal/index_set.h"
 
 namespace morva {
 
 namespace {
 
-constexpr std::size_t word_bits = 32;
 // Beside the length of a row: that bits follow.
 constexpr std::uint32_t as_bits = std::uint32_t{1} << 31;
-
-std::size_t words_for(std::size_t points) {
-  return (points + word_bits - 1) / word_bits;
-}
 
 }  // namespace
 
 void ToldNeighbours::tell(std::size_t i, std::span<std::uint32_t const> near,
                           std::vector<std::uint32_t>& message) const {
   auto const length = static_cast<std::uint32_t>(near.size());
-  std::size_t const words = words_for(size_ - i);
+  std::size_t const words = IndexSet::words_for(size_ - i);
   if (near.size() <= words) {
     message.push_back(length);
     message.insert(message.end(), near.begin(), near.end());
@@ -33,7 +28,7 @@ void ToldNeighbours::tell(std::size_t i, std::span<std::uint32_t const> near,
   message.resize(message.size() + words);
   auto const bits = std::span(message).last(words);
   for (std::uint32_t const j : near) {
-    bits[(j - i) / word_bits] |= std::uint32_t{1} << (j - i) % word_bits;
+    bits[(j - i) / IndexSet::word_bits] |= IndexSet::bit(j - i);
   }
 }
 
@@ -42,17 +37,15 @@ std::span<std::uint32_t const> ToldNeighbours::hear(std::size_t i,
   Division::expect_same(i < size_ && !message.empty());
   bool const is_bits = (message.front() & as_bits) != 0;
   std::size_t const length = message.front() & ~as_bits;
-  std::size_t const cells = is_bits ? words_for(size_ - i) : length;
+  std::size_t const cells = is_bits ? IndexSet::words_for(size_ - i) : length;
   Division::expect_same(cells < message.size());
   auto near = message.subspan(1, cells);
   message = message.subspan(1 + cells);
   if (is_bits) {
     near_.clear();
     for (std::size_t w = 0; w < near.size(); ++w) {
-      for (std::uint32_t bits = near[w]; bits != 0; bits &= bits - 1) {
-        auto const bit = static_cast<std::size_t>(std::countr_zero(bits));
-        near_.push_back(static_cast<std::uint32_t>(i + w * word_bits + bit));
-      }
+      for_each_bit(near[w], i + w * IndexSet::word_bits,
+                   [this](std::size_t j) { near_.push_back(static_cast<std::uint32_t>(j)); });
     }
     near = near_;
   }
