@@ -93,8 +93,8 @@ std::shared_ptr<morva::NeighbourMatrix const> HClusterDBScan::neighbours() const
         *points, md_eps, morva::DistanceTable::Border::outside,
         [&](std::size_t /*i*/, std::span<std::uint32_t const> near) { rows.append(near); });
   }
-  // What found the neighbours makes room for their other side.
-  points->release_columns();
+  // Most of what found the neighbours makes room for their other side.
+  points->release_all_but_floats();
   return std::make_shared<morva::NeighbourMatrix const>(std::move(rows));
 }
 

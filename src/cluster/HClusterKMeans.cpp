@@ -373,7 +373,7 @@ bool HClusterKMeans::get_k_means(std::vector<HPointN>& means) {
 bool HClusterKMeans::cluster() {
   std::shared_ptr<DistanceTable const> const points = table();
   // The seeds were found through the points' columns; from here on the means' are.
-  points->release_columns();
+  points->release_all_but_floats();
   MeanMover mover(*points, point_count(), load_means(), mean_count());
   CycleDetector cycles;
   ClusterMap previous;

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstddef>
 
-#include "numeric/internal/distance_table.h"
+#include "numeric/internal/all_pairs.h"
 #include "numeric/internal/division.h"
 
 namespace {
@@ -169,7 +169,7 @@ double HParaPrefer::eps_of(morva::DistanceTable const& table, int min_points, bo
   std::vector<Reach> reaches = use_distance
                                    ? lists.reaches_together(average, min_points)
                                    : value_reaches(rows, at_least, average, min_points, read);
-  table.release_columns();
+  table.release_all_but_floats();
   return mean_reach(division.join(std::move(reaches), table.size()), average);
 }
 

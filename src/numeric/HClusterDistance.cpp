@@ -3,7 +3,7 @@
 #include <cstddef>
 
 #include "numeric/HClusterCenter.h"
-#include "numeric/internal/distance_table.h"
+#include "numeric/internal/all_pairs.h"
 #include "numeric/internal/no_distance.h"
 
 namespace {
@@ -44,7 +44,7 @@ double HClusterDistance::get_distance(HPointN const& a, HPointN const& b) {
 }
 
 double HClusterDistance::get_avg_distance(std::vector<HPointN> const& points) {
-  return morva::DistanceTable(morva::compress(points)).average_distance();
+  return morva::average_distance(morva::DistanceTable(morva::compress(points)));
 }
 
 double HClusterDistance::get_min_distance_index(std::vector<HPointN> const& points, int& i,

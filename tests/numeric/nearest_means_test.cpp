@@ -6,7 +6,7 @@
 
 #include <gtest/gtest.h>
 
-#include "numeric/internal/distance_table.h"
+#include "numeric/internal/all_pairs.h"
 
 #include "reference/points.h"
 #include "reference/random_matrix.h"

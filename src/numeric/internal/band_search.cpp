@@ -8,8 +8,6 @@ namespace morva {
 
 namespace {
 
-// Far above what underflows on the way, far below what matters.
-constexpr double least_room = 0x1p-90;
 // So much of what a point needs may be missing before words are left to those that reach the rest:
 // more leaves out more postings, and lets more points pass.
 constexpr double missing_share = 0.99;

@@ -27,6 +27,10 @@ class BandSearch {
     double high;
   };
 
+  /// Room that each bound has in any case: far above what underflows on the way, far below what
+  /// matters.
+  static constexpr double least_room = 0x1p-90;
+
   /// The index is that of the points.
   BandSearch(std::span<SparsePoint const> points, InvertedIndex const& index);
 
@@ -46,9 +50,9 @@ class BandSearch {
   /// At least that to a point whose square is not above this one.
   double greatest_square_to(double square) const;
 
-  /// The points of a band whose low bound is not above the limit, maybe but for some that share
-  /// only rare words with the row; the row itself may be among them. Each band once for a row; good
-  /// until the next call.
+  /// The points of a band whose low bound is not above the limit; the row itself may be among them.
+  /// Points that share only rare words with the row may be left to `search_rest`. Each band once
+  /// for a row; good until the next call.
   std::span<Near const> search(std::size_t band, double limit);
   /// Those of all bands that were left out. To be called for each row in the end.
   std::span<Near const> search_rest();

@@ -25,7 +25,7 @@ namespace morva {
 void require_countable(std::size_t values);
 
 /// A list of points in the form in which the engines measure them, and the searches that they are
-/// made of.
+/// made of: of one point among all. Those of all pairs, in all_pairs.h, are made of these.
 ///
 /// All results are those of measuring pair by pair in list order with `HPointN`, bit for bit. Where
 /// most coordinates are zero, a search bounds the squares of all distances by
@@ -37,6 +37,10 @@ class DistanceTable {
  public:
   enum class Form { sparse, dense };
   enum class Border { outside, inside };
+  /// Whether a distance is within a limit: below it, or with the border inside not above it.
+  static bool is_in(double distance, double limit, Border border) {
+    return border == Border::inside ? distance <= limit : distance < limit;
+  }
   struct Found {
     std::size_t index;
     double distance;
@@ -52,8 +56,9 @@ class DistanceTable {
   /// these points: sparse ones, all tame and of one dimension.
   bool has_sparse_bounds() const { return form_ == Form::sparse && is_tame_ && is_uniform_; }
   std::vector<SparsePoint> const& points() const { return points_; }
-  /// Frees what the searches made, until one needs it again.
-  void release_columns() const;
+  /// Frees what the searches made, `index` and `own_points` among it, until one needs it again; all
+  /// but `floats`, which the dense searches that follow begin with.
+  void release_all_but_floats() const;
   /// Takes the points out; the table is then good for nothing else.
   std::vector<SparsePoint> take_points() { return std::move(points_); }
   SparsePoint const& operator[](std::size_t i) const { return points_[i]; }
@@ -61,6 +66,7 @@ class DistanceTable {
   /// The processes that hold the same points and share the work on them; null where this one works
   /// alone.
   std::shared_ptr<HProcessGroup> const& group() const { return group_; }
+  /// The lists that share the table, as one that is const, share its group.
   void set_group(std::shared_ptr<HProcessGroup> group) const;
   /// Of the points those that are dealt to this process, by turns: point i is the group's
   /// `i % size`-th process's. A copy of them in this table's form; with a group only.
@@ -76,8 +82,7 @@ class DistanceTable {
   void distances(SparsePoint const& x, std::size_t first, std::span<double> out) const;
   void similarities(SparsePoint const& x, std::size_t first, std::span<double> out) const;
 
-  /// For the points from `first` on: 1 where the distance from `x` is below the limit, or with the
-  /// border inside not above it; else 0.
+  /// For the points from `first` on: 1 where the distance from `x` `is_in`, else 0.
   void within(SparsePoint const& x, std::size_t first, double limit, Border border,
               std::span<char> out) const;
   /// The nearest point, of equally near ones the last; 0 where all are farther than `no_distance`.
@@ -99,8 +104,6 @@ class DistanceTable {
   /// and all behind it, measured some rows at a time.
   using VisitDistances = std::function<void(std::size_t i, std::span<double const> distances)>;
   void for_each_row(Rows rows, VisitDistances const& visit) const;
-  /// Mean over all pairs, summed with i from 0 up and j from i + 1 up; 0.0 with fewer than two.
-  double average_distance() const;
 
  private:
   struct Bounds {
@@ -128,34 +131,5 @@ class DistanceTable {
   bool is_uniform_ = true;
   bool is_tame_ = true;
 };
-
-/// Of all pairs i < j, the first of those with the greatest distance above 0.0, and with the
-/// smallest one below `no_distance`.
-struct FoundPair {
-  std::size_t i;
-  std::size_t j;
-  double distance;
-};
-/// With rows, of a share of the pairs: each pair belongs to one row, by an order of the search's
-/// own in which row i has the partners behind it. The greatest of what all rows give, part by part,
-/// of equal ones the first pair, is that of all pairs.
-std::optional<FoundPair> farthest_pair(DistanceTable const& table, Rows rows = every_row);
-std::optional<FoundPair> closest_pair(DistanceTable const& table);
-
-/// Calls `visit(i, near)` for each point i of the rows in order, with the indices, ascending, of
-/// those points from i on of which `DistanceTable::within` says 1.
-using VisitNeighbours = std::function<void(std::size_t i, std::span<std::uint32_t const> near)>;
-void for_each_neighbourhood(DistanceTable const& table, double limit, DistanceTable::Border border,
-                            VisitNeighbours const& visit, Rows rows = every_row);
-/// `DistanceTable::smallest_distances` of each point of the rows.
-std::vector<std::vector<double>> smallest_distances(DistanceTable const& table, std::size_t count,
-                                                    Rows rows = every_row);
-/// Of each point of the rows, the greatest distance to another that is not above the limit; 0.0
-/// where there is none.
-std::vector<double> greatest_within(DistanceTable const& table, double limit,
-                                    Rows rows = every_row);
-/// `DistanceTable::nearest` in `table` of each of the points of the rows, for which `out` has room.
-void find_nearest(DistanceTable const& table, DistanceTable const& points, Rows rows,
-                  std::span<std::size_t> out);
 
 }  // namespace morva

@@ -10,7 +10,6 @@
 
 #include "numeric/internal/distance_sum.h"
 #include "numeric/internal/division.h"
-#include "numeric/internal/norm_search.h"
 #include "numeric/internal/told_neighbours.h"
 
 namespace morva::divided {
@@ -110,7 +109,7 @@ double average_distance(DistanceTable const& table) {
   Division const division(table);
   std::size_t const size = table.size();
   if (division.is_alone() || size < 2) {
-    return table.average_distance();
+    return morva::average_distance(table);
   }
   DistanceSum sum(table);
   Rows const rows = division.rows(size, Division::Shape::triangle);

@@ -6,7 +6,7 @@
 #include <span>
 #include <vector>
 
-#include "numeric/internal/distance_table.h"
+#include "numeric/internal/all_pairs.h"
 #include "numeric/internal/nearest_means.h"
 
 /// What the engines look for in a table, divided among the processes of its group: each of them
@@ -15,7 +15,7 @@ namespace morva::divided {
 
 /// `morva::farthest_pair` of all pairs.
 std::optional<FoundPair> farthest_pair(DistanceTable const& table);
-/// `DistanceTable::average_distance`.
+/// `morva::average_distance`.
 double average_distance(DistanceTable const& table);
 /// `morva::for_each_neighbourhood` of every point.
 void for_each_neighbourhood(DistanceTable const& table, double limit, DistanceTable::Border border,

@@ -107,8 +107,7 @@ std::optional<FoundPair> FloatSearch::farthest_pair(Rows rows) {
   auto const order = radii.order();
   FloatLanes const sorted(table_.points(), order, table_[0].n, floats_.scale());
   std::optional<FoundPair> result;
-  double greatest = 0.0;
-  float reach = sorted.square_of(greatest).low;
+  float reach = sorted.square_of(0.0).low;
   for_each_block(rows, [&](std::size_t block, Rows inside) {
     std::size_t const end = radii.count_for(block);
     if (end <= block + 1) {
@@ -131,13 +130,9 @@ std::optional<FoundPair> FloatSearch::farthest_pair(Rows rows) {
       }
       open_distances_.measure(table_[order[i]], 0, open_, [&](std::size_t j, double measured) {
         FoundPair const pair{std::min(order[i], j), std::max(order[i], j), measured};
-        bool const is_first = result && std::pair(pair.i, pair.j) < std::pair(result->i, result->j);
-        if (measured > greatest || (measured == greatest && is_first)) {
-          greatest = measured;
-          result = pair;
-        }
+        result = is_farther(pair, result) ? pair : result;
       });
-      reach = std::max(reach, sorted.square_of(greatest).low);
+      reach = std::max(reach, sorted.square_of(result ? result->distance : 0.0).low);
     }
   });
   return result;
@@ -173,9 +168,7 @@ void FloatSearch::decide(std::size_t i, std::size_t first, double limit,
                          DistanceTable::Border border, std::span<char> states) {
   list_open(states, first);
   open_distances_.measure(table_[i], first, open_, [&](std::size_t j, double measured) {
-    bool const is_in =
-        border == DistanceTable::Border::inside ? measured <= limit : measured < limit;
-    states[j - first] = is_in ? inside : outside;
+    states[j - first] = DistanceTable::is_in(measured, limit, border) ? inside : outside;
   });
 }
 

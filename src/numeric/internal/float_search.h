@@ -5,7 +5,7 @@
 #include <span>
 #include <vector>
 
-#include "numeric/internal/distance_table.h"
+#include "numeric/internal/all_pairs.h"
 #include "numeric/internal/float_lanes.h"
 #include "numeric/internal/open_distances.h"
 #include "numeric/internal/rows.h"

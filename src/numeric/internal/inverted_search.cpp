@@ -14,9 +14,6 @@ namespace {
 constexpr double infinity = std::numeric_limits<double>::infinity();
 // No two points are farther from each other than 2, so that the square of any limit above says all.
 constexpr double greatest_limit = 16.0;
-// Between a distance and its square lie two roundings, and one root.
-constexpr double root_slack = 8.0 * std::numeric_limits<double>::epsilon();
-constexpr double least_room = 0x1p-90;
 
 }  // namespace
 
@@ -30,7 +27,8 @@ InvertedSearch::InvertedSearch(DistanceTable const& table, InvertedIndex const& 
 InvertedSearch::Square InvertedSearch::square_of(double distance) const {
   double const scaled = std::min(distance * index_.scale(), greatest_limit);
   double const square = scaled * scaled;
-  return {square * (1.0 - root_slack) - least_room, square * (1.0 + root_slack) + least_room};
+  constexpr double room = BandSearch::least_room;
+  return {square * (1.0 - root_slack) - room, square * (1.0 + root_slack) + room};
 }
 
 void InvertedSearch::mark_band(std::size_t band) {
@@ -41,13 +39,10 @@ void InvertedSearch::mark_band(std::size_t band) {
 
 void InvertedSearch::neighbours(Rows rows, double limit, Border border,
                                 VisitNeighbours const& visit) {
-  auto const is_in = [limit, border](double measured) {
-    return border == Border::inside ? measured <= limit : measured < limit;
-  };
   Square const square = square_of(limit);
   bands_.search_all();
   for (std::size_t i = rows.begin; i < rows.end; ++i) {
-    if (!is_in(0.0)) {
+    if (!DistanceTable::is_in(0.0, limit, border)) {
       visit(i, {});
       continue;
     }
@@ -74,7 +69,7 @@ void InvertedSearch::neighbours(Rows rows, double limit, Border border,
     }
     judge(bands_.search_rest());
     open_distances_.measure(table_[i], i, open_, [&](std::uint32_t j, double measured) {
-      if (is_in(measured)) {
+      if (DistanceTable::is_in(measured, limit, border)) {
         marks_.insert(j);
       }
     });

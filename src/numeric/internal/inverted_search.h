@@ -6,8 +6,8 @@
 #include <span>
 #include <vector>
 
+#include "numeric/internal/all_pairs.h"
 #include "numeric/internal/band_search.h"
-#include "numeric/internal/distance_table.h"
 #include "numeric/internal/index_set.h"
 #include "numeric/internal/inverted_index.h"
 #include "numeric/internal/open_distances.h"

@@ -5,6 +5,7 @@
 #include <optional>
 #include <utility>
 
+#include "numeric/internal/all_pairs.h"
 #include "numeric/internal/postings.h"
 
 namespace morva {

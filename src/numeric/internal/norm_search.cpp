@@ -6,7 +6,6 @@
 #include <limits>
 #include <numeric>
 #include <span>
-#include <utility>
 #include <vector>
 
 #include "numeric/internal/spread_point.h"
@@ -15,8 +14,6 @@ namespace morva {
 
 namespace {
 
-// Between a distance and its square lie two roundings, and one root.
-constexpr double root_slack = 4.0 * std::numeric_limits<double>::epsilon();
 // So many points at most are compared with each other before rows are divided.
 constexpr std::size_t most_common_points = 1024;
 
@@ -124,7 +121,7 @@ class NormSearch {
   }
 
   void take(FoundPair const& pair) {
-    if (pair.distance > 0.0 && is_farther(pair, best_)) {
+    if (is_farther(pair, best_)) {
       best_ = pair;
       reach_ = std::max(reach_, pair.distance * pair.distance * (1.0 - root_slack));
     }
@@ -147,13 +144,6 @@ class NormSearch {
 
 std::optional<FoundPair> farthest_by_norms(DistanceTable const& table, Rows rows) {
   return NormSearch(table).farthest(rows);
-}
-
-bool is_farther(FoundPair const& pair, std::optional<FoundPair> const& other) {
-  if (!other || pair.distance != other->distance) {
-    return !other || pair.distance > other->distance;
-  }
-  return std::pair(pair.i, pair.j) < std::pair(other->i, other->j);
 }
 
 }  // namespace morva

@@ -2,7 +2,7 @@
 
 #include <optional>
 
-#include "numeric/internal/distance_table.h"
+#include "numeric/internal/all_pairs.h"
 #include "numeric/internal/rows.h"
 
 namespace morva {
@@ -18,9 +18,5 @@ namespace morva {
 /// `rows`: only pairs of which one certain point is in the part; those of all parts together are
 /// all pairs. A row costs as much wherever it is in the table.
 std::optional<FoundPair> farthest_by_norms(DistanceTable const& table, Rows rows = every_row);
-
-/// Whether a pair comes before another, or none, as the farthest: with the greater distance or, of
-/// equal ones, first.
-bool is_farther(FoundPair const& pair, std::optional<FoundPair> const& other);
 
 }  // namespace morva

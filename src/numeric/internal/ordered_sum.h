@@ -37,8 +37,8 @@ struct RowSum {
 /// `numbers`, none of them below 0.0, as an addend to sums of that binade.
 RowSum sum_rounded(std::span<double const> numbers, int binade);
 
-/// That of a sum which numbers can be added to together; none for 0.0 and the smallest sums, and
-/// for one that is not finite.
+/// The binade of a sum that numbers can be added to together; nothing for 0.0, the smallest sums,
+/// and one that is not finite.
 std::optional<int> binade_of(double sum);
 
 /// A sum of numbers that are not below 0.0, each addition rounded: the same bits whether they are

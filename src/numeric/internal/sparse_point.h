@@ -47,6 +47,11 @@ HPointN expand(SparsePoint const& point);
 double distance(SparsePoint const& a, SparsePoint const& b);
 double cos_similarity(SparsePoint const& a, SparsePoint const& b);
 
+/// What the square of a distance that is known can be off from the sum of squares that it is the
+/// root of, as a share of it: by a root, and by the roundings of bounds that are made of it. Scales
+/// are powers of two, which round nothing.
+inline constexpr double root_slack = 4.0 * std::numeric_limits<double>::epsilon();
+
 /// Bounds on the square of the distance of two tame points of one dimension, as it is summed, from
 /// the sum of their products: |a|^2 + |b|^2 - 2ab with room for all roundings, those of the root
 /// included. Of two distances whose bounds are apart, the greater is certain.
