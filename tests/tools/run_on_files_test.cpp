@@ -7,6 +7,8 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include "documents/failure.h"
+#include "exit_status.h"
 #include "support/temporary_directory.h"
 #include "support/worker_socket.h"
 

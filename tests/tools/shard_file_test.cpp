@@ -12,7 +12,7 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
-#include "documents/run_on_files.h"
+#include "documents/failure.h"
 #include "shards/extract_journal.h"
 #include "shards/extraction.h"
 #include "shards/shard_error.h"

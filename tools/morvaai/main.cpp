@@ -7,6 +7,8 @@
 
 #include "command_line/command_line.h"
 #include "command_line/usage_error.h"
+#include "exit_status.h"
+#include "terminal/output.h"
 
 namespace {
 

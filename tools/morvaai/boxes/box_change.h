@@ -3,7 +3,7 @@
 #include <optional>
 #include <string>
 
-#include "documents/no_signals.h"
+#include "no_signals.h"
 
 namespace tool {
 

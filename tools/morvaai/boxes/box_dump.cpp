@@ -13,7 +13,9 @@
 #include "boxes/box_text.h"
 
 #include "command_line/commands.h"
+#include "exit_status.h"
 #include "terminal/columns.h"
+#include "terminal/output.h"
 #include "terminal/style.h"
 
 namespace tool {

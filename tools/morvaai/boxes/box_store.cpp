@@ -11,7 +11,7 @@
 #include "boxes/box_change.h"
 
 #include "documents/inputs.h"
-#include "documents/run_on_files.h"
+#include "terminal/output.h"
 
 namespace tool {
 

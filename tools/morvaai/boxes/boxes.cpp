@@ -11,7 +11,9 @@
 #include "boxes/box_text.h"
 
 #include "command_line/commands.h"
+#include "exit_status.h"
 #include "terminal/columns.h"
+#include "terminal/output.h"
 #include "terminal/progress.h"
 #include "terminal/style.h"
 #include "terminal/terminal.h"

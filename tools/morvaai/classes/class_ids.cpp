@@ -7,6 +7,8 @@
 
 #include <fmt/format.h>
 
+#include "terminal/output.h"
+
 namespace tool {
 
 HString class_id(HString const& box_id, ClassReport::Class const& one) {

@@ -10,7 +10,7 @@
 #include <fmt/format.h>
 
 #include "documents/inputs.h"
-#include "documents/run_on_files.h"
+#include "terminal/output.h"
 
 namespace tool {
 

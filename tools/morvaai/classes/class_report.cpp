@@ -3,7 +3,7 @@
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
-#include "documents/run_on_files.h"
+#include "terminal/output.h"
 #include "terminal/style.h"
 
 namespace tool {

@@ -6,6 +6,8 @@
 #include "classes/method.h"
 #include "command_line/commands.h"
 #include "documents/inputs.h"
+#include "exit_status.h"
+#include "terminal/output.h"
 #include "terminal/progress.h"
 
 namespace tool {

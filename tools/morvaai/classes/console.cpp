@@ -1,6 +1,8 @@
 #include <cstdio>
 
 #include "command_line/commands.h"
+#include "exit_status.h"
+#include "terminal/output.h"
 
 namespace tool {
 

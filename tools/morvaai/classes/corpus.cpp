@@ -5,7 +5,10 @@
 #include <nlohmann/json.hpp>
 
 #include "documents/document.h"
+#include "documents/failure.h"
+#include "documents/run_on_files.h"
 #include "documents/word_record.h"
+#include "terminal/output.h"
 
 namespace tool {
 

@@ -11,7 +11,7 @@
 
 #include "morvaai.h"
 
-#include "documents/run_on_files.h"
+#include "exit_status.h"
 
 namespace tool {
 

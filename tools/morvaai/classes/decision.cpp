@@ -5,8 +5,8 @@
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
-#include "documents/run_on_files.h"
 #include "terminal/columns.h"
+#include "terminal/output.h"
 #include "terminal/style.h"
 #include "terminal/terminal.h"
 

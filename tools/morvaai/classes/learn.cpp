@@ -12,12 +12,14 @@
 #include "classes/class_report.h"
 #include "classes/corpus.h"
 #include "classes/samples.h"
+#include "classes/shard_corpus.h"
 #include "command_line/commands.h"
+#include "exit_status.h"
 #include "mpi/process_run.h"
 #include "report/report_classes.h"
 #include "report/report_page.h"
-#include "shards/shard_corpus.h"
 #include "shards/shard_error.h"
+#include "terminal/output.h"
 #include "terminal/progress.h"
 
 namespace tool {

@@ -11,9 +11,12 @@
 #include "classes/corpus.h"
 #include "classes/decision.h"
 #include "command_line/commands.h"
+#include "documents/failure.h"
 #include "documents/inputs.h"
+#include "exit_status.h"
 #include "report/report_match.h"
 #include "report/report_page.h"
+#include "terminal/output.h"
 #include "terminal/progress.h"
 #include "terminal/style.h"
 

@@ -3,6 +3,8 @@
 #include <algorithm>
 
 #include "documents/inputs.h"
+#include "exit_status.h"
+#include "terminal/output.h"
 
 namespace tool {
 

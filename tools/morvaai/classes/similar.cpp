@@ -4,12 +4,15 @@
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
+#include "classes/fingerprints.h"
+#include "classes/shard_corpus.h"
 #include "command_line/commands.h"
-#include "documents/fingerprints.h"
+#include "documents/failure.h"
 #include "documents/inputs.h"
-#include "shards/shard_corpus.h"
+#include "exit_status.h"
 #include "shards/shard_reader.h"
 #include "terminal/columns.h"
+#include "terminal/output.h"
 #include "terminal/progress.h"
 #include "terminal/style.h"
 #include "terminal/terminal.h"

@@ -5,7 +5,9 @@
 #include <thread>
 
 #include "command_line/help.h"
+#include "documents/run_on_files.h"
 #include "terminal/terminal.h"
+#include "version_number.h"
 
 namespace tool {
 

@@ -6,6 +6,8 @@
 #include <CLI/CLI.hpp>
 
 #include "command_line/commands.h"
+#include "documents/run_on_files.h"
+#include "exit_status.h"
 
 namespace tool {
 

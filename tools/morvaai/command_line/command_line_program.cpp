@@ -2,6 +2,8 @@
 
 #include "command_line/command_line.h"
 #include "command_line/help.h"
+#include "exit_status.h"
+#include "terminal/output.h"
 
 namespace tool {
 

@@ -160,8 +160,6 @@ int run_box_add(BoxAddOptions const& options);
 
 /// `morvaai version`: versions and where the dictionary lies.
 int run_version(bool json);
-/// "3.2306.4.13.1".
-std::string version_number();
 
 /// What a shell completes a word with, one a line: "boxes" their ids, "classes" the names of the
 /// classes of the boxes behind it, or of all. What cannot be read is left out without a word.

@@ -5,6 +5,8 @@
 #include "boxes/box_store.h"
 
 #include "command_line/commands.h"
+#include "exit_status.h"
+#include "terminal/output.h"
 
 namespace tool {
 

@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-#include "documents/run_on_files.h"
+#include "terminal/output.h"
 
 namespace tool {
 

@@ -4,15 +4,12 @@
 #include "host/worker_pool.h"
 
 #include "command_line/commands.h"
+#include "exit_status.h"
+#include "terminal/output.h"
 #include "terminal/style.h"
+#include "version_number.h"
 
 namespace tool {
-
-std::string version_number() {
-  using morva::version;
-  return fmt::format("{}.{}.{}.{}.{}", version.major, version.minor, version.patch, version.build,
-                     version.revision);
-}
 
 int run_version(bool json) {
   std::string const number = version_number();

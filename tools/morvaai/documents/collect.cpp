@@ -8,8 +8,10 @@
 
 #include "command_line/commands.h"
 #include "documents/document.h"
+#include "documents/run_on_files.h"
 #include "documents/work_directory.h"
 #include "terminal/columns.h"
+#include "terminal/output.h"
 #include "terminal/terminal.h"
 
 namespace tool {

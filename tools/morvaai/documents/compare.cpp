@@ -6,7 +6,11 @@
 
 #include "command_line/commands.h"
 #include "documents/document.h"
+#include "documents/failure.h"
+#include "documents/run_on_files.h"
 #include "documents/word_record.h"
+#include "exit_status.h"
+#include "terminal/output.h"
 #include "terminal/style.h"
 
 namespace tool {

@@ -3,6 +3,8 @@
 
 #include "command_line/commands.h"
 #include "documents/document.h"
+#include "documents/run_on_files.h"
+#include "terminal/output.h"
 
 namespace tool {
 

@@ -5,6 +5,9 @@
 
 #include <nlohmann/json.hpp>
 
+#include "documents/failure.h"
+#include "terminal/output.h"
+
 namespace tool {
 
 namespace {

@@ -4,23 +4,19 @@
 #include <cerrno>
 #include <charconv>
 #include <cstdint>
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <limits>
 #include <string_view>
 
-#include <fmt/format.h>
-#include <nlohmann/json.hpp>
-
 #include "host/worker_pool.h"
 
+#include "documents/failure.h"
 #include "documents/inputs.h"
 #include "documents/work_directory.h"
-#include "terminal/columns.h"
+#include "exit_status.h"
+#include "terminal/output.h"
 #include "terminal/progress.h"
-#include "terminal/style.h"
-#include "terminal/terminal.h"
 
 namespace tool {
 
@@ -58,12 +54,6 @@ bool is_plain(std::string_view text) {
   return morvabs::is_utf8(text);
 }
 
-/// Whether the character makes what follows it look other than it is: ends the line, or has it read
-/// from the other side.
-bool turns_line(char32_t c) {
-  return (c >= 0x2028 && c <= 0x202E) || (c >= 0x2066 && c <= 0x2069);
-}
-
 /// One line, of which others read no more than one result.
 bool is_json_line(std::string_view text) {
   auto const is_control = [](char c) { return static_cast<unsigned char>(c) < 0x20; };
@@ -99,25 +89,6 @@ Progress progress_over(std::vector<HString> const& files) {
                            : Progress(files.size());
 }
 
-/// UTF-8 of the text with U+FFFD for each character that steers a terminal, but for those to keep.
-std::string harmless(std::wstring text, std::wstring_view kept) {
-  for (wchar_t& c : text) {
-    auto const code = static_cast<char32_t>(c);
-    bool const is_control = code < 0x20 || (code >= 0x7F && code < 0xA0);
-    if ((is_control || turns_line(code) || is_style_mark(code)) &&
-        kept.find(c) == std::wstring_view::npos) {
-      c = L'\xFFFD';
-    }
-  }
-  return morvabs::to_utf8(text);
-}
-
-/// Writes the text of a document: as it is, but to a terminal without what would steer that.
-bool write_document(std::string const& text) {
-  return write_output(output_screen().is_terminal ? harmless(morvabs::from_utf8(text), L"\n\t")
-                                                  : text);
-}
-
 morvabs::WorkerPool make_pool(std::size_t jobs, WorkerNeeds const& needs) {
   morvabs::WorkerPool pool;
   pool.jobs = jobs;
@@ -139,98 +110,6 @@ morvabs::WorkerPool make_pool(std::size_t jobs, WorkerNeeds const& needs) {
 }
 
 }  // namespace
-
-std::string utf8(HString const& text) {
-  return morvabs::to_utf8(text.get_ws());
-}
-
-std::string printable(HString const& text) {
-  return harmless(text.get_ws(), L"");
-}
-
-std::string shown_path(HString const& path, std::size_t columns_before) {
-  constexpr std::size_t narrowest = 16;
-  std::size_t const width = output_screen().columns.value_or(0);
-  std::string const whole = printable(path);
-  return width < columns_before + narrowest ? whole : cut_middle(whole, width - columns_before);
-}
-
-std::string weighted_words(std::string line,
-                           std::vector<std::pair<std::string, double>> const& words,
-                           std::size_t columns_before) {
-  std::size_t columns = columns_before + columns_of(line);
-  for (auto const& [word, weight] : words) {
-    std::string const next = fmt::format(" {}({:.3g})", word, weight);
-    columns += columns_of(next);
-    if (columns > output_screen().columns.value_or(columns)) {
-      break;
-    }
-    line += next;
-  }
-  return line + "\n";
-}
-
-std::string json_failure(HString const& path, std::string const& outcome,
-                         std::string const& reason) {
-  nlohmann::ordered_json object;
-  object["file"] = utf8(path);
-  object["error"] = {{"outcome", outcome}, {"reason", reason}};
-  // A reason may quote the bytes of a document.
-  return object.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace) + "\n";
-}
-
-Failure failure_of(std::string const& problem) {
-  std::vector<std::string> words = {"no words"};
-  for (int code = 0; code <= static_cast<int>(Orlec::ParseOutcome::failed); ++code) {
-    words.push_back(utf8(Orlec::GetOutcomeName(static_cast<Orlec::ParseOutcome>(code))));
-  }
-  for (std::string const& word : words) {
-    if (problem == word) {
-      return {word, std::string()};
-    }
-    if (problem.starts_with(word + ": ")) {
-      return {word, problem.substr(word.size() + 2)};
-    }
-  }
-  return {"failed", problem};
-}
-
-NoComplaints::NoComplaints(bool holds) : before_(holds_) {
-  holds_ = holds_ || holds;
-}
-
-NoComplaints::~NoComplaints() {
-  holds_ = before_;
-}
-
-void complain(std::string const& problem) {
-  if (NoComplaints::holds_) {
-    return;
-  }
-  Role const role = problem.starts_with("warning: ") ? Role::warning : Role::error;
-  std::string const line = styled(role, "morvaai:") + " " + problem + "\n";
-  Hush const hush;
-  std::fputs((error_screen().has_colors ? with_colors(line) : without_styles(line)).c_str(),
-             stderr);
-}
-
-bool write_output(std::string const& text) {
-  {
-    Hush const hush;
-    if (std::fwrite(text.data(), 1, text.size(), stdout) == text.size() &&
-        std::fflush(stdout) == 0) {
-      return true;
-    }
-  }
-  if (errno != EPIPE) {
-    complain(std::string("standard output: ") + std::strerror(errno));
-  }
-  return false;
-}
-
-bool show(std::string const& text) {
-  return write_output(output_screen().has_colors ? with_colors(text) : without_styles(text));
-}
 
 int run_on_files(std::vector<HString> const& files, std::size_t jobs,
                  std::function<FileReport(HString const&)> const& work,

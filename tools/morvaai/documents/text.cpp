@@ -6,6 +6,9 @@
 
 #include "command_line/commands.h"
 #include "documents/document.h"
+#include "documents/failure.h"
+#include "documents/run_on_files.h"
+#include "terminal/output.h"
 
 namespace tool {
 

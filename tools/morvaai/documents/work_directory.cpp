@@ -18,7 +18,7 @@
 
 #include "morvaai.h"
 
-#include "documents/no_signals.h"
+#include "no_signals.h"
 
 namespace tool {
 

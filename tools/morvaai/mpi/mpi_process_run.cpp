@@ -12,8 +12,9 @@
 #include <mpi.h>
 #include <unistd.h>
 
-#include "documents/run_on_files.h"
+#include "exit_status.h"
 #include "mpi/process_run.h"
+#include "terminal/output.h"
 #include "terminal/terminal.h"
 
 namespace tool {

@@ -3,7 +3,7 @@
 #include <set>
 #include <vector>
 
-#include "documents/run_on_files.h"
+#include "terminal/output.h"
 
 namespace tool {
 

@@ -4,8 +4,10 @@
 #include "boxes/box_store.h"
 
 #include "command_line/commands.h"
+#include "exit_status.h"
 #include "report/report_classes.h"
 #include "report/report_page.h"
+#include "terminal/output.h"
 #include "terminal/progress.h"
 
 namespace tool {

@@ -6,9 +6,9 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "documents/no_signals.h"
-#include "documents/run_on_files.h"
+#include "no_signals.h"
 #include "report/report_template.h"
+#include "terminal/output.h"
 
 namespace tool {
 

@@ -12,6 +12,7 @@
 
 #include "command_line/commands.h"
 #include "documents/document.h"
+#include "exit_status.h"
 #include "shards/extract_journal.h"
 #include "shards/extraction.h"
 #include "shards/shard_error.h"
@@ -19,6 +20,7 @@
 #include "shards/shard_reader.h"
 #include "shards/shard_summary.h"
 #include "shards/shard_writer.h"
+#include "terminal/output.h"
 #include "terminal/progress.h"
 
 namespace tool {

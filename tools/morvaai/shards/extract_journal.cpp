@@ -6,12 +6,12 @@
 
 #include "morvaai.h"
 
-#include "documents/run_on_files.h"
 #include "shards/byte_coding.h"
 #include "shards/checksum.h"
 #include "shards/record_coding.h"
 #include "shards/shard_error.h"
 #include "shards/shard_layout.h"
+#include "terminal/output.h"
 
 namespace tool {
 

@@ -11,9 +11,12 @@
 
 #include "morvaai.h"
 
-#include "command_line/commands.h"
 #include "documents/document.h"
+#include "documents/failure.h"
+#include "documents/run_on_files.h"
 #include "documents/word_record.h"
+#include "terminal/output.h"
+#include "version_number.h"
 
 namespace tool {
 

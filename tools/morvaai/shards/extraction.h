@@ -5,7 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "documents/run_on_files.h"
+#include "morvaai.h"
+
 #include "shards/shard_record.h"
 
 namespace tool {

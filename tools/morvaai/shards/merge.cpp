@@ -7,11 +7,12 @@
 #include "morvaai.h"
 
 #include "command_line/commands.h"
-#include "documents/run_on_files.h"
+#include "exit_status.h"
 #include "shards/shard_error.h"
 #include "shards/shard_merge.h"
 #include "shards/shard_summary.h"
 #include "shards/shard_writer.h"
+#include "terminal/output.h"
 
 namespace tool {
 

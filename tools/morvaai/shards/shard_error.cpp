@@ -4,7 +4,7 @@
 
 #include "morvaai.h"
 
-#include "documents/run_on_files.h"
+#include "terminal/output.h"
 
 namespace tool {
 

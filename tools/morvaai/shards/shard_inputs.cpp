@@ -12,8 +12,8 @@
 #include "morvaai.h"
 
 #include "documents/inputs.h"
-#include "documents/run_on_files.h"
 #include "shards/checksum.h"
+#include "terminal/output.h"
 
 namespace tool {
 

@@ -7,8 +7,8 @@
 
 #include "morvaai.h"
 
-#include "documents/run_on_files.h"
 #include "shards/shard_error.h"
+#include "terminal/output.h"
 #include "terminal/progress.h"
 
 namespace tool {

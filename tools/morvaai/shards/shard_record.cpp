@@ -10,7 +10,7 @@
 #include "morvaai.h"
 
 #include "documents/document.h"
-#include "documents/run_on_files.h"
+#include "terminal/output.h"
 
 namespace tool {
 

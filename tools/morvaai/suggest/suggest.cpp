@@ -11,7 +11,9 @@
 #include "classes/neighbour_distances.h"
 #include "classes/samples.h"
 #include "command_line/commands.h"
+#include "exit_status.h"
 #include "suggest/suggestion.h"
+#include "terminal/output.h"
 #include "terminal/progress.h"
 
 namespace tool {

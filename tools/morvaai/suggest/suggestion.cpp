@@ -8,8 +8,8 @@
 
 #include <fmt/format.h>
 
-#include "documents/run_on_files.h"
 #include "terminal/columns.h"
+#include "terminal/output.h"
 #include "terminal/style.h"
 
 namespace tool {

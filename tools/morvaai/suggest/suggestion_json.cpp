@@ -2,8 +2,8 @@
 
 #include <nlohmann/json.hpp>
 
-#include "documents/run_on_files.h"
 #include "suggest/suggestion.h"
+#include "terminal/output.h"
 
 namespace tool {
 

@@ -14,9 +14,9 @@
 
 #include <unistd.h>
 
-#include "documents/no_signals.h"
-#include "documents/run_on_files.h"
+#include "no_signals.h"
 #include "terminal/meter.h"
+#include "terminal/output.h"
 #include "terminal/style.h"
 #include "terminal/terminal.h"
 

@@ -4,8 +4,8 @@
 #include <vector>
 
 #include "classes/corpus.h"
+#include "classes/fingerprints.h"
 #include "classes/samples.h"
-#include "documents/fingerprints.h"
 
 namespace tool {
 

@@ -7,6 +7,7 @@
 #include "morvaai.h"
 
 #include "classes/corpus.h"
+#include "exit_status.h"
 
 namespace tool {
 

@@ -1,4 +1,4 @@
-#include "documents/fingerprints.h"
+#include "classes/fingerprints.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -14,6 +14,10 @@
 #include <nlohmann/json.hpp>
 
 #include "documents/document.h"
+#include "documents/failure.h"
+#include "documents/run_on_files.h"
+#include "exit_status.h"
+#include "terminal/output.h"
 
 namespace tool {
 

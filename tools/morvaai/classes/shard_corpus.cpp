@@ -1,9 +1,10 @@
-#include "shards/shard_corpus.h"
+#include "classes/shard_corpus.h"
 
 #include <utility>
 
-#include "documents/run_on_files.h"
+#include "exit_status.h"
 #include "shards/shard_merge.h"
+#include "terminal/output.h"
 
 namespace tool {
 
