@@ -18,7 +18,7 @@ HString class_id(HString const& box_id, ClassReport::Class const& one) {
     content << file << L"\n";
   }
   std::string digits = utf8(content.get_md5_std_format(HString()));
-  // Digits of either case are one bit apart, which decimal ones have.
+  // Lower case: the bit that tells cases apart is set in decimal digits anyway.
   for (char& digit : digits) {
     digit = static_cast<char>(digit | 0x20);
   }

@@ -59,7 +59,7 @@ std::string wrong_use_of(LearnOptions const& options) {
 }
 
 // What is learnt from, with --from without the documents.
-Corpus read_learnt(LearnOptions const& options, Samples& samples) {
+Corpus read_corpus(LearnOptions const& options, Samples& samples) {
   if (options.shards.empty()) {
     samples = find_samples(options.inputs, options.by_folder);
     return read_samples(samples, options.jobs);
@@ -72,7 +72,7 @@ Corpus read_learnt(LearnOptions const& options, Samples& samples) {
 // The classes that the folders are.
 Clustering take_folders(MethodOptions const& how, Samples const& samples, Corpus const& corpus) {
   Clustering run;
-  take_words(corpus, run);
+  make_points(corpus, run);
   run.clusters = members_by_folder(samples, corpus);
   if (run.failure.empty() && is_by_members(how)) {
     run.failure = too_large_for_box(how, run);
@@ -185,9 +185,9 @@ std::string refusal_of(LearnOptions const& options) {
 }
 
 // Why nothing can be learnt from the shards or files; empty where it can, and `corpus` is there.
-std::string read_learnt(LearnOptions const& options, Samples& samples, Corpus& corpus) {
+std::string try_to_read_corpus(LearnOptions const& options, Samples& samples, Corpus& corpus) {
   try {
-    corpus = read_learnt(options, samples);
+    corpus = read_corpus(options, samples);
   } catch (ShardError const& error) {
     return error.what();
   }
@@ -238,7 +238,7 @@ int learn(LearnOptions const& options, std::shared_ptr<HProcessGroup> const& gro
   }
   Samples samples;
   Corpus corpus;
-  if (!all_go_on(group, read_learnt(options, samples, corpus))) {
+  if (!all_go_on(group, try_to_read_corpus(options, samples, corpus))) {
     return some_failed;
   }
   corpus.group = group;

@@ -76,7 +76,7 @@ std::string contradiction(MethodOptions const& options) {
   return {};
 }
 
-void take_words(Corpus const& corpus, Clustering& run) {
+void make_points(Corpus const& corpus, Clustering& run) {
   corpus.data.format_data(run.words, run.points);
   if (!run.points.share_work(corpus.group)) {
     run.failure = "the processes of this run have read different files: give all the same";
@@ -85,7 +85,7 @@ void take_words(Corpus const& corpus, Clustering& run) {
 
 Clustering cluster_corpus(MethodOptions const& options, Corpus const& corpus, bool by_dna) {
   Clustering run;
-  take_words(corpus, run);
+  make_points(corpus, run);
   if (!run.failure.empty()) {
     return run;
   }

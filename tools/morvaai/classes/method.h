@@ -52,9 +52,9 @@ struct Clustering {
   std::string failure;
 };
 
-/// Takes the words of the corpus and its files as points over them; the processes of its group
-/// share the work on these from here on. Notes a failure where they hold other files.
-void take_words(Corpus const& corpus, Clustering& run);
+/// Makes the files of the corpus points over its words; the processes of its group share the work
+/// on these from here on. Notes a failure where they hold other files.
+void make_points(Corpus const& corpus, Clustering& run);
 
 /// Clusters the files of the corpus by their words, or with `by_dna` by their fingerprints.
 Clustering cluster_corpus(MethodOptions const& options, Corpus const& corpus, bool by_dna);
