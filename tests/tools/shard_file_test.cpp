@@ -13,8 +13,8 @@
 #include <unistd.h>
 
 #include "documents/failure.h"
+#include "shards/document_records.h"
 #include "shards/extract_journal.h"
-#include "shards/extraction.h"
 #include "shards/shard_error.h"
 #include "shards/shard_inputs.h"
 #include "shards/shard_merge.h"
@@ -30,7 +30,7 @@ using testing::Not;
 using testing::UnorderedElementsAre;
 using tool::ShardRecord;
 
-constexpr char const* extraction = "morvaai 1, morvajieba.dict 00";
+constexpr char const* origin = "morvaai 1, morvajieba.dict 00";
 
 ShardRecord record_of(std::string path, std::vector<std::string> words = {"harbour", "合同"}) {
   ShardRecord record;
@@ -76,7 +76,7 @@ class Shard : public testing::Test {
  protected:
   std::string path(std::string const& name) const { return (directory.path() / name).string(); }
   tool::WrittenShard write(std::string const& name, std::vector<ShardRecord> const& records,
-                           std::string const& by = extraction) const {
+                           std::string const& by = origin) const {
     tool::ShardWriter writer(path(name), by);
     for (ShardRecord const& record : records) {
       writer.add(record);
@@ -110,7 +110,7 @@ class Shard : public testing::Test {
       paths.push_back(path(name));
     }
     tool::MergedShards merged(paths);
-    tool::ShardWriter writer(path(into), merged.extraction());
+    tool::ShardWriter writer(path(into), merged.origin());
     merged.take_all([&](ShardRecord const& record) { writer.add(record); });
     writer.finish();
   }
@@ -257,16 +257,16 @@ TEST_F(Shard, an_old_one_stays_until_the_new_one_is_whole) {
   write("a", {record_of("x")});
   std::string const old = bytes("a");
   {
-    tool::ShardWriter writer(path("a"), extraction);
+    tool::ShardWriter writer(path("a"), origin);
     writer.add(record_of("y"));
-    EXPECT_THROW(tool::ShardWriter(path("a"), extraction), tool::ShardError);
+    EXPECT_THROW(tool::ShardWriter(path("a"), origin), tool::ShardError);
   }
   EXPECT_EQ(bytes("a"), old);
   EXPECT_FALSE(std::filesystem::exists(path("a.new")));
 }
 
 TEST_F(Shard, records_out_of_order_are_refused) {
-  tool::ShardWriter writer(path("a"), extraction);
+  tool::ShardWriter writer(path("a"), origin);
   writer.add(record_of("b"));
   EXPECT_THROW(writer.add(record_of("b")), tool::ShardError);
   EXPECT_THROW(writer.add(record_of("a")), tool::ShardError);
@@ -355,7 +355,7 @@ class Journal : public Shard {
   static constexpr tool::FileStamp stamp = {1, 2, 3};
 
   std::vector<std::string> paths_in(std::string const& name) const {
-    tool::ExtractJournal journal(path(name), extraction);
+    tool::ExtractJournal journal(path(name), origin);
     std::vector<std::string> paths;
     journal.read([&](ShardRecord const& record, tool::FileStamp const& found, std::uint64_t place) {
       EXPECT_EQ(found, stamp);
@@ -365,7 +365,7 @@ class Journal : public Shard {
     return paths;
   }
   void begin(std::string const& name) const {
-    tool::ExtractJournal journal(path(name), extraction);
+    tool::ExtractJournal journal(path(name), origin);
     journal.add(record_of("b"), stamp);
     journal.add(failed("a"), stamp);
   }
@@ -386,7 +386,7 @@ TEST_F(Journal, a_tail_that_was_not_written_whole_is_cut_off) {
   put("k", whole.substr(0, whole.size() - 3));
   EXPECT_THAT(paths_in("k"), ElementsAre("b"));
   {
-    tool::ExtractJournal journal(path("k"), extraction);
+    tool::ExtractJournal journal(path("k"), origin);
     journal.read([](auto const&, auto const&, auto) {});
     journal.add(failed("a"), stamp);
   }
@@ -394,8 +394,8 @@ TEST_F(Journal, a_tail_that_was_not_written_whole_is_cut_off) {
 }
 
 TEST_F(Journal, is_for_one_process_at_a_time) {
-  tool::ExtractJournal const journal(path("j"), extraction);
-  EXPECT_THROW(tool::ExtractJournal(path("j"), extraction), tool::ShardError);
+  tool::ExtractJournal const journal(path("j"), origin);
+  EXPECT_THROW(tool::ExtractJournal(path("j"), origin), tool::ShardError);
 }
 
 TEST_F(Journal, begins_anew_for_another_dictionary) {
@@ -409,7 +409,7 @@ TEST_F(Journal, begins_anew_for_another_dictionary) {
 
 TEST_F(Journal, leaves_a_file_that_is_none) {
   put("j", "a document");
-  EXPECT_THROW(tool::ExtractJournal(path("j"), extraction), tool::ShardError);
+  EXPECT_THROW(tool::ExtractJournal(path("j"), origin), tool::ShardError);
   EXPECT_EQ(bytes("j"), "a document");
 }
 

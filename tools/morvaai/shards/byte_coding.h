@@ -23,16 +23,20 @@ inline void put_varint(std::string& bytes, std::uint64_t number) {
   bytes += static_cast<char>(number);
 }
 
-/// Takes one thing after the other off bytes that may lie. Over their end there is nothing any
-/// more, and all that is taken is 0 or empty.
-class ByteTaker {
+/// Takes one thing after the other off bytes that may lie, and that live as long. After the first
+/// thing that is not there the reader is good no more, and all that is taken is 0 or empty.
+class ByteReader {
  public:
-  explicit ByteTaker(std::string_view bytes) : rest_(bytes) {}
+  explicit ByteReader(std::string_view bytes) : rest_(bytes) {}
 
+  /// Whether all that was taken so far was there.
   bool is_good() const { return is_good_; }
+  /// Whether nothing is left to take; so it is as well once the reader is good no more.
   bool is_at_end() const { return rest_.empty(); }
+  /// How many bytes are left; 0 once the reader is good no more.
   std::size_t left() const { return rest_.size(); }
 
+  /// So many bytes; they lie in those that the reader was made with.
   std::string_view take_bytes(std::uint64_t size) {
     if (!is_good_ || size > rest_.size()) {
       return fail();

@@ -13,10 +13,11 @@
 #include "command_line/commands.h"
 #include "documents/document.h"
 #include "exit_status.h"
+#include "shards/document_records.h"
 #include "shards/extract_journal.h"
-#include "shards/extraction.h"
 #include "shards/shard_error.h"
 #include "shards/shard_inputs.h"
+#include "shards/shard_names.h"
 #include "shards/shard_reader.h"
 #include "shards/shard_summary.h"
 #include "shards/shard_writer.h"
@@ -29,12 +30,6 @@ namespace {
 
 constexpr std::uint64_t no_place = std::numeric_limits<std::uint64_t>::max();
 
-// Whether it would be the same if the document were read again: what ended its worker, or kept the
-// file from being read, may have passed by.
-bool is_settled(ShardRecord const& record) {
-  return !record.words.empty() || (record.outcome != "failed" && record.outcome != "timed out");
-}
-
 bool is_whole_shard(std::string const& path) {
   try {
     ShardReader const reader(path);
@@ -46,22 +41,21 @@ bool is_whole_shard(std::string const& path) {
 
 // What a killed run leaves behind is replaced; it has its journal beside it.
 void check_way_to(std::string const& shard) {
-  std::string const on_its_way = shard + ".new";
-  if (!std::filesystem::exists(shard + ".part") && is_whole_shard(on_its_way)) {
+  std::string const on_its_way = new_shard_of(shard);
+  if (!std::filesystem::exists(journal_of(shard)) && is_whole_shard(on_its_way)) {
     throw ShardError(on_its_way, "is in the way, and a whole shard; rename or remove it");
   }
 }
 
 // The documents of one shard, and how far they are.
-class Extraction {
+class ExtractRun {
  public:
-  Extraction(std::vector<ShardInput> inputs, std::string const& shard,
-             std::string const& extraction)
+  ExtractRun(std::vector<ShardInput> inputs, std::string const& shard, std::string const& origin)
       : inputs_(std::move(inputs)),
         places_(inputs_.size(), no_place),
         shard_(shard),
-        extraction_(extraction),
-        journal_(shard + ".part", extraction) {}
+        origin_(origin),
+        journal_(journal_of(shard), origin) {}
 
   // Takes what an interrupted run has left.
   std::size_t resume() {
@@ -80,7 +74,7 @@ class Extraction {
   }
 
   // Reads the documents that are not done yet.
-  int read_rest(std::size_t jobs) {
+  void read_rest(std::size_t jobs) {
     std::vector<HString> files;
     std::vector<std::size_t> positions;
     for (std::size_t i = 0; i < inputs_.size(); ++i) {
@@ -89,7 +83,7 @@ class Extraction {
         positions.push_back(i);
       }
     }
-    return extract_records(files, jobs, [&](std::size_t index, ShardRecord const& record) {
+    extract_records(files, jobs, [&](std::size_t index, ShardRecord const& record) {
       std::size_t const at = positions[index];
       places_[at] = journal_.add(record, inputs_[at].stamp);
     });
@@ -101,7 +95,7 @@ class Extraction {
 
   WrittenShard write() {
     Progress const progress("writing the shard");
-    ShardWriter writer(shard_, extraction_);
+    ShardWriter writer(shard_, origin_);
     for (std::uint64_t const place : places_) {
       writer.add(journal_.at(place));
     }
@@ -115,12 +109,12 @@ class Extraction {
   // Of their records in the journal.
   std::vector<std::uint64_t> places_;
   std::string shard_;
-  std::string extraction_;
+  std::string origin_;
   ExtractJournal journal_;
 };
 
 // Nothing where it did not come to its end: what was read until then is kept.
-std::optional<WrittenShard> finish(Extraction& run, std::size_t jobs) {
+std::optional<WrittenShard> finish(ExtractRun& run, std::size_t jobs) {
   try {
     run.read_rest(jobs);
     if (run.is_complete()) {
@@ -154,16 +148,16 @@ int run_extract(ExtractOptions const& options) {
     complain("--part takes I/N, as 2/8: the second of eight parts");
     return wrong_use;
   }
-  std::string const extraction = extraction_of_program();
-  if (extraction.empty()) {
+  std::string const origin = origin_of_program();
+  if (origin.empty()) {
     complain(no_dictionary_reason());
     return some_failed;
   }
   check_output(options.output);
   check_way_to(options.output);
   std::size_t refused = 0;
-  Extraction run(shard_inputs(options.inputs, *part, options.output, refused), options.output,
-                 extraction);
+  ExtractRun run(shard_inputs(options.inputs, *part, options.output, refused), options.output,
+                 origin);
   std::size_t const resumed = run.resume();
   auto const written = finish(run, options.jobs);
   if (!written) {

@@ -2,8 +2,6 @@
 
 #include <utility>
 
-#include <sys/stat.h>
-
 #include "morvaai.h"
 
 #include "shards/byte_coding.h"
@@ -18,26 +16,12 @@ namespace tool {
 namespace {
 
 constexpr std::size_t number_size = 8;
+constexpr std::size_t length_size = 4;
 // Length and checksum of what follows.
-constexpr std::size_t head_size = 4 + number_size;
+constexpr std::size_t head_size = length_size + number_size;
 constexpr std::size_t stamp_size = 3 * number_size;
 
-std::uint64_t nanoseconds(timespec const& time) {
-  constexpr std::uint64_t in_a_second = 1000000000;
-  return static_cast<std::uint64_t>(time.tv_sec) * in_a_second +
-         static_cast<std::uint64_t>(time.tv_nsec);
-}
-
 }  // namespace
-
-FileStamp FileStamp::of(std::string const& path) {
-  struct stat status {};
-  if (stat(path.c_str(), &status) != 0) {
-    return {};
-  }
-  return {static_cast<std::uint64_t>(status.st_size), nanoseconds(status.st_mtim),
-          nanoseconds(status.st_ctim)};
-}
 
 struct ExtractJournal::Entry {
   ShardRecord record;
@@ -45,17 +29,16 @@ struct ExtractJournal::Entry {
   std::uint64_t size = 0;
 };
 
-ExtractJournal::ExtractJournal(std::string path, std::string const& extraction)
+ExtractJournal::ExtractJournal(std::string path, std::string const& origin)
     : file_(std::move(path)) {
   std::string const fixed = file_.read(0, ShardHeader::fixed_size);
-  std::string const begins = fixed.substr(0, journal_mark.size());
-  if (!journal_mark.starts_with(begins)) {
+  if (!journal_mark.starts_with(fixed.substr(0, journal_mark.size()))) {
     throw ShardError(file_.path(), "is in the way, and no unfinished shard; rename or remove it");
   }
   auto const size = header_size(journal_mark, fixed);
   std::string const bytes = size ? file_.read(0, *size) : std::string();
   auto const header = size == bytes.size() ? decode_header(bytes) : std::nullopt;
-  if (header && header->extraction == extraction) {
+  if (header && header->origin == origin) {
     first_ = end_ = bytes.size();
     return;
   }
@@ -63,11 +46,11 @@ ExtractJournal::ExtractJournal(std::string path, std::string const& extraction)
     complain("warning: " + printable(morvabs::from_path(file_.path())) +
              ": was begun with another version or dictionary; all is read anew");
   }
-  begin(extraction);
+  begin(origin);
 }
 
-void ExtractJournal::begin(std::string const& extraction) {
-  std::string const header = encode_header(journal_mark, {extraction});
+void ExtractJournal::begin(std::string const& origin) {
+  std::string const header = encode_header(journal_mark, {origin});
   file_.truncate(0);
   file_.write(0, header);
   first_ = end_ = header.size();
@@ -76,17 +59,17 @@ void ExtractJournal::begin(std::string const& extraction) {
 // False where there is none that is whole.
 bool ExtractJournal::read_entry(std::uint64_t place, Entry& entry) const {
   std::string const head = file_.read(place, head_size);
-  ByteTaker taker(head);
-  std::uint64_t const size = taker.take_number(4);
-  std::uint64_t const checksum = taker.take_number(number_size);
-  if (!taker.is_good() || size < stamp_size || size > largest_block) {
+  ByteReader reader(head);
+  std::uint64_t const size = reader.take_number(length_size);
+  std::uint64_t const checksum = reader.take_number(number_size);
+  if (!reader.is_good() || size < stamp_size || size > largest_block) {
     return false;
   }
   std::string const body = file_.read(place + head_size, static_cast<std::size_t>(size));
   if (body.size() != size || checksum_of(body) != checksum) {
     return false;
   }
-  ByteTaker numbers(body);
+  ByteReader numbers(body);
   entry.stamp.size = numbers.take_number(number_size);
   entry.stamp.content_changed = numbers.take_number(number_size);
   entry.stamp.changed = numbers.take_number(number_size);
@@ -113,7 +96,7 @@ std::uint64_t ExtractJournal::add(ShardRecord const& record, FileStamp const& st
   put_number(body, stamp.changed, number_size);
   body += encoder.bytes();
   std::string bytes;
-  put_number(bytes, body.size(), 4);
+  put_number(bytes, body.size(), length_size);
   put_number(bytes, checksum_of(body), number_size);
   bytes += body;
   file_.write(end_, bytes);

@@ -4,21 +4,11 @@
 #include <functional>
 #include <string>
 
+#include "shards/file_stamp.h"
 #include "shards/shard_files.h"
 #include "shards/shard_record.h"
 
 namespace tool {
-
-/// What tells that a file has changed: its size, and when its content and it itself last did, in
-/// nanoseconds. All 0 for a file that is not there.
-struct FileStamp {
-  std::uint64_t size = 0;
-  std::uint64_t content_changed = 0;
-  std::uint64_t changed = 0;
-
-  static FileStamp of(std::string const& path);
-  friend bool operator==(FileStamp const&, FileStamp const&) = default;
-};
 
 /// The documents that an extraction has finished, in a file beside the shard that it is to become:
 /// what is in there need not be read again when a run was interrupted. Each document is written as
@@ -26,9 +16,9 @@ struct FileStamp {
 /// lives. All that fails is a ShardError.
 class ExtractJournal {
  public:
-  /// Opens the file, or makes it. One that was begun by another extraction begins anew, with a
-  /// warning; what is no such file is refused.
-  ExtractJournal(std::string path, std::string const& extraction);
+  /// Opens the file, or makes it. One of another origin (`ShardHeader`) begins anew, with a warning;
+  /// what is no such file is refused.
+  ExtractJournal(std::string path, std::string const& origin);
 
   /// Hands out what is there: each record with the stamp that its file had, and its place.
   void read(std::function<void(ShardRecord const&, FileStamp const&, std::uint64_t)> const& take);
@@ -36,13 +26,13 @@ class ExtractJournal {
   std::uint64_t add(ShardRecord const& record, FileStamp const& stamp);
   /// The record at a place that was given out.
   ShardRecord at(std::uint64_t place) const;
-  /// The shard is there.
+  /// Deletes the file. Nothing else is to be called then.
   void remove() { file_.remove(); }
 
  private:
   struct Entry;
   bool read_entry(std::uint64_t place, Entry& entry) const;
-  void begin(std::string const& extraction);
+  void begin(std::string const& origin);
 
   LockedFile file_;
   std::uint64_t first_ = 0;

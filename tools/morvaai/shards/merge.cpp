@@ -10,6 +10,7 @@
 #include "exit_status.h"
 #include "shards/shard_error.h"
 #include "shards/shard_merge.h"
+#include "shards/shard_names.h"
 #include "shards/shard_summary.h"
 #include "shards/shard_writer.h"
 #include "terminal/output.h"
@@ -22,7 +23,7 @@ namespace {
 void check_inputs(MergeOptions const& options) {
   for (std::string const& shard : options.shards) {
     std::error_code none;
-    if (std::filesystem::equivalent(shard, options.output + ".new", none)) {
+    if (std::filesystem::equivalent(shard, new_shard_of(options.output), none)) {
       throw ShardError(shard, "would be overwritten on the way to " +
                                   printable(morvabs::from_path(options.output)) + "; rename it");
     }
@@ -35,7 +36,7 @@ int run_merge(MergeOptions const& options) {
   check_output(options.output);
   check_inputs(options);
   MergedShards shards(options.shards);
-  ShardWriter writer(options.output, shards.extraction());
+  ShardWriter writer(options.output, shards.origin());
   shards.take_all([&](ShardRecord const& record) { writer.add(record); });
   WrittenShard const written = writer.finish();
   if (!options.json) {

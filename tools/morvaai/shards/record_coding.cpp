@@ -93,43 +93,43 @@ void RecordEncoder::add_words(std::vector<std::string> const& words) {
 }
 
 bool RecordDecoder::take(ShardRecord& record) {
-  if (size_ - taker_.left() >= block_size) {
+  if (size_ - reader_.left() >= block_size) {
     return false;
   }
-  std::uint64_t const shared = taker_.take_varint();
-  std::string_view const rest = taker_.take_bytes(taker_.take_varint());
+  std::uint64_t const shared = reader_.take_varint();
+  std::string_view const rest = reader_.take_bytes(reader_.take_varint());
   if (shared > path_.size() || rest.size() > longest_path - shared) {
     return false;
   }
   path_.resize(static_cast<std::size_t>(shared));
   path_ += rest;
   record.path = path_;
-  auto const head = static_cast<std::uint8_t>(taker_.take_number(1));
+  auto const head = static_cast<std::uint8_t>(reader_.take_number(1));
   auto const outcome = outcome_word(head & static_cast<std::uint8_t>(~has_dna));
   if (!outcome) {
     return false;
   }
   record.outcome = *outcome;
-  record.reason = taker_.take_bytes(taker_.take_varint());
+  record.reason = reader_.take_bytes(reader_.take_varint());
   if (!take_words(record) || !take_weights(record)) {
     return false;
   }
-  record.dna = digits_of(taker_.take_bytes((head & has_dna) != 0 ? dna_bytes : 0));
-  return taker_.is_good() && is_storable(record);
+  record.dna = digits_of(reader_.take_bytes((head & has_dna) != 0 ? dna_bytes : 0));
+  return reader_.is_good() && is_storable(record);
 }
 
 bool RecordDecoder::take_words(ShardRecord& record) {
-  std::uint64_t const count = taker_.take_varint();
+  std::uint64_t const count = reader_.take_varint();
   // Each takes a byte at least.
-  if (count > most_words || count > taker_.left()) {
+  if (count > most_words || count > reader_.left()) {
     return false;
   }
   record.words.clear();
   std::size_t texts = 0;
-  for (std::uint64_t i = 0; i < count && taker_.is_good(); ++i) {
-    std::uint64_t const place = taker_.take_varint();
+  for (std::uint64_t i = 0; i < count && reader_.is_good(); ++i) {
+    std::uint64_t const place = reader_.take_varint();
     if (place == words_.size()) {
-      words_.push_back(taker_.take_bytes(taker_.take_varint()));
+      words_.push_back(reader_.take_bytes(reader_.take_varint()));
     }
     // A word that is repeated costs a byte here and its length there.
     if (place >= words_.size() || (texts += words_[place].size()) > largest_texts) {
@@ -137,14 +137,14 @@ bool RecordDecoder::take_words(ShardRecord& record) {
     }
     record.words.emplace_back(words_[place]);
   }
-  return taker_.is_good();
+  return reader_.is_good();
 }
 
 bool RecordDecoder::take_weights(ShardRecord& record) {
   record.counts.clear();
   record.weights.clear();
   for (std::size_t i = 0; i < record.words.size(); ++i) {
-    std::uint64_t const count = taker_.take_varint();
+    std::uint64_t const count = reader_.take_varint();
     if (count > static_cast<std::uint64_t>(std::numeric_limits<std::int32_t>::max())) {
       return false;
     }
@@ -152,10 +152,10 @@ bool RecordDecoder::take_weights(ShardRecord& record) {
   }
   std::uint64_t bits = first_weight;
   for (std::size_t i = 0; i < record.words.size(); ++i) {
-    bits -= unfolded(taker_.take_varint());
+    bits -= unfolded(reader_.take_varint());
     record.weights.push_back(std::bit_cast<double>(bits));
   }
-  return taker_.is_good();
+  return reader_.is_good();
 }
 
 }  // namespace tool

@@ -38,11 +38,11 @@ class RecordEncoder {
 class RecordDecoder {
  public:
   /// The bytes stay where they are until all is taken.
-  explicit RecordDecoder(std::string_view bytes) : size_(bytes.size()), taker_(bytes) {}
+  explicit RecordDecoder(std::string_view bytes) : size_(bytes.size()), reader_(bytes) {}
 
-  bool is_at_end() const { return taker_.is_at_end(); }
-  /// The next record, a storable one. False where the bytes are none, and for ever after; so it is
-  /// for one that begins where the block should have ended before (`block_size`).
+  bool is_at_end() const { return reader_.is_at_end(); }
+  /// The next record, a storable one. False where the bytes are no record, or where it would begin
+  /// at `block_size` or later. Not to be called again then.
   bool take(ShardRecord& record);
 
  private:
@@ -50,7 +50,7 @@ class RecordDecoder {
   bool take_weights(ShardRecord& record);
 
   std::size_t size_;
-  ByteTaker taker_;
+  ByteReader reader_;
   std::string path_;
   std::vector<std::string_view> words_;
 };

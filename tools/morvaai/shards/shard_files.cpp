@@ -13,7 +13,6 @@
 #include <unistd.h>
 
 #include "shards/shard_error.h"
-#include "shards/shard_layout.h"
 
 namespace tool {
 
@@ -149,14 +148,6 @@ LockedFile::LockedFile(std::string path) : path_(std::move(path)) {
   throw ShardError(path_, "in use: another process is writing it");
 }
 
-std::uint64_t LockedFile::size() const {
-  struct stat status {};
-  if (fstat(descriptor_.get(), &status) != 0) {
-    throw ShardError(path_, errno);
-  }
-  return static_cast<std::uint64_t>(status.st_size);
-}
-
 std::string LockedFile::read(std::uint64_t offset, std::size_t size) const {
   std::string bytes(size, '\0');
   std::int64_t const got = read_fully(descriptor_.get(), bytes.data(), size, offset);
@@ -196,21 +187,6 @@ void LockedFile::move_to(std::string const& path) {
 void LockedFile::remove() {
   if (unlink(path_.c_str()) != 0) {
     throw ShardError(path_, errno);
-  }
-}
-
-void check_output(std::string const& path) {
-  struct stat status {};
-  if (stat(path.c_str(), &status) != 0) {
-    if (errno != ENOENT) {
-      throw ShardError(path, errno);
-    }
-    return;
-  }
-  InputFile const file(path);
-  if (file.size() > 0 &&
-      (file.size() < shard_mark.size() || file.read(0, shard_mark.size()) != shard_mark)) {
-    throw ShardError(path, "is no shard, and is not replaced; name another file with -o");
   }
 }
 

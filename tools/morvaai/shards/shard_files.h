@@ -48,14 +48,13 @@ class LockedFile {
   explicit LockedFile(std::string path);
 
   std::string const& path() const { return path_; }
-  std::uint64_t size() const;
   /// Less than asked for only at the end of the file.
   std::string read(std::uint64_t offset, std::size_t size) const;
   /// All bytes, or none: what was written of them before it failed is cut off again.
   void write(std::uint64_t offset, std::string_view bytes);
   void truncate(std::uint64_t size);
-  /// On disk, then under that name, whose permissions it gets where there is a file already; of a
-  /// symbolic link what it leads to is replaced.
+  /// Syncs the file and renames it to that name. Takes the permissions of a file that is there;
+  /// replaces what a symbolic link leads to.
   void move_to(std::string const& path);
   void remove();
 
@@ -63,9 +62,5 @@ class LockedFile {
   std::string path_;
   Descriptor descriptor_;
 };
-
-/// Throws unless a shard can come to stand there: where something stands, a regular file, which is
-/// a shard or empty.
-void check_output(std::string const& path);
 
 }  // namespace tool

@@ -13,6 +13,8 @@
 
 #include "documents/inputs.h"
 #include "shards/checksum.h"
+#include "shards/shard_names.h"
+#include "shards/shard_record.h"
 #include "terminal/output.h"
 
 namespace tool {
@@ -35,8 +37,8 @@ std::optional<FileNumber> number_of(std::string const& path) {
 // The shard and what stands beside it on the way there.
 std::set<FileNumber> own_files(std::string const& shard) {
   std::set<FileNumber> own;
-  for (char const* const ending : {"", ".new", ".part"}) {
-    if (auto const number = number_of(shard + ending)) {
+  for (std::string const& path : {shard, new_shard_of(shard), journal_of(shard)}) {
+    if (auto const number = number_of(path)) {
       own.insert(*number);
     }
   }

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "shards/extract_journal.h"
+#include "shards/file_stamp.h"
 
 namespace tool {
 

@@ -24,27 +24,27 @@ std::string checked_part(std::string_view header) {
 std::string encode_header(std::string_view mark, ShardHeader const& header) {
   std::string bytes(mark);
   put_number(bytes, format_version, sizeof format_version);
-  put_number(bytes, header.extraction.size(), sizeof(std::uint32_t));
+  put_number(bytes, header.origin.size(), sizeof(std::uint32_t));
   std::string checksum;
-  put_number(checksum, checksum_of(bytes + header.extraction), sizeof(std::uint64_t));
-  return bytes + checksum + header.extraction;
+  put_number(checksum, checksum_of(bytes + header.origin), sizeof(std::uint64_t));
+  return bytes + checksum + header.origin;
 }
 
 std::optional<std::size_t> header_size(std::string_view mark, std::string_view fixed) {
-  ByteTaker taker(fixed);
-  bool const has_mark = taker.take_bytes(mark_size) == mark;
-  std::uint64_t const version = taker.take_number(sizeof format_version);
-  std::uint64_t const length = taker.take_number(sizeof(std::uint32_t));
-  if (!has_mark || !taker.is_good() || version != format_version ||
-      length > ShardHeader::longest_extraction) {
+  ByteReader reader(fixed);
+  bool const has_mark = reader.take_bytes(mark_size) == mark;
+  std::uint64_t const version = reader.take_number(sizeof format_version);
+  std::uint64_t const length = reader.take_number(sizeof(std::uint32_t));
+  if (!has_mark || !reader.is_good() || version != format_version ||
+      length > ShardHeader::longest_origin) {
     return std::nullopt;
   }
   return ShardHeader::fixed_size + static_cast<std::size_t>(length);
 }
 
 std::optional<ShardHeader> decode_header(std::string_view bytes) {
-  ByteTaker taker(bytes.substr(checksum_at));
-  std::uint64_t const checksum = taker.take_number(sizeof(std::uint64_t));
+  ByteReader reader(bytes.substr(checksum_at));
+  std::uint64_t const checksum = reader.take_number(sizeof(std::uint64_t));
   if (checksum != checksum_of(checked_part(bytes))) {
     return std::nullopt;
   }
@@ -58,18 +58,18 @@ void put_head(std::string& bytes, BlockHead const& head) {
 }
 
 BlockHead take_head(std::string_view bytes) {
-  ByteTaker taker(bytes);
+  ByteReader reader(bytes);
   BlockHead head;
-  head.bytes = static_cast<std::uint32_t>(taker.take_number(sizeof head.bytes));
-  head.records = static_cast<std::uint32_t>(taker.take_number(sizeof head.records));
-  head.checksum = taker.take_number(sizeof head.checksum);
+  head.bytes = static_cast<std::uint32_t>(reader.take_number(sizeof head.bytes));
+  head.records = static_cast<std::uint32_t>(reader.take_number(sizeof head.records));
+  head.checksum = reader.take_number(sizeof head.checksum);
   return head;
 }
 
 void ShardTotals::add(ShardRecord const& record) {
   ++documents;
   failed += record.words.empty() ? 1U : 0U;
-  partial += !record.words.empty() && record.outcome != "text" ? 1U : 0U;
+  partial += is_partial(record) ? 1U : 0U;
 }
 
 std::string encode_totals(ShardTrailer const& trailer) {
@@ -90,14 +90,14 @@ std::string encode_trailer(ShardTrailer const& trailer) {
 }
 
 std::optional<ShardTrailer> decode_trailer(std::string_view bytes) {
-  ByteTaker taker(bytes);
+  ByteReader reader(bytes);
   ShardTrailer trailer;
   for (std::uint64_t* const number :
        {&trailer.totals.documents, &trailer.totals.failed, &trailer.totals.partial, &trailer.blocks,
         &trailer.index_offset, &trailer.checksum}) {
-    *number = taker.take_number(sizeof *number);
+    *number = reader.take_number(sizeof *number);
   }
-  return taker.take_bytes(mark_size) == end_mark ? std::optional(trailer) : std::nullopt;
+  return reader.take_bytes(mark_size) == end_mark ? std::optional(trailer) : std::nullopt;
 }
 
 }  // namespace tool

@@ -26,10 +26,11 @@ constexpr std::size_t largest_block = block_size + largest_texts + most_words * 
 /// The beginning of a file: by what the records were made, and all that is needed to trust it.
 struct ShardHeader {
   static constexpr std::size_t fixed_size = 24;
-  static constexpr std::size_t longest_extraction = 4096;
+  static constexpr std::size_t longest_origin = 4096;
 
-  /// Version of library and dictionary; shards go together only where it is the same.
-  std::string extraction;
+  /// In one line: the version of the program, and its dictionary. Shards go together only where it
+  /// is the same.
+  std::string origin;
 };
 std::string encode_header(std::string_view mark, ShardHeader const& header);
 /// The bytes of the whole header, of which these are the first `fixed_size`; nothing where they are

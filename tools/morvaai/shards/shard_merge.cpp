@@ -51,14 +51,14 @@ MergedShards::MergedShards(std::vector<std::string> const& paths) {
   allow_many_files();
   for (std::string const& path : paths) {
     auto source = std::make_unique<Source>(path);
-    std::string const& extraction = source->reader.extraction();
+    std::string const& origin = source->reader.origin();
     if (&path == paths.data()) {
-      extraction_ = extraction;
-    } else if (extraction != extraction_) {
+      origin_ = origin;
+    } else if (origin != origin_) {
       throw ShardError(path, "made by another version or dictionary (" +
-                                 printable(HString(extraction.c_str())) + ") than " +
-                                 shown(paths.front()) + " (" +
-                                 printable(HString(extraction_.c_str())) + "); extract one again");
+                                 printable(HString(origin.c_str())) + ") than " +
+                                 shown(paths.front()) + " (" + printable(HString(origin_.c_str())) +
+                                 "); extract one again");
     }
     record_count_ += source->reader.totals().documents;
     if (auto last = source->reader.last_path(); last && !path_before(*last, last_path_)) {
@@ -73,12 +73,8 @@ MergedShards::MergedShards(std::vector<std::string> const& paths) {
 
 MergedShards::~MergedShards() = default;
 
-std::string const& MergedShards::extraction() const {
-  return extraction_;
-}
-
-std::uint64_t MergedShards::record_count() const {
-  return record_count_;
+std::string const& MergedShards::origin() const {
+  return origin_;
 }
 
 std::string MergedShards::common_folder() const {

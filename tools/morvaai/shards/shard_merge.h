@@ -13,16 +13,14 @@ namespace tool {
 /// shards. Takes the memory of a block of each. All that fails is a ShardError.
 class MergedShards {
  public:
-  /// Refuses shards that were not made by the same extraction.
+  /// Refuses shards that were not of the same origin.
   explicit MergedShards(std::vector<std::string> const& paths);
   ~MergedShards();
   MergedShards(MergedShards const&) = delete;
   MergedShards& operator=(MergedShards const&) = delete;
 
   /// That of all.
-  std::string const& extraction() const;
-  /// Records of all shards; those that more than one shard has count as often.
-  std::uint64_t record_count() const;
+  std::string const& origin() const;
   /// The folder that holds all documents, with the slash at its end; empty where there is none, or
   /// no document.
   std::string common_folder() const;
@@ -39,7 +37,8 @@ class MergedShards {
   std::unique_ptr<Source> take_first();
   void advance(std::unique_ptr<Source> source);
 
-  std::string extraction_;
+  std::string origin_;
+  // Those that more than one shard has count as often.
   std::uint64_t record_count_ = 0;
   std::string first_path_;
   std::string last_path_;

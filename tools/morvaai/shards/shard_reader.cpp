@@ -18,10 +18,13 @@ constexpr char const* other_version = "a shard of another version of its format"
 
 }  // namespace
 
+bool has_shard_mark(InputFile const& file) {
+  return file.size() >= shard_mark.size() && file.read(0, shard_mark.size()) == shard_mark;
+}
+
 bool is_shard(std::string const& path) {
   try {
-    InputFile const file(path);
-    return file.size() >= shard_mark.size() && file.read(0, shard_mark.size()) == shard_mark;
+    return has_shard_mark(InputFile(path));
   } catch (ShardError const&) {
     return false;
   }
@@ -39,8 +42,7 @@ void ShardReader::refuse(char const* why) const {
 }
 
 void ShardReader::read_header() {
-  std::string const begin = file_.read(0, std::min<std::uint64_t>(file_.size(), shard_mark.size()));
-  if (begin != shard_mark) {
+  if (!has_shard_mark(file_)) {
     refuse(no_shard);
   }
   if (file_.size() < ShardHeader::fixed_size + ShardTrailer::size) {
@@ -58,7 +60,7 @@ void ShardReader::read_header() {
   if (!header) {
     refuse(damaged);
   }
-  extraction_ = std::move(header->extraction);
+  origin_ = std::move(header->origin);
 }
 
 void ShardReader::read_trailer() {

@@ -10,7 +10,9 @@
 
 namespace tool {
 
-/// Whether the file begins as a shard does; false as well where it cannot be read.
+/// Whether the file begins as a shard does.
+bool has_shard_mark(InputFile const& file);
+/// The same of a path; false as well where it cannot be read.
 bool is_shard(std::string const& path);
 
 /// Reads a shard record by record. Its bytes may be of anyone: whatever they are, they cost no more
@@ -25,9 +27,8 @@ class ShardReader {
 
   std::string const& path() const { return file_.path(); }
   /// By what the records were made.
-  std::string const& extraction() const { return extraction_; }
+  std::string const& origin() const { return origin_; }
   ShardTotals const& totals() const { return trailer_.totals; }
-  std::uint64_t bytes() const { return file_.size(); }
 
   /// The next record; false behind the last one, once all of it has proved to be whole.
   bool next(ShardRecord& record);
@@ -44,7 +45,7 @@ class ShardReader {
   bool next_block();
 
   InputFile file_;
-  std::string extraction_;
+  std::string origin_;
   std::string header_;
   ShardTrailer trailer_;
   // Behind the last block that was read.

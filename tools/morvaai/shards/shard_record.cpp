@@ -20,6 +20,8 @@ namespace {
 constexpr std::array<std::string_view, 10> outcomes = {
     "text",    "no text",       "encrypted", "not supported", "incomplete",
     "damaged", "limit reached", "timed out", "failed",        "no words"};
+constexpr std::uint8_t text_code = 0;
+constexpr std::uint8_t timed_out_code = 7;
 constexpr std::uint8_t failed_code = 8;
 
 bool is_weight_same(double a, double b) {
@@ -50,13 +52,22 @@ bool is_storable(ShardRecord const& record) {
   std::size_t const texts = std::transform_reduce(
       record.words.begin(), record.words.end(), record.path.size() + record.reason.size(),
       std::plus<>(), [](std::string const& word) { return word.size(); });
-  bool const is_told = count > 0 || record.outcome != outcomes.front();
+  bool const is_told = count > 0 || record.outcome != outcomes[text_code];
   return is_path(record.path) && is_told && count <= most_words && texts <= largest_texts &&
          record.counts.size() == count && record.weights.size() == count &&
          std::all_of(record.counts.begin(), record.counts.end(), [](auto n) { return n >= 0; }) &&
          std::all_of(record.weights.begin(), record.weights.end(),
                      [](double weight) { return std::isfinite(weight); }) &&
          is_fingerprint(record.dna);
+}
+
+bool is_partial(ShardRecord const& record) {
+  return !record.words.empty() && record.outcome != outcomes[text_code];
+}
+
+bool is_settled(ShardRecord const& record) {
+  return !record.words.empty() ||
+         (record.outcome != outcomes[failed_code] && record.outcome != outcomes[timed_out_code]);
 }
 
 bool path_before(std::string_view a, std::string_view b) {
@@ -80,7 +91,7 @@ std::optional<std::string_view> outcome_word(std::uint8_t code) {
 std::string problem_of(ShardRecord const& record) {
   std::string const reason = printable(HString(record.reason.c_str()));
   if (!record.words.empty()) {
-    return record.outcome == outcomes.front() ? std::string() : read_in_part + reason;
+    return is_partial(record) ? read_in_part + reason : std::string();
   }
   return reason.empty() ? record.outcome : record.outcome + ": " + reason;
 }

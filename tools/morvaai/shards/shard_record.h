@@ -40,6 +40,13 @@ constexpr std::size_t largest_texts = std::size_t{16} << 20;
 /// Whether the record keeps the bounds and is what is said above.
 bool is_storable(ShardRecord const& record);
 
+/// Whether the document gave words, but was not read to its end.
+bool is_partial(ShardRecord const& record);
+
+/// Whether it would be the same if the document were read again: what ended its worker, or kept the
+/// file from being read, may have passed by.
+bool is_settled(ShardRecord const& record);
+
 /// The order of documents in a shard: by the bytes of their paths, "/" before all others. It is
 /// that in which a folder is walked, what a subfolder holds right behind its name.
 bool path_before(std::string_view a, std::string_view b);

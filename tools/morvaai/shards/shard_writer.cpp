@@ -1,8 +1,13 @@
 #include "shards/shard_writer.h"
 
+#include <cerrno>
 #include <utility>
 
+#include <sys/stat.h>
+
 #include "shards/shard_error.h"
+#include "shards/shard_names.h"
+#include "shards/shard_reader.h"
 
 namespace tool {
 
@@ -11,7 +16,7 @@ namespace {
 // Made anew where it is none that a killed run has left.
 LockedFile open_new(std::string const& path) {
   check_output(path);
-  LockedFile file(path + ".new");
+  LockedFile file(new_shard_of(path));
   std::string const begin = file.read(0, shard_mark.size());
   if (!shard_mark.starts_with(begin)) {
     throw ShardError(file.path(), "is in the way, and no shard; rename or remove it");
@@ -22,9 +27,23 @@ LockedFile open_new(std::string const& path) {
 
 }  // namespace
 
-ShardWriter::ShardWriter(std::string path, std::string const& extraction)
+void check_output(std::string const& path) {
+  struct stat status {};
+  if (stat(path.c_str(), &status) != 0) {
+    if (errno != ENOENT) {
+      throw ShardError(path, errno);
+    }
+    return;
+  }
+  InputFile const file(path);
+  if (file.size() > 0 && !has_shard_mark(file)) {
+    throw ShardError(path, "is no shard, and is not replaced; name another file with -o");
+  }
+}
+
+ShardWriter::ShardWriter(std::string path, std::string const& origin)
     : path_(std::move(path)), file_(open_new(path_)) {
-  std::string const header = encode_header(shard_mark, {extraction});
+  std::string const header = encode_header(shard_mark, {origin});
   append(header);
   checksum_.add(header);
 }

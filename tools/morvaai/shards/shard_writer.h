@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 #include "shards/checksum.h"
 #include "shards/record_coding.h"
@@ -18,14 +19,18 @@ struct WrittenShard {
   std::uint64_t checksum = 0;
 };
 
+/// Throws a ShardError unless a shard can come to stand there: where something stands, a regular
+/// file, which is a shard or empty.
+void check_output(std::string const& path);
+
 /// Writes a shard. The same records give the same bytes. Until it is whole it stands beside its
-/// place, its name with ".new" behind it, and a run that ends before leaves there at most what the
+/// place (`new_shard_of`), and a run that ends before leaves there at most what the
 /// next one overwrites: at its own place is what was there, or all that is new. Takes the memory of
 /// one block, and 16 bytes for each that is written. All that fails is a ShardError.
 class ShardWriter {
  public:
-  /// `path` is bytes; `extraction` says by what the records were made (`ShardHeader`).
-  ShardWriter(std::string path, std::string const& extraction);
+  /// `path` is bytes; `origin` is that of the records (`ShardHeader`).
+  ShardWriter(std::string path, std::string const& origin);
   ~ShardWriter();
   ShardWriter(ShardWriter const&) = delete;
   ShardWriter& operator=(ShardWriter const&) = delete;

@@ -1,4 +1,4 @@
-#include "shards/extraction.h"
+#include "shards/document_records.h"
 
 #include <algorithm>
 #include <array>
@@ -51,6 +51,12 @@ std::string reason_in(std::string const& problem) {
                                            : problem;
 }
 
+void note_failure(std::string const& problem, ShardRecord& record) {
+  auto [outcome, reason] = failure_of(problem);
+  record.outcome = std::move(outcome);
+  record.reason = std::move(reason);
+}
+
 // The record that a worker has packed; nothing where it makes no sense.
 std::optional<ShardRecord> unpack(std::string path, FileReport const& report) {
   auto const outcome = outcome_word(static_cast<std::uint8_t>(report.output.front()));
@@ -86,50 +92,46 @@ ShardRecord record_of(HString const& file, FileReport const& report) {
 
 }  // namespace
 
-std::string extraction_of_program() {
+std::string origin_of_program() {
   HString directory = Orlec::LocateMgr::pins()->get_dict_path(false);
   HStutterDict::pins()->set_dict_path(directory);
   if (!HStutterDict::pins()->is_exist_dict()) {
     return {};
   }
-  std::string extraction = "morvaai " + version_number();
+  std::string origin = "morvaai " + version_number();
   directory.dir_fit(true);
   for (wchar_t const* const name : {L"morvajieba.dict", L"user.dict", L"stop_words"}) {
     HString md5;
     if (HFileMD5::get_file_md5(directory + name, md5)) {
-      extraction += ", " + utf8(name) + " " + utf8(md5);
+      origin += ", " + utf8(name) + " " + utf8(md5);
     }
   }
-  return extraction;
+  return origin;
 }
 
 ShardRecord failed_record(std::string path, std::string const& problem) {
   ShardRecord record;
   record.path = std::move(path);
-  auto [outcome, reason] = failure_of(problem);
-  record.outcome = std::move(outcome);
-  record.reason = std::move(reason);
+  note_failure(problem, record);
   if (!is_storable(record)) {
-    record.outcome = "failed";
-    record.reason = senseless_answer;
+    note_failure(senseless_answer, record);
   }
   return record;
 }
 
-int extract_records(std::vector<HString> const& files, std::size_t jobs,
-                    std::function<void(std::size_t, ShardRecord)> const& take) {
+void extract_records(std::vector<HString> const& files, std::size_t jobs,
+                     std::function<void(std::size_t, ShardRecord)> const& take) {
   std::vector<std::size_t> killed;
-  int const status =
-      run_on_files(files, jobs, &extract, [&](std::size_t index, FileReport const& report) {
-        if (was_killed(report)) {
-          killed.push_back(index);
-          return true;
-        }
-        take(index, record_of(files[index], report));
-        return true;
-      });
+  run_on_files(files, jobs, &extract, [&](std::size_t index, FileReport const& report) {
+    if (was_killed(report)) {
+      killed.push_back(index);
+    } else {
+      take(index, record_of(files[index], report));
+    }
+    return true;
+  });
   if (killed.empty()) {
-    return status;
+    return;
   }
   complain(fmt::format(
       "warning: workers were killed from outside, as when memory runs short; read again alone: {}",
@@ -139,11 +141,10 @@ int extract_records(std::vector<HString> const& files, std::size_t jobs,
   for (std::size_t const index : killed) {
     again.push_back(files[index]);
   }
-  return std::max(
-      status, run_on_files(again, 1, &extract, [&](std::size_t index, FileReport const& report) {
-        take(killed[index], record_of(again[index], report));
-        return true;
-      }));
+  run_on_files(again, 1, &extract, [&](std::size_t index, FileReport const& report) {
+    take(killed[index], record_of(again[index], report));
+    return true;
+  });
 }
 
 }  // namespace tool

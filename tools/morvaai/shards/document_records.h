@@ -11,9 +11,9 @@
 
 namespace tool {
 
-/// By what this program makes records, in one line: its version, and the MD5 of each file of the
-/// dictionary. Empty without a dictionary: then there is nothing to extract with.
-std::string extraction_of_program();
+/// By what this program makes records (`ShardHeader::origin`): its version, and the MD5 of each
+/// file of the dictionary. Empty without a dictionary: then there is nothing to extract with.
+std::string origin_of_program();
 
 /// The record of a document that gave nothing, from what its worker said of it, which may be
 /// anything.
@@ -23,7 +23,7 @@ ShardRecord failed_record(std::string path, std::string const& problem);
 /// `take`: one for each, those of files that failed too. They come in order of the files, but for
 /// those whose worker was killed from outside, as when memory ran short: these are read once more
 /// when all others are done, one at a time, and come last.
-int extract_records(std::vector<HString> const& files, std::size_t jobs,
-                    std::function<void(std::size_t, ShardRecord)> const& take);
+void extract_records(std::vector<HString> const& files, std::size_t jobs,
+                     std::function<void(std::size_t, ShardRecord)> const& take);
 
 }  // namespace tool
