@@ -79,6 +79,29 @@ TEST_F(Journal, begins_anew_for_another_dictionary) {
   EXPECT_TRUE(paths_in("j").empty());
 }
 
+TEST_F(Journal, begins_anew_with_a_warning_where_its_header_is_damaged) {
+  begin("j");
+  std::string damaged = bytes("j");
+  damaged[20] = static_cast<char>(damaged[20] ^ 1);
+  put("j", damaged);
+  EXPECT_THAT(warning_of("j"), HasSubstr("j: its header is damaged, or of another version"));
+  EXPECT_TRUE(paths_in("j").empty());
+}
+
+TEST_F(Journal, begins_anew_with_a_warning_where_its_format_is_a_later_one) {
+  begin("j");
+  std::string later = bytes("j");
+  ++later[8];
+  put("j", later);
+  EXPECT_THAT(warning_of("j"), HasSubstr("j: its header is damaged, or of another version"));
+  EXPECT_TRUE(paths_in("j").empty());
+}
+
+TEST_F(Journal, begins_without_a_warning_where_there_was_none) {
+  put("empty", "");
+  EXPECT_EQ(warning_of("new") + warning_of("empty"), "");
+}
+
 TEST_F(Journal, leaves_a_file_that_is_none) {
   put("j", "a document");
   EXPECT_THROW(tool::ExtractJournal(path("j"), origin), tool::ShardError);

@@ -42,9 +42,11 @@ ExtractJournal::ExtractJournal(std::string path, std::string const& origin)
     first_ = end_ = bytes.size();
     return;
   }
-  if (header) {
-    complain("warning: " + printable(morvabs::from_path(file_.path())) +
-             ": was begun with another version or dictionary; all is read anew");
+  if (!fixed.empty()) {
+    complain("warning: " + printable(morvabs::from_path(file_.path())) + ": " +
+             (header ? "was begun with another version or dictionary"
+                     : "its header is damaged, or of another version of the format") +
+             "; all is read anew");
   }
   begin(origin);
 }

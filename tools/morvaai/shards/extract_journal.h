@@ -16,8 +16,8 @@ namespace tool {
 /// lives. All that fails is a ShardError.
 class ExtractJournal {
  public:
-  /// Opens the file, or makes it. One of another origin (`ShardHeader`) begins anew, with a warning;
-  /// what is no such file is refused.
+  /// Opens the file, or makes it. One of another origin (`ShardHeader`), or whose header cannot be
+  /// read, begins anew, with a warning; what is no such file is refused.
   ExtractJournal(std::string path, std::string const& origin);
 
   /// Hands out what is there: each record with the stamp that its file had, and its place.
