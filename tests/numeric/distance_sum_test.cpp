@@ -40,7 +40,7 @@ TEST(DistanceSum, has_the_bits_of_the_plain_form_also_in_parts) {
 }
 
 TEST(DistanceSum, computes_again_what_was_predicted_for_another_binade) {
-  DistanceTable const table = test::table_of(test::kinds().front(), 100, 1);
+  DistanceTable const table = test::table_of(test::kinds().front(), 300, 1);
   std::vector<RowSum> const known(table.size(), RowSum{1.0, 900, true});
   EXPECT_TRUE(is_same(DistanceSum(table).total(known), plain_sum(table)));
 }

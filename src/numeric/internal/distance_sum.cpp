@@ -17,6 +17,8 @@ constexpr std::size_t tile_size = PairProducts::tile;
 // what is computed ahead is lost.
 constexpr std::size_t least_rows = 4;
 constexpr std::size_t most_rows = 256;
+// Fewer points leave so much of a tile empty that measuring them all is cheaper.
+constexpr std::size_t least_bounded = tile_size / 2;
 constexpr std::size_t most_samples = std::size_t{1} << 16U;
 
 constexpr double greatest = std::numeric_limits<double>::max();
@@ -75,7 +77,7 @@ add_certain(Squares const& squares, double start, double half_unit, double* open
 }  // namespace
 
 DistanceSum::DistanceSum(DistanceTable const& table) : table_(table), open_(tile_size) {
-  if (!table.has_sparse_bounds()) {
+  if (!table.has_sparse_bounds() || table.size() < least_bounded) {
     return;
   }
   products_.emplace(table.points());

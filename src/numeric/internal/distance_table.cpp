@@ -28,10 +28,11 @@ std::size_t value_count(std::vector<SparsePoint> const& points) {
       [](std::size_t sum, SparsePoint const& point) { return sum + point.values.size(); });
 }
 
-// Interleaving pays as soon as its columns, zeros included, are read no slower than scattered
-// values.
+// Interleaving pays as soon as its columns, with the zeros and the room for more points that are
+// among them, are read no slower than scattered values.
 DistanceTable::Form fitting_form(std::vector<SparsePoint> const& points) {
-  bool const is_dense = value_count(points) > column_count(points) * points.size() / 3;
+  bool const is_dense =
+      value_count(points) > column_count(points) * Lanes::padded(points.size()) / 3;
   return is_dense ? DistanceTable::Form::dense : DistanceTable::Form::sparse;
 }
 

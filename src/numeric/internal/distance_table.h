@@ -46,8 +46,9 @@ class DistanceTable {
     double distance;
   };
 
-  /// In the given form, else in that which suits the share of zeros. Throws where there are more
-  /// values than `require_countable` lets pass.
+  /// In the given form, else in that which suits the share of zeros, counted for so many points as
+  /// `Lanes` has room for: few points are sparse however few zeros they have. Throws where there
+  /// are more values than `require_countable` lets pass.
   explicit DistanceTable(std::vector<SparsePoint> points, std::optional<Form> form = {});
 
   std::size_t size() const { return points_.size(); }

@@ -10,7 +10,6 @@ namespace morva {
 
 namespace {
 
-using wide::groups_together;
 using wide::lanes;
 using wide::rows_together;
 
@@ -79,8 +78,7 @@ void sweep(double const* row, wide::Column const* groups, std::size_t columns, S
 }  // namespace
 
 Lanes::Lanes(std::span<SparsePoint const> points) : columns_(column_count(points)) {
-  constexpr std::size_t tile = lanes * groups_together;
-  groups_.resize((points.size() + tile - 1) / tile * groups_together * columns_);
+  groups_.resize(padded(points.size()) / lanes * columns_);
   for (std::size_t j = 0; j < points.size(); ++j) {
     wide::Column* const group = groups_.data() + j / lanes * columns_;
     for (std::size_t i = 0; i < points[j].columns.size(); ++i) {

@@ -14,6 +14,11 @@ namespace morva {
 class Lanes {
  public:
   explicit Lanes(std::span<SparsePoint const> points);
+  /// How many points whole groups of so many have room for.
+  static std::size_t padded(std::size_t count) {
+    constexpr std::size_t together = wide::lanes * wide::groups_together;
+    return (count + together - 1) / together * together;
+  }
 
   /// `out[j]` becomes the distance from `x` to point `first` + j, whatever their dimensions.
   void distances(SparsePoint const& x, std::size_t first, std::span<double> out) const;

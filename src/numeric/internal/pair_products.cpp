@@ -73,7 +73,7 @@ PairProducts::PairProducts(std::span<SparsePoint const> points)
 }
 
 void PairProducts::choose_common() {
-  std::vector<std::size_t> counts(slots_.size());
+  std::vector<std::uint32_t> counts(slots_.size());
   for (SparsePoint const& point : points_) {
     for (std::uint32_t const column : point.columns) {
       ++counts[column];
