@@ -21,6 +21,10 @@ using Groups = std::map<HString, std::vector<HString>>;
 
 // Those of the ids for which `HFileClusterBoxMgr::is_in_box` is true, by one walk over the index.
 std::vector<HString> classes_in_box(std::vector<HString> const& class_ids, HString const& box_id) {
+  // Without a class to look for, the index is not read.
+  if (class_ids.empty()) {
+    return {};
+  }
   morva::Vocabulary const wanted(class_ids);
   std::vector<char> is_listed(wanted.positions().size());
   for (HClusterBoxLocalNode const& entry : HFileClusterBoxMgr::pins()->vt_local_box) {

@@ -176,6 +176,14 @@ TEST_F(ClassifyManager, no_classes_belong_nowhere) {
   EXPECT_EQ(out, HString(L"before"));
 }
 
+TEST_F(ClassifyManager, no_classes_leave_an_index_that_was_not_read_unread) {
+  boxes().mb_init = false;
+  test::LogCapture const log;
+  EXPECT_FALSE(manager.match(node, Ids{}, L"one", out));
+  EXPECT_FALSE(boxes().mb_init);
+  EXPECT_THAT(log.records(), IsEmpty());
+}
+
 TEST_F(ClassifyManager, one_class_in_one_box) {
   EXPECT_FALSE(manager.match(node, HString(L"one near"), HString(L"two"), out));
   EXPECT_EQ(out, HString(L"before"));
