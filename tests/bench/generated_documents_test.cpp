@@ -30,15 +30,15 @@ std::uint64_t digest_of_files(std::uint64_t seed, std::size_t count) {
   return digest;
 }
 
-TEST(GeneratedDocuments, AreTheSameBytesForASeed) {
+TEST(GeneratedDocuments, are_the_same_bytes_for_a_seed) {
   EXPECT_EQ(digest_of_files(1, 300), 0x384F03882AC4DAA3U);
 }
 
-TEST(GeneratedDocuments, AreOthersForAnotherSeed) {
+TEST(GeneratedDocuments, are_others_for_another_seed) {
   EXPECT_NE(digest_of_files(1, 20), digest_of_files(2, 20));
 }
 
-TEST(GeneratedDocuments, HaveAVocabularyThatGrowsMoreSlowlyThanTheText) {
+TEST(GeneratedDocuments, have_a_vocabulary_that_grows_more_slowly_than_the_text) {
   bench::GeneratedDocuments const documents;
   std::set<bench::GeneratedWord> seen;
   std::size_t of_first_half = 0;
@@ -52,14 +52,14 @@ TEST(GeneratedDocuments, HaveAVocabularyThatGrowsMoreSlowlyThanTheText) {
   EXPECT_GT(seen.size(), of_first_half * 13 / 10);
 }
 
-TEST(GeneratedDocuments, GiveWeightsThatFallFromOne) {
+TEST(GeneratedDocuments, give_weights_that_fall_from_one) {
   auto const words = bench::strongest_words(bench::GeneratedDocuments().document(7));
   ASSERT_EQ(words.size(), 100u);
   EXPECT_EQ(words.front().second, 1.0);
   EXPECT_LT(words.back().second, 0.5);
 }
 
-TEST(GeneratedTexts, TakeChineseWordsFromTheDictionaryMostFrequentFirst) {
+TEST(GeneratedTexts, take_chinese_words_from_the_dictionary_most_frequent_first) {
   std::string const path = testing::TempDir() + "generated_texts_dictionary.txt";
   std::ofstream(path) << "数据 5 n\n系统 9 n\n的 100 u\nabc 50 eng\n";
   bench::GeneratedVocabulary const vocabulary(path);
@@ -67,7 +67,7 @@ TEST(GeneratedTexts, TakeChineseWordsFromTheDictionaryMostFrequentFirst) {
   EXPECT_EQ(vocabulary.text(2), "数据");
 }
 
-TEST(GeneratedTexts, SpellWordsDifferently) {
+TEST(GeneratedTexts, spell_words_differently) {
   bench::GeneratedVocabulary const vocabulary("");
   std::set<std::string> spelt;
   for (bench::GeneratedWord word = 0; word < 20'000; ++word) {

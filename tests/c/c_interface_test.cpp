@@ -184,19 +184,19 @@ morva_status read_all(Pool const& pool, std::vector<std::string> const& paths, T
 
 }  // namespace
 
-TEST(CLibrary, HasVersions) {
+TEST(CLibrary, has_versions) {
   EXPECT_EQ(morva_interface_version(), 1);
   EXPECT_THAT(morva_library_version(), StartsWith("3."));
 }
 
-TEST(CLibrary, SaysWhereThereIsNoDictionary) {
+TEST(CLibrary, says_where_there_is_no_dictionary) {
   test::TemporaryDirectory const empty;
   test::EnvironmentVariable const variable("MORVA_DICT_PATH", empty.path().string());
   EXPECT_EQ(morva_load_dictionary(nullptr), MORVA_NO_DICTIONARY);
   EXPECT_THAT(morva_last_error(), HasSubstr(empty.path().string()));
 }
 
-TEST(CLibrary, LogsToTheSinkThatIsSet) {
+TEST(CLibrary, logs_to_the_sink_that_is_set) {
   std::vector<std::string> lines;
   auto const sink = [](void* user, int, char const* text) {
     static_cast<std::vector<std::string>*>(user)->emplace_back(text);
@@ -210,7 +210,7 @@ TEST(CLibrary, LogsToTheSinkThatIsSet) {
   EXPECT_THAT(lines, ElementsAre("港口"));
 }
 
-TEST(CDocument, HasTheWordsOfTheFeatureRecord) {
+TEST(CDocument, has_the_words_of_the_feature_record) {
   HFeatureNode expected;
   ASSERT_TRUE(HFileFeature::get_file_feature(HString(report().c_str()), expected, true));
   Words const words = words_of(read(report()));
@@ -222,17 +222,17 @@ TEST(CDocument, HasTheWordsOfTheFeatureRecord) {
   EXPECT_EQ(words.counts, expected.vt_counts);
 }
 
-TEST(CDocument, HasTheSameWordsWhateverElseIsWanted) {
+TEST(CDocument, has_the_same_words_whatever_else_is_wanted) {
   EXPECT_EQ(words_of(read(report(), words_wanted)), words_of(read(report(), everything)));
 }
 
-TEST(CDocument, HasTheFirstWordsWhereFewAreWanted) {
+TEST(CDocument, has_the_first_words_where_few_are_wanted) {
   Words const few = words_of(read(report(), words_wanted, 3));
   Words const all = words_of(read(report(), words_wanted, 0));
   EXPECT_EQ(few.words, std::vector<std::string>(all.words.begin(), all.words.begin() + 3));
 }
 
-TEST(CDocument, HasTheFingerprintsOfTheLibrary) {
+TEST(CDocument, has_the_fingerprints_of_the_library) {
   HString const path(report().c_str());
   HString narrow;
   HString wide;
@@ -245,13 +245,13 @@ TEST(CDocument, HasTheFingerprintsOfTheLibrary) {
   EXPECT_EQ(covered_by(document), covered);
 }
 
-TEST(CDocument, LeavesTheLengthOfFingerprintsOfTheProcess) {
+TEST(CDocument, leaves_the_length_of_fingerprints_of_the_process) {
   HFileDNA::mi_dna_length = 1024;
   read(report(), MORVA_WANT_DNA);
   EXPECT_EQ(std::exchange(HFileDNA::mi_dna_length, 32), 1024);
 }
 
-TEST(CDocument, HasTheTextsOfTheLibrary) {
+TEST(CDocument, has_the_texts_of_the_library) {
   HTessarineResult expected;
   ASSERT_TRUE(HTessarine::read(HString(sample("launch.pptx").c_str()), expected));
   Document const document = read(sample("launch.pptx"), MORVA_WANT_TEXT);
@@ -259,32 +259,32 @@ TEST(CDocument, HasTheTextsOfTheLibrary) {
   EXPECT_EQ(text_of(document, MORVA_TEXT_NOTES), utf8(expected.str_remark));
 }
 
-TEST(CDocument, OfATextHasTheFingerprintOfTheLibrary) {
+TEST(CDocument, of_a_text_has_the_fingerprint_of_the_library) {
   HString expected;
   HFileDNA::get_file_centent_dna(L"轮船停在港口 ships in the harbour", L"", expected, nullptr, 32);
   EXPECT_EQ(dna_of(read_text("轮船停在港口 ships in the harbour")), utf8(expected));
 }
 
-TEST(CDocument, KeepsZerosAndReplacesBadBytesInAText) {
+TEST(CDocument, keeps_zeros_and_replaces_bad_bytes_in_a_text) {
   using namespace std::string_view_literals;
   EXPECT_EQ(text_of(read_text("a\0b\xFF"sv)), "a\0b\xEF\xBF\xBD"sv);
 }
 
-TEST(CDocument, OfAnEmptyTextHasNoWordsAndNoFingerprint) {
+TEST(CDocument, of_an_empty_text_has_no_words_and_no_fingerprint) {
   Document const document = read_text("");
   EXPECT_EQ(morva_document_outcome(document.get()), MORVA_OUTCOME_NO_TEXT);
   EXPECT_THAT(words_of(document).words, IsEmpty());
   EXPECT_EQ(dna_of(document), "");
 }
 
-TEST(CDocument, OfAMissingFileTellsTheSystemsError) {
+TEST(CDocument, of_a_missing_file_tells_the_systems_error) {
   Document const document = read("/nowhere/a.docx", everything, 100, MORVA_CANNOT_OPEN);
   EXPECT_EQ(morva_document_error(document.get()), ENOENT);
   EXPECT_EQ(morva_document_outcome(document.get()), MORVA_OUTCOME_FAILED);
   EXPECT_STREQ(morva_last_error(), "/nowhere/a.docx: No such file or directory");
 }
 
-TEST(CDocument, OfADamagedFileHasOutcomeAndReason) {
+TEST(CDocument, of_a_damaged_file_has_outcome_and_reason) {
   test::TemporaryDirectory const directory;
   std::ifstream whole(report(), std::ios::binary);
   std::string const half(std::istreambuf_iterator<char>(whole), {});
@@ -295,7 +295,7 @@ TEST(CDocument, OfADamagedFileHasOutcomeAndReason) {
   EXPECT_EQ(morva_last_error(), path + ": damaged: " + morva_document_reason(document.get()));
 }
 
-TEST(CDocument, OfAnUnknownTypeIsNotSupported) {
+TEST(CDocument, of_an_unknown_type_is_not_supported) {
   test::TemporaryDirectory const directory;
   directory.write("file", std::string("\x7F"
                                       "ELF\1\2\3\0\0\0\0\0",
@@ -305,7 +305,7 @@ TEST(CDocument, OfAnUnknownTypeIsNotSupported) {
   EXPECT_EQ(morva_document_outcome(document.get()), MORVA_OUTCOME_NOT_SUPPORTED);
 }
 
-TEST(CDocument, RefusesWhatItWasNotReadFor) {
+TEST(CDocument, refuses_what_it_was_not_read_for) {
   Document const document = read_text("ships", MORVA_WANT_TEXT);
   char const* dna = "set";
   EXPECT_EQ(morva_document_dna(document.get(), &dna), MORVA_NOT_ASKED);
@@ -314,7 +314,7 @@ TEST(CDocument, RefusesWhatItWasNotReadFor) {
             MORVA_NOT_ASKED);
 }
 
-TEST(CDocument, RefusesNullAndUnknownFlagsAndKinds) {
+TEST(CDocument, refuses_null_and_unknown_flags_and_kinds) {
   morva_document* document = nullptr;
   char const* text = nullptr;
   EXPECT_EQ(morva_read_file(nullptr, everything, 0, &document), MORVA_INVALID_ARGUMENT);
@@ -326,7 +326,7 @@ TEST(CDocument, RefusesNullAndUnknownFlagsAndKinds) {
   morva_document_free(nullptr);
 }
 
-TEST(CDocument, OfWordsRefusesThoseThatAreNone) {
+TEST(CDocument, of_words_refuses_those_that_are_none) {
   morva_document* document = nullptr;
   char const* const words[] = {""};
   double const weights[] = {1.0};
@@ -334,7 +334,7 @@ TEST(CDocument, OfWordsRefusesThoseThatAreNone) {
             MORVA_INVALID_ARGUMENT);
 }
 
-TEST(CDocument, SaysThatMemoryRanOut) {
+TEST(CDocument, says_that_memory_ran_out) {
 #ifdef MORVA_SANITIZED
   GTEST_SKIP() << "sanitizers limit no memory";
 #endif
@@ -349,7 +349,7 @@ TEST(CDocument, SaysThatMemoryRanOut) {
   EXPECT_STREQ(morva_last_error(), "out of memory");
 }
 
-TEST(CDocument, IsReadByManyThreadsAsByOne) {
+TEST(CDocument, is_read_by_many_threads_as_by_one) {
   Words const expected = words_of(read(report()));
   std::vector<std::future<Words>> others;
   for (int i = 0; i < 4; ++i) {
@@ -360,19 +360,19 @@ TEST(CDocument, IsReadByManyThreadsAsByOne) {
   }
 }
 
-TEST(CLastError, BelongsToItsThread) {
+TEST(CLastError, belongs_to_its_thread) {
   read("/nowhere/a.docx", everything, 100, MORVA_CANNOT_OPEN);
   std::string const other =
       std::async(std::launch::async, [] { return std::string(morva_last_error()); }).get();
   EXPECT_EQ(other, "");
 }
 
-TEST(CLastError, HasNoControlCharacters) {
+TEST(CLastError, has_no_control_characters) {
   read("/nowhere/\x1B[31m", everything, 100, MORVA_CANNOT_OPEN);
   EXPECT_STREQ(morva_last_error(), "/nowhere/\xEF\xBF\xBD[31m: No such file or directory");
 }
 
-TEST(CDna, SimilarityIsThatOfTheLibrary) {
+TEST(CDna, similarity_is_that_of_the_library) {
   std::string const a = dna_of(read(report()));
   std::string const b = dna_of(read(sample("harbour-report-revised.docx")));
   double similarity = 0.0;
@@ -380,13 +380,13 @@ TEST(CDna, SimilarityIsThatOfTheLibrary) {
   EXPECT_EQ(similarity, HFileMatchDNA::get_dna_similarity(HString(a.c_str()), HString(b.c_str())));
 }
 
-TEST(CDna, RefusesWhatIsNoFingerprint) {
+TEST(CDna, refuses_what_is_no_fingerprint) {
   double similarity = 1.0;
   EXPECT_EQ(morva_dna_similarity("ff", "FF", &similarity), MORVA_INVALID_ARGUMENT);
   EXPECT_STREQ(morva_last_error(), "a is no fingerprint: it is of digits and A to F");
 }
 
-TEST(CDna, PointIsThatOfTheLibrary) {
+TEST(CDna, point_is_that_of_the_library) {
   std::string const wide = wide_dna_of(read(report()));
   std::vector<double> values(128);
   ASSERT_EQ(morva_dna_point(wide.c_str(), values.data()), MORVA_OK);
@@ -394,7 +394,7 @@ TEST(CDna, PointIsThatOfTheLibrary) {
   EXPECT_EQ(morva_dna_point("FF", values.data()), MORVA_INVALID_ARGUMENT);
 }
 
-TEST(CDnaList, ComparesOneWithAll) {
+TEST(CDnaList, compares_one_with_all) {
   std::unique_ptr<morva_dna_list, decltype(&morva_dna_list_free)> list(nullptr,
                                                                        &morva_dna_list_free);
   morva_dna_list* made = nullptr;
@@ -427,7 +427,7 @@ class CBoxes : public ::testing::Test {
   test::TemporaryDirectory directory_;
 };
 
-TEST_F(CBoxes, OfAFileTellTheirClasses) {
+TEST_F(CBoxes, of_a_file_tell_their_classes) {
   Boxes const boxes = open(write("traffic.box", ships_and_trains()));
   ASSERT_EQ(morva_boxes_class_count(boxes.get()), 3U);
   EXPECT_STREQ(morva_boxes_box_id(boxes.get(), 1), "traffic");
@@ -436,14 +436,14 @@ TEST_F(CBoxes, OfAFileTellTheirClasses) {
   EXPECT_EQ(morva_boxes_class_name(boxes.get(), 3), nullptr);
 }
 
-TEST_F(CBoxes, GiveTheFirstClassThatTakesADocument) {
+TEST_F(CBoxes, give_the_first_class_that_takes_a_document) {
   Boxes const boxes = open(write("traffic.box", ships_and_trains()));
   EXPECT_EQ(matched(boxes, from_words({"ship"}, {1.0})), "ships");
   EXPECT_EQ(matched(boxes, from_words({"train", "ship"}, {0.5, 0.4})), "all");
   EXPECT_EQ(matched(boxes, from_words({"aeroplane"}, {1.0})), "none");
 }
 
-TEST_F(CBoxes, TellOfEachClassWhetherItTakesADocument) {
+TEST_F(CBoxes, tell_of_each_class_whether_it_takes_a_document) {
   Boxes const boxes = open(write(
       "traffic.box",
       test::dbscan_box({L"ship", L"train"}, {test::members(L"1", L"ships", 0.5, 1, {{1.0, 0.0}}),
@@ -459,7 +459,7 @@ TEST_F(CBoxes, TellOfEachClassWhetherItTakesADocument) {
             MORVA_INVALID_ARGUMENT);
 }
 
-TEST_F(CBoxes, MatchADocumentByItsStrongestWordsHoweverFewWereWanted) {
+TEST_F(CBoxes, match_a_document_by_its_strongest_words_however_few_were_wanted) {
   HFeatureNode record;
   ASSERT_TRUE(HFileFeature::get_file_feature(HString(report().c_str()), record, true));
   Boxes const boxes = open(write(
@@ -469,7 +469,7 @@ TEST_F(CBoxes, MatchADocumentByItsStrongestWordsHoweverFewWereWanted) {
   EXPECT_EQ(matched(boxes, read(report(), words_wanted, 0)), "itself");
 }
 
-TEST_F(CBoxes, OfADirectoryAreAskedInTheOrderOfItsIndex) {
+TEST_F(CBoxes, of_a_directory_are_asked_in_the_order_of_its_index) {
   write("b.box", test::kmeans_box({L"ship"}, {test::center(L"1", L"of b", 0.5, {1.0})}));
   write("a.box", test::dbscan_box({L"ship"}, {test::members(L"2", L"of a", 0.5, 1, {{1.0}})}));
   directory_.write("box.ini", "[b]\nMD5=\nCLASS=1\n[a]\nMD5=\nCLASS=2\n");
@@ -478,7 +478,7 @@ TEST_F(CBoxes, OfADirectoryAreAskedInTheOrderOfItsIndex) {
   EXPECT_EQ(matched(boxes, from_words({"ship"}, {1.0})), "of b");
 }
 
-TEST_F(CBoxes, OfTwoHandlesWithOneIdAreTwo) {
+TEST_F(CBoxes, of_two_handles_with_one_id_are_two) {
   QXPPolicyMorvaClustBox const ships =
       test::kmeans_box({L"ship"}, {test::center(L"1", L"ships", 0.5, {1.0})});
   QXPPolicyMorvaClustBox const trains =
@@ -491,14 +491,14 @@ TEST_F(CBoxes, OfTwoHandlesWithOneIdAreTwo) {
   EXPECT_EQ(matched(second, from_words({"train"}, {1.0})), "trains");
 }
 
-TEST_F(CBoxes, LeaveTheManagerOfTheProcessAlone) {
+TEST_F(CBoxes, leave_the_manager_of_the_process_alone) {
   HFileClusterBoxMgr* const former = HFileClusterBoxMgr::pbox;
   Boxes const boxes = open(write("traffic.box", ships_and_trains()));
   matched(boxes, from_words({"ship"}, {1.0}));
   EXPECT_EQ(HFileClusterBoxMgr::pbox, former);
 }
 
-TEST_F(CBoxes, OfFingerprintsWantTheWideOne) {
+TEST_F(CBoxes, of_fingerprints_want_the_wide_one) {
   HString const dna = test::wide_dna(L"7FFFFFFF");
   QXPPolicyMorvaClustBox box = test::kmeans_box(
       {L"ship"}, {test::center(L"1", L"one", 0.5, {1.0}), test::center(L"2", L"two", 0.5, {1.0})});
@@ -512,7 +512,7 @@ TEST_F(CBoxes, OfFingerprintsWantTheWideOne) {
             MORVA_NOT_ASKED);
 }
 
-TEST_F(CBoxes, ThatAreMissingOrDamagedAreTold) {
+TEST_F(CBoxes, that_are_missing_or_damaged_are_told) {
   directory_.write("bad.box", "no box");
   open(path() + "/no.box", MORVA_CANNOT_OPEN);
   EXPECT_EQ(morva_last_error(), path() + "/no.box: No such file or directory");
@@ -524,7 +524,7 @@ TEST_F(CBoxes, ThatAreMissingOrDamagedAreTold) {
   EXPECT_EQ(morva_last_error(), path() + "/box.ini: there is no index of boxes");
 }
 
-TEST_F(CBoxes, ThatDoNotOpenLeaveTheSystemsError) {
+TEST_F(CBoxes, that_do_not_open_leave_the_systems_error) {
   errno = 0;
   open(path() + "/no.box", MORVA_CANNOT_OPEN);
   EXPECT_EQ(std::exchange(errno, 0), ENOENT);
@@ -532,7 +532,7 @@ TEST_F(CBoxes, ThatDoNotOpenLeaveTheSystemsError) {
   EXPECT_EQ(errno, ENOENT);
 }
 
-TEST_F(CBoxes, OfAnIndexThatIsTooLargeAreTold) {
+TEST_F(CBoxes, of_an_index_that_is_too_large_are_told) {
   write("traffic.box", ships_and_trains());
   directory_.write("box.ini", std::string(std::size_t{9} << 20, ';') + "\n[traffic]\nCLASS=1\n");
   open(path(), MORVA_BAD_BOX);
@@ -540,7 +540,7 @@ TEST_F(CBoxes, OfAnIndexThatIsTooLargeAreTold) {
             path() + "/box.ini: the index of boxes cannot be read: File too large");
 }
 
-TEST_F(CBoxes, OfAnotherDirectoryAreNotReachedThroughTheIndex) {
+TEST_F(CBoxes, of_another_directory_are_not_reached_through_the_index) {
   write("up.box", ships_and_trains());
   std::filesystem::create_directory(directory_.path() / "in");
   directory_.write("in/box.ini", "[../up]\nMD5=\nCLASS=1\n");
@@ -548,7 +548,7 @@ TEST_F(CBoxes, OfAnotherDirectoryAreNotReachedThroughTheIndex) {
   EXPECT_THAT(morva_last_error(), HasSubstr("../up, which is no file name"));
 }
 
-TEST(CPool, GivesWhatReadingInThisProcessGives) {
+TEST(CPool, gives_what_reading_in_this_process_gives) {
   std::vector<std::string> const files = {report(), sample("launch.pptx"),
                                           sample("travel-policy.odt")};
   Taken taken;
@@ -564,7 +564,7 @@ TEST(CPool, GivesWhatReadingInThisProcessGives) {
   }
 }
 
-TEST(CPool, TellsOfEachFileWhyItWasNotRead) {
+TEST(CPool, tells_of_each_file_why_it_was_not_read) {
   Taken taken;
   ASSERT_EQ(read_all(make_pool(1), {"/nowhere/a.docx", report()}, taken), MORVA_OK);
   EXPECT_THAT(taken.statuses, ElementsAre(MORVA_CANNOT_OPEN, MORVA_OK));
@@ -572,7 +572,7 @@ TEST(CPool, TellsOfEachFileWhyItWasNotRead) {
   EXPECT_EQ(morva_document_error(taken.documents[0].get()), ENOENT);
 }
 
-TEST(CPool, OutlivesADocumentThatNeedsMoreMemoryThanItMay) {
+TEST(CPool, outlives_a_document_that_needs_more_memory_than_it_may) {
   int memory = 0;
   ASSERT_EQ(morva_isolation(nullptr, nullptr, &memory), MORVA_OK);
   if (memory == 0) {
@@ -588,7 +588,7 @@ TEST(CPool, OutlivesADocumentThatNeedsMoreMemoryThanItMay) {
   EXPECT_STREQ(morva_document_reason(taken.documents[0].get()), "out of memory");
 }
 
-TEST(CPool, LogsNothingInWorkersWhereThereIsASink) {
+TEST(CPool, logs_nothing_in_workers_where_there_is_a_sink) {
   auto const ignore = [](void*, int, char const*) {};
   int const level = HFileLog::ins()->mi_level;
   ASSERT_EQ(morva_set_log(4, ignore, nullptr), MORVA_OK);
@@ -599,14 +599,14 @@ TEST(CPool, LogsNothingInWorkersWhereThereIsASink) {
   ASSERT_EQ(morva_set_log(level, nullptr, nullptr), MORVA_OK);
 }
 
-TEST(CPool, StopsWhereTheCallerWantsNoMore) {
+TEST(CPool, stops_where_the_caller_wants_no_more) {
   Taken taken;
   taken.most = 1;
   EXPECT_EQ(read_all(make_pool(1), {report(), report(), report()}, taken), MORVA_STOPPED);
   EXPECT_EQ(taken.indices.size(), 1U);
 }
 
-TEST(CPool, RefusesNumbersOutOfRange) {
+TEST(CPool, refuses_numbers_out_of_range) {
   Pool const pool = make_pool();
   EXPECT_EQ(morva_pool_set_jobs(pool.get(), 0), MORVA_INVALID_ARGUMENT);
   EXPECT_EQ(morva_pool_set_memory(pool.get(), 1), MORVA_INVALID_ARGUMENT);
@@ -631,11 +631,11 @@ class WorkerAnswer : public ::testing::Test {
   }
 };
 
-TEST_F(WorkerAnswer, IsTakenAsItWasSent) {
+TEST_F(WorkerAnswer, is_taken_as_it_was_sent) {
   EXPECT_TRUE(is_taken(reading()));
 }
 
-TEST_F(WorkerAnswer, IsRefusedWhereverItIsCut) {
+TEST_F(WorkerAnswer, is_refused_wherever_it_is_cut) {
   std::string const whole = morva::c::pack(reading());
   for (std::size_t size = 0; size < whole.size(); ++size) {
     // Without its words it is the answer of a document that has none.
@@ -646,7 +646,7 @@ TEST_F(WorkerAnswer, IsRefusedWhereverItIsCut) {
   }
 }
 
-TEST_F(WorkerAnswer, IsRefusedWhereItCannotBe) {
+TEST_F(WorkerAnswer, is_refused_where_it_cannot_be) {
   auto const with = [](auto change) {
     morva::c::Reading changed = reading();
     change(changed);
@@ -663,7 +663,7 @@ TEST_F(WorkerAnswer, IsRefusedWhereItCannotBe) {
   EXPECT_FALSE(is_taken(with([](auto& r) { r.words.resize(101, r.words[0]); })));
 }
 
-TEST_F(WorkerAnswer, IsRefusedWithMoreThanWasWanted) {
+TEST_F(WorkerAnswer, is_refused_with_more_than_was_wanted) {
   EXPECT_FALSE(is_taken(reading(), everything & ~unsigned{MORVA_WANT_TEXT}));
   EXPECT_FALSE(is_taken(reading(), everything & ~unsigned{MORVA_WANT_DNA}));
   EXPECT_FALSE(is_taken(reading(), everything & ~unsigned{MORVA_WANT_WORDS}));
