@@ -43,11 +43,17 @@ void HSparseFileData::format_data(std::vector<HFeatureNode> const& vt_feature,
 std::uint32_t HSparseFileData::place_of(HString const& word) {
   auto const next = static_cast<std::uint32_t>(texts_.size());
   auto const [found, is_new] = places_.try_emplace(text_view(word), next);
-  if (is_new) {
+  if (!is_new) {
+    return found->second;
+  }
+  try {
     // The text is shared with the record's, so that the view stays good.
     texts_.push_back(word);
+  } catch (...) {
+    places_.erase(found);
+    throw;
   }
-  return found->second;
+  return next;
 }
 
 void HSparseFileData::add(HFeatureNode const& node) {

@@ -1,5 +1,6 @@
 #include <cstdlib>
 #include <filesystem>
+#include <new>
 
 #include <gtest/gtest.h>
 
@@ -10,6 +11,7 @@
 
 #include "reference/points.h"
 #include "support/log_capture.h"
+#include "support/memory_limit.h"
 #include "support/temporary_directory.h"
 
 namespace {
@@ -126,6 +128,35 @@ TEST_F(SparseFileData, of_what_is_no_fingerprint_has_an_empty_point_and_a_line) 
 TEST_F(SparseFileData, of_no_records_has_neither_words_nor_points) {
   HSparseFileData::format_data({}, words, points, false);
   expect_dense({}, words, points, false);
+}
+
+TEST_F(SparseFileData, a_word_for_which_there_was_no_memory_is_taken_as_new_later) {
+#ifdef MORVA_SANITIZED
+  GTEST_SKIP() << "sanitizers limit no memory";
+#endif
+  HSparseFileData data;
+  HFeatureNode node;
+  int next = 0;
+  auto const take_new_word = [&] {
+    node.vt_words = {HString(next, false)};
+    data.add(node);
+    ++next;
+  };
+  try {
+    test::MemoryLimit const limit(std::size_t{16} << 20);
+    while (next < 1'000'000) {
+      take_new_word();
+    }
+  } catch (std::bad_alloc const&) {
+    // What the last word took is given away, so that it has to be another text.
+    node.vt_words.clear();
+  }
+  ASSERT_LT(next, 1'000'000);
+  take_new_word();
+  take_new_word();
+  data.format_data(words, points);
+  EXPECT_EQ(words.size(), static_cast<std::size_t>(next));
+  EXPECT_EQ(points.size(), words.size());
 }
 
 TEST_F(SparseFileData, of_real_texts_has_words_and_points_of_dense_data) {
