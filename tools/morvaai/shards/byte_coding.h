@@ -23,8 +23,8 @@ inline void put_varint(std::string& bytes, std::uint64_t number) {
   bytes += static_cast<char>(number);
 }
 
-/// Takes one thing after the other off bytes that may lie, and that live as long. After the first
-/// thing that is not there the reader is good no more, and all that is taken is 0 or empty.
+/// Takes one thing after the other off bytes that may lie. After the first thing that is not there
+/// the reader is good no more, and all that is taken is 0 or empty. The bytes must live as long.
 class ByteReader {
  public:
   explicit ByteReader(std::string_view bytes) : rest_(bytes) {}

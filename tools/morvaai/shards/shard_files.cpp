@@ -1,6 +1,5 @@
 #include "shards/shard_files.h"
 
-#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <climits>
