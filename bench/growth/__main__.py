@@ -139,8 +139,8 @@ def attempt(setting, part, size, with_plain):
 
 def main():
     options = arguments()
-    # Open MPI has to be told that it may.
-    os.environ.update(OMPI_ALLOW_RUN_AS_ROOT="1", OMPI_ALLOW_RUN_AS_ROOT_CONFIRM="1")
+    # Open MPI has to be told that it may, and that why a run failed is for the program alone to say.
+    os.environ.update(OMPI_ALLOW_RUN_AS_ROOT="1", OMPI_ALLOW_RUN_AS_ROOT_CONFIRM="1", OMPI_MCA_orte_execute_quiet="1")
     if not options.render:
         measure(options)
     growth_page.render(options.raw, options.page)

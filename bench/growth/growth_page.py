@@ -35,7 +35,7 @@ def render(raw, target):
     folder.mkdir(parents=True, exist_ok=True)
     for old in folder.glob("*.svg"):
         old.unlink()
-    parts = [text["introduction"].lstrip(), page.about({key: value for key, value in about.items() if value}),
+    parts = [text["introduction"].lstrip(), reach(found), page.about({key: value for key, value in about.items() if value}),
              text["documents"].lstrip(), text["method"].lstrip()]
     for name, (title, rows) in TITLES.items():
         parts += section(name, title, of_rows(found, rows), rows, folder)
@@ -44,6 +44,16 @@ def render(raw, target):
               text["machines"].lstrip(), layout(found),
               "## What stops the next factor of ten\n", text["stops"].lstrip(), left_out(results)]
     target.write_text("\n".join(part for part in parts if part.strip()).rstrip() + "\n", encoding="utf-8")
+
+
+def reach(found):
+    """Which sizes were measured."""
+    told = []
+    for title, rows in TITLES.values():
+        sizes = [one.size for one in of_rows(found, rows)]
+        if sizes:
+            told.append(f"{title.lower()} of {min(sizes):,.0f} to {max(sizes):,.0f} documents")
+    return f"Measured are {', '.join(told)}.\n" if told else ""
 
 
 def of_rows(found, rows):
@@ -123,7 +133,7 @@ def same(results):
     body = [[what, who, ", ".join(f"{size:,}" for size, _ in sizes),
              "yes" if all(is_same for _, is_same in sizes) else "**no**"] for (what, who), sizes in lines.items()]
     return ("Compared bit for bit in this run: of points the classes and values, of the program shards as files and "
-            "boxes but for the identifiers of their classes.\n\n"
+            "boxes but\nfor the identifiers of their classes.\n\n"
             + page.table(["What", "Made by", "Documents", "The same"], body)) if body else ""
 
 
@@ -189,12 +199,13 @@ def held(results):
     if words:
         lines.append(["Points in the memory of each process, while measured: up to 41 bytes a word of a document",
                       *(outlook.in_bytes(41.0 * words.at(target)) for target in outlook.TARGETS)])
+    # Of a point its two rows take 12 and 8 bytes, and its own place in the first another 4.
     for name, key in ("given", "neighbours_given"), ("estimated", "neighbours_auto"):
         neighbours = outlook.Power.of(counted(results, "points", key))
         if neighbours:
             each = [max(neighbours.at(target, 0.0), 0.0) for target in outlook.TARGETS]
-            lines.append([f"Neighbours of all, eps {name}: 4 bytes each, at most a bit for each pair of documents",
-                          *(outlook.in_bytes(min(target * (12.0 + 4.0 * near), target**2 / 8.0))
+            lines.append([f"Neighbours of all, eps {name}: 4 bytes each and 24 a document, at most a bit for each pair of documents",
+                          *(outlook.in_bytes(min(target * (24.0 + 4.0 * near), target**2 / 8.0))
                             for target, near in zip(outlook.TARGETS, each))])
             lines.append([f"DBSCAN, eps {name}: what each process gets from others, 4 bytes a pair or a bit for each",
                           *(outlook.in_bytes(min(2.0 * target * near, target**2 / 16.0))

@@ -89,7 +89,7 @@ class Run:
         run = self.commands.run(command, self.setting.schedule.longest(), good=(0, 1),
                                 environment={"MORVA_BOX_PATH": str(self.folder)}, **more)
         if makes and not makes.exists():
-            raise commands.Failed(run.errors.rpartition("\n")[2] or f"{makes.name} was not written")
+            raise commands.Failed(last_words(run.errors) or f"{makes.name} was not written")
         return run
 
     def extract(self):
@@ -134,6 +134,11 @@ class Run:
     def same(self, what, digests):
         if len(digests) > 1:
             self.setting.records.note(f"same/{what}/{self.size}", digests=digests)
+
+
+def last_words(errors):
+    """The last line that says something: launchers end with lines of dashes."""
+    return next((line for line in reversed(errors.splitlines()) if any(map(str.isalnum, line))), "")
 
 
 def digest_of_file(path):

@@ -10,6 +10,7 @@ BENCH = pathlib.Path(__file__).resolve().parents[2] / "bench"
 sys.path[:0] = [str(BENCH / "growth"), str(BENCH / "performance")]
 
 import outlook
+import program
 import schedule
 
 
@@ -62,6 +63,14 @@ class Outlook(unittest.TestCase):
     def test_hours_are_in_the_unit_that_suits(self):
         self.assertEqual([outlook.in_hours(seconds) for seconds in (30, 3600 * 5, 3600 * 24 * 400)],
                          ["30.0 s", "5.00 h", "400 days"])
+
+
+class LastWords(unittest.TestCase):
+    def test_those_of_a_failure_are_no_dashes(self):
+        self.assertEqual(program.last_words("morvaai: no memory\n-----\n"), "morvaai: no memory")
+
+    def test_there_may_be_none(self):
+        self.assertEqual(program.last_words("-----"), "")
 
 
 def measured(name, size, seconds, **more):
@@ -123,6 +132,16 @@ class Page(unittest.TestCase):
         text, _ = self.rendered({"name": f"corpus/points/{size}", "words": 100 * size, "neighbours_given": 0.5}
                                 for size in (50000, 100000, 200000))
         self.assertIn("up to 41 bytes a word of a document | 4.10 GB | 41.0 GB | 410 GB |", text)
+
+    def test_neighbours_are_kept_from_both_sides(self):
+        text, _ = self.rendered({"name": f"corpus/points/{size}", "neighbours_given": 0.5}
+                                for size in (50000, 100000, 200000))
+        self.assertIn("at most a bit for each pair of documents | 26.0 MB | 260 MB | 2.60 GB |", text)
+
+    def test_it_tells_which_sizes_were_measured(self):
+        text, _ = self.rendered([measured("eps/morvaai", 1000, 1.0), measured("eps/morvaai", 200000, 9.0),
+                                 measured("similar/morvaai", 2000, 1.0)])
+        self.assertIn("points of 1,000 to 200,000 documents, files and shards of 2,000 to 2,000 documents.", text)
 
 
 if __name__ == "__main__":
