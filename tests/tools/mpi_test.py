@@ -37,9 +37,9 @@ def environment(boxes):
                          "OMPI_MCA_mpi_yield_when_idle": "1"}
 
 
-def call(boxes, *words):
-    return subprocess.run([str(word) for word in words], env=environment(boxes), capture_output=True, text=True,
-                          timeout=LIMIT)
+def call(boxes, *words, variables=None):
+    return subprocess.run([str(word) for word in words], env=environment(boxes) | (variables or {}),
+                          capture_output=True, text=True, timeout=LIMIT)
 
 
 def own_lines(text):
@@ -154,6 +154,7 @@ class Run(unittest.TestCase):
         self.assertEqual(plain.returncode, 0, plain.stderr)
         expected = (self.boxes / "kinds.box").read_bytes()
         done = self.launch(3, "--by-folder", "-m", "dbscan", shards=shards)
+        self.assertEqual(done.returncode, 0, done.stderr)
         self.assertEqual(done.stdout, plain.stdout)
         self.assertEqual((self.boxes / "kinds.box").read_bytes(), expected)
 
@@ -252,6 +253,12 @@ class Run(unittest.TestCase):
     def test_documents_themselves_are_refused(self):
         done = call(self.boxes, LAUNCHER, "-n", 2, PROGRAM, "learn", "--mpi", "--box", "kinds", "-k", "6", SAMPLES)
         self.expect_one_line(done, 2, "--from")
+
+    def test_a_launcher_of_another_library_is_refused(self):
+        for variable in ["OMPI_COMM_WORLD_SIZE", "PMI_SIZE", "SLURM_STEP_NUM_TASKS"]:
+            with self.subTest(variable=variable):
+                done = call(self.boxes, *self.learn("--mpi", "-k", "6"), variables={variable: "2"})
+                self.expect_one_line(done, 2, "the launcher started 2 processes")
 
 
 if __name__ == "__main__":

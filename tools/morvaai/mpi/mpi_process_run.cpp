@@ -2,6 +2,7 @@
 #include <array>
 #include <csignal>
 #include <cstdint>
+#include <cstdlib>
 #include <exception>
 #include <new>
 #include <numeric>
@@ -116,6 +117,29 @@ void prepare_for_end() {
   std::terminate();
 }
 
+// How many processes the launcher says it has started; 1 where there is none. Slurm is asked last:
+// it may have started no more than the launcher.
+long launched_processes() {
+  for (char const* const variable : {"OMPI_COMM_WORLD_SIZE", "PMI_SIZE", "SLURM_STEP_NUM_TASKS"}) {
+    if (char const* const count = std::getenv(variable)) {
+      return std::strtol(count, nullptr, 10);
+    }
+  }
+  return 1;
+}
+
+// Why a process is alone that the launcher started with others; empty where it is not. Each would
+// do the whole work, and write the box.
+std::string mismatch_of_launcher(HProcessGroup const& group) {
+  long const launched = launched_processes();
+  if (group.size() > 1 || launched <= 1) {
+    return {};
+  }
+  return "--mpi: the launcher started " + std::to_string(launched) +
+         " processes, but the MPI library of this program sees one: start it with the mpirun of "
+         "the library that it was built with";
+}
+
 }  // namespace
 
 std::optional<std::string> refuse_process_run() {
@@ -127,6 +151,10 @@ int run_in_group(std::function<int(std::shared_ptr<HProcessGroup> const&)> const
   ignore_terminals();
   Session const session;
   auto const group = std::make_shared<MpiGroup>();
+  if (std::string const mismatch = mismatch_of_launcher(*group); !mismatch.empty()) {
+    complain(mismatch);
+    return wrong_use;
+  }
   if (group->rank() == 0) {
     prepare_for_end();
   }

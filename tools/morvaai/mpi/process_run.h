@@ -13,11 +13,12 @@ namespace tool {
 std::optional<std::string> refuse_process_run();
 
 /// Runs `work` in this process, which an MPI launcher has started together with the others of its
-/// group, and returns what it returns. MPI lives as long as this runs; once in a process.
+/// group, and returns what it returns. MPI lives as long as this runs; once in a process. Where the
+/// launcher is of another MPI library, so that each process is alone, `work` is not run: that is
+/// told, and the status is that of wrong use.
 ///
-/// An exception ends the processes of the group, all of them: one line tells which had it, and why.
-/// So does one that tells the end: where the launcher ends the others because one is lost, the
-/// first says so.
+/// An exception in one process ends all processes of the group; one line tells which process, and
+/// why. Where the launcher ends them because one is lost, the first process says so.
 int run_in_group(std::function<int(std::shared_ptr<HProcessGroup> const&)> const& work);
 
 /// Whether this is the process that looks after what a run has one of, and tells. So is one alone,
