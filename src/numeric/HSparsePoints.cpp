@@ -10,6 +10,7 @@
 #include "numeric/internal/center_finder.h"
 #include "numeric/internal/distance_table.h"
 #include "numeric/internal/divided_search.h"
+#include "numeric/internal/radius.h"
 #include "numeric/internal/sparse_point.h"
 #include "numeric/internal/valid_members.h"
 
@@ -142,13 +143,7 @@ HPointN HSparsePoints::get_center_point(std::vector<int> const& members) const {
 double HSparsePoints::get_max_radius(std::vector<int> const& members) const {
   auto const held = table();
   std::vector<morva::SparsePoint> const& points = held->points();
-  morva::SparsePoint const center = center_of(points, members);
-  double radius = 0.0;
-  for (morva::SparsePoint const* member : morva::valid_members(points, members)) {
-    double const distance = morva::distance(center, *member);
-    radius = distance > radius ? distance : radius;
-  }
-  return radius;
+  return morva::radius(center_of(points, members), morva::valid_members(points, members));
 }
 
 double HSparsePoints::get_avg_distance() const {
