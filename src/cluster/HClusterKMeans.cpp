@@ -162,9 +162,9 @@ class MeanMover {
 
 // Points by the sums of their distances to seeds, as `morva::divided::DistanceSums`, in one
 // process.
-class DistanceSums {
+class SeedSums {
  public:
-  DistanceSums(DistanceTable const& points, std::vector<int> candidates)
+  SeedSums(DistanceTable const& points, std::vector<int> candidates)
       : points_(points),
         candidates_(std::move(candidates)),
         sums_(points.size()),
@@ -225,7 +225,7 @@ std::vector<int> farthest_first(DistanceTable const& points, Sums sums, long lon
 std::vector<int> farthest_first(DistanceTable const& points, std::vector<int> const& candidates,
                                 long long k) {
   return points.group() ? farthest_first(points, morva::divided::DistanceSums(points), k)
-                        : farthest_first(points, DistanceSums(points, candidates), k);
+                        : farthest_first(points, SeedSums(points, candidates), k);
 }
 
 // Finds that assignments come round again (Brent's method, with one assignment kept), so that the

@@ -197,58 +197,94 @@ std::vector<SparsePoint> make_points(DistanceTable const& table,
   return points;
 }
 
+namespace {
+
+// The points of a process that are in no canopy yet.
+class PointsLeft {
+ public:
+  PointsLeft(DistanceTable const& table, Division const& division)
+      : table_(table),
+        own_(table.own_points()),
+        division_(division),
+        places_(own_.size()),
+        is_near_(own_.size()) {
+    std::iota(places_.begin(), places_.end(), 0);
+  }
+
+  std::size_t first() const { return places_.empty() ? none : index_of(places_.front()); }
+
+  // Takes out the seed and what is near it; returns what is near, ascending.
+  std::vector<std::size_t> take_canopy(std::size_t seed, double radius) {
+    if (first() == seed) {
+      places_.erase(places_.begin());
+    }
+    std::vector<std::size_t> near;
+    if (places_.empty()) {
+      return near;
+    }
+    own_.within(table_[seed], places_.front(), radius, DistanceTable::Border::inside,
+                std::span(is_near_).subspan(places_.front()));
+    std::erase_if(places_, [&](std::size_t place) {
+      if (is_near_[place] != 0) {
+        near.push_back(index_of(place));
+      }
+      return is_near_[place] != 0;
+    });
+    return near;
+  }
+
+ private:
+  std::size_t index_of(std::size_t place) const {
+    return place * division_.size() + division_.rank();
+  }
+
+  DistanceTable const& table_;
+  DistanceTable const& own_;
+  Division const& division_;
+  // Among the own points.
+  std::vector<std::size_t> places_;
+  std::vector<char> is_near_;
+};
+
+// Takes into the last canopy, which is its seed alone, what all processes tell: what joins it, and
+// in the end the first point that the process has left. Returns the first of these, or none.
+std::size_t hear_of_canopy(std::vector<std::vector<std::size_t>> const& all, std::size_t size,
+                           std::vector<int>& canopy) {
+  std::size_t const behind = canopy.empty() ? size : static_cast<std::size_t>(canopy.front()) + 1;
+  std::size_t next = none;
+  for (std::vector<std::size_t> const& told : all) {
+    Division::expect_same(!told.empty() &&
+                          std::all_of(told.begin(), told.end() - 1,
+                                      [&](std::size_t i) { return i >= behind && i < size; }));
+    canopy.insert(canopy.end(), told.begin(), told.end() - 1);
+    next = std::min(next, told.back());
+  }
+  std::sort(canopy.begin(), canopy.end());
+  return next;
+}
+
+}  // namespace
+
 std::vector<std::vector<int>> canopies(DistanceTable const& table, double radius,
                                        std::size_t most) {
   Division const division(table);
-  DistanceTable const& own = table.own_points();
-  auto const index_of = [&division](std::size_t place) {
-    return place * division.size() + division.rank();
-  };
-  // Places among the own points.
-  std::vector<std::size_t> left(own.size());
-  std::iota(left.begin(), left.end(), 0);
-  std::vector<char> is_near(own.size());
+  PointsLeft left(table, division);
   std::vector<std::vector<int>> result;
-  // Each process tells the first point that it has left, and before that what joins the last seed.
+  std::vector<int> canopy;
   std::vector<std::size_t> message;
-  while (true) {
-    message.push_back(left.empty() ? none : index_of(left.front()));
-    std::size_t seed = none;
-    for (std::vector<std::size_t> const& told : division.gather(message)) {
-      Division::expect_same(!told.empty() &&
-                            std::all_of(told.begin(), told.end() - 1,
-                                        [&table](std::size_t i) { return i < table.size(); }));
-      seed = std::min(seed, told.back());
-      if (!result.empty()) {
-        result.back().insert(result.back().end(), told.begin(), told.end() - 1);
-      }
-    }
-    if (!result.empty()) {
-      std::sort(result.back().begin() + 1, result.back().end());
+  for (std::size_t behind = 0;; ++behind) {
+    message.push_back(left.first());
+    std::size_t const seed = hear_of_canopy(division.gather(message), table.size(), canopy);
+    if (!canopy.empty()) {
+      result.push_back(std::move(canopy));
     }
     if (seed == none || result.size() == most) {
       return result;
     }
-    Division::expect_same(
-        seed < table.size() &&
-        (result.empty() || seed > static_cast<std::size_t>(result.back().front())));
-    result.push_back({static_cast<int>(seed)});
-    message.clear();
-    if (left.empty()) {
-      continue;
-    }
-    if (index_of(left.front()) == seed) {
-      left.erase(left.begin());
-    }
-    std::size_t const first = left.empty() ? own.size() : left.front();
-    own.within(table[seed], first, radius, DistanceTable::Border::inside,
-               std::span(is_near).subspan(first));
-    std::erase_if(left, [&](std::size_t place) {
-      if (is_near[place] != 0) {
-        message.push_back(index_of(place));
-      }
-      return is_near[place] != 0;
-    });
+    Division::expect_same(seed >= behind && seed < table.size());
+    behind = seed;
+    canopy = {static_cast<int>(seed)};
+    message = left.take_canopy(seed, radius);
   }
 }
 
