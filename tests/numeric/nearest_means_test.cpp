@@ -1,5 +1,6 @@
 #include "numeric/internal/nearest_means.h"
 
+#include <cmath>
 #include <string>
 #include <utility>
 #include <vector>
@@ -7,6 +8,9 @@
 #include <gtest/gtest.h>
 
 #include "numeric/internal/all_pairs.h"
+#include "numeric/internal/distance_table.h"
+#include "numeric/internal/mean_products.h"
+#include "numeric/internal/postings.h"
 
 #include "reference/points.h"
 #include "reference/random_matrix.h"
@@ -80,6 +84,74 @@ TEST(NearestMeans, are_those_of_every_mean_compared_anew_however_the_means_move)
       morva::find_nearest(table, points, rows, expected);
       ASSERT_EQ(found, expected);
       move(random, means);
+    }
+  }
+}
+
+// Moves each mean by some part of its length in all its words.
+void drift(RandomMatrix& random, std::vector<SparsePoint>& means) {
+  for (SparsePoint& mean : means) {
+    double const part = std::pow(10.0, -random.integer(1, 17));
+    for (double& value : mean.values) {
+      value += (random.unit() - 0.5) * part;
+    }
+    mean = SparsePoint(mean.n, mean.columns, mean.values);
+  }
+}
+
+TEST(NearestMeans, are_those_of_every_mean_compared_anew_while_all_means_drift) {
+  for (int round = 0; round < 12; ++round) {
+    RandomMatrix random(static_cast<std::uint64_t>(round));
+    DistanceTable const points(documents(random, 120));
+    Rows const rows{0, points.size()};
+    std::vector<SparsePoint> means = documents(random, random.integer(2, 20));
+    means.push_back(means.front());
+    NearestMeans search(points);
+    std::vector<std::size_t> found(rows.size());
+    std::vector<std::size_t> expected(rows.size());
+    for (int step = 0; step < 40; ++step) {
+      SCOPED_TRACE("round " + std::to_string(round) + ", step " + std::to_string(step));
+      DistanceTable const table(means, points.form());
+      search.find(table, rows, found);
+      morva::find_nearest(table, points, rows, expected);
+      ASSERT_EQ(found, expected);
+      drift(random, means);
+    }
+  }
+}
+
+// Has values in most of the first columns and in few of the last; sums of their products are exact
+// in any order.
+SparsePoint mean_of_many(RandomMatrix& random) {
+  constexpr int columns = 100;
+  reference::Point row = reference::zero_point(columns);
+  for (int column = 0; column < columns; ++column) {
+    if (random.one_in(1 + column / 4)) {
+      row[static_cast<std::size_t>(column)] = random.integer(1, 4) * 0.25;
+    }
+  }
+  return morva::compress(HPointN(row));
+}
+
+TEST(MeanProducts, are_the_sums_of_the_products_with_each_mean) {
+  for (int round = 0; round < 12; ++round) {
+    RandomMatrix random(static_cast<std::uint64_t>(round));
+    std::vector<SparsePoint> means;
+    std::vector<SparsePoint const*> pointers;
+    for (int count = random.integer(0, 70); count > 0; --count) {
+      means.push_back(mean_of_many(random));
+    }
+    for (SparsePoint const& mean : means) {
+      pointers.push_back(&mean);
+    }
+    morva::MeanProducts products(pointers);
+    morva::Postings const plain(means);
+    for (SparsePoint const& x : documents(random, 30)) {
+      std::vector<double> found(means.size());
+      std::vector<double> expected(means.size());
+      products.multiply(x, found);
+      plain.dots(x, 0, expected);
+      ASSERT_EQ(found, expected) << "round " << round;
     }
   }
 }

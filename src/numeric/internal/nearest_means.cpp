@@ -1,12 +1,13 @@
 #include "numeric/internal/nearest_means.h"
 
 #include <algorithm>
+#include <cmath>
 #include <numeric>
 #include <optional>
 #include <utility>
 
 #include "numeric/internal/all_pairs.h"
-#include "numeric/internal/postings.h"
+#include "numeric/internal/mean_products.h"
 
 namespace morva {
 
@@ -27,7 +28,7 @@ class NearestMeans::Candidates {
  public:
   Candidates(DistanceTable const& means, std::vector<std::size_t> which, long long n)
       : which_(std::move(which)),
-        postings_(copies_of(means, which_)),
+        products_(pointers_to(means, which_)),
         low_(which_.size()),
         high_(which_.size()) {
     for (std::size_t const mean : which_) {
@@ -37,7 +38,7 @@ class NearestMeans::Candidates {
   }
 
   void measure(SparsePoint const& x) {
-    postings_.dots(x, 0, low_);
+    products_.multiply(x, low_);
     SquareBounds::Part const part(x);
     for (std::size_t place = 0; place < which_.size(); ++place) {
       SquareBounds const square(part, parts_[place], low_[place]);
@@ -81,22 +82,83 @@ class NearestMeans::Candidates {
   }
 
  private:
-  static std::vector<SparsePoint> copies_of(DistanceTable const& means,
-                                            std::vector<std::size_t> const& which) {
-    std::vector<SparsePoint> copies;
-    copies.reserve(which.size());
+  static std::vector<SparsePoint const*> pointers_to(DistanceTable const& means,
+                                                     std::vector<std::size_t> const& which) {
+    std::vector<SparsePoint const*> pointers;
+    pointers.reserve(which.size());
     for (std::size_t const mean : which) {
-      copies.push_back(means[mean]);
+      pointers.push_back(&means[mean]);
     }
-    return copies;
+    return pointers;
   }
 
   std::vector<std::size_t> which_;
   std::vector<SquareBounds::Part> parts_;
   std::vector<char> is_far_;
-  Postings postings_;
+  MeanProducts products_;
   std::vector<double> low_;
   std::vector<double> high_;
+};
+
+// How far each of the means has moved, not less than it truly is.
+class NearestMeans::Shifts {
+ public:
+  Shifts(std::vector<SparsePoint> const& before, DistanceTable const& now) {
+    for (std::size_t mean = 0; mean < before.size(); ++mean) {
+      roundings_ = std::max(roundings_, SquareBounds::Part(now[mean]).roundings);
+      double const shift = shift_of(before[mean], now[mean]);
+      shifts_.push_back(shift);
+      if (shift > greatest_) {
+        second_ = std::exchange(greatest_, shift);
+        farthest_ = mean;
+      } else {
+        second_ = std::max(second_, shift);
+      }
+    }
+  }
+
+  // What is known of a point, for where the means are now.
+  Known carry(SparsePoint const& x, Known const& known) const {
+    double const own = shifts_[known.nearest];
+    double const other = known.nearest == farthest_ ? second_ : greatest_;
+    double const room =
+        (SquareBounds::Part(x).roundings + roundings_) * std::numeric_limits<double>::epsilon();
+    double const root = std::sqrt(known.high) + own;
+    return {known.nearest, nearer(known.low, own, room), root * root * (1.0 + room),
+            nearer(known.others, other, room)};
+  }
+
+ private:
+  static double shift_of(SparsePoint const& before, SparsePoint const& now) {
+    if (is_same(before, now)) {
+      return 0.0;
+    }
+    if (before.n != now.n) {
+      return infinity;
+    }
+    // What is lost where squares are too small for a double is less by far.
+    constexpr double least_shift = 1e-150;
+    double const room = (SquareBounds::Part(before).roundings + SquareBounds::Part(now).roundings) *
+                        std::numeric_limits<double>::epsilon();
+    return distance(before, now) * (1.0 + room) + least_shift;
+  }
+
+  // The room is taken for the roundings here and for those of the distance that is summed anew,
+  // which has no more of them than its square has in proportion unless it is tiny.
+  static double nearer(double square, double shift, double room) {
+    constexpr double root_room = 2.0 * std::numeric_limits<double>::epsilon();
+    constexpr double least_square = 0x1p-960;
+    double const root = std::sqrt(std::max(square, 0.0)) * (1.0 - root_room) - shift;
+    double const result = root * root * (1.0 - room);
+    return root > 0.0 && result > least_square ? result : 0.0;
+  }
+
+  std::vector<double> shifts_;
+  std::size_t farthest_ = none;
+  double greatest_ = 0.0;
+  // The greatest but for that one.
+  double second_ = 0.0;
+  double roundings_ = 0.0;
 };
 
 // Where no mean can be measured, all are equally far.
@@ -172,6 +234,10 @@ void NearestMeans::find(DistanceTable const& means, Rows rows, std::span<std::si
   }
   bool const is_known = !known_.empty() && rows.begin == rows_.begin && rows.end == rows_.end &&
                         means.size() == means_.size();
+  std::optional<Shifts> shifts;
+  if (is_known) {
+    shifts.emplace(means_, means);
+  }
   std::vector<std::size_t> which = moved_since(means);
   std::optional<Candidates> moved;
   // Where most have moved, looking at them first is lost as a rule.
@@ -183,6 +249,14 @@ void NearestMeans::find(DistanceTable const& means, Rows rows, std::span<std::si
   known_.resize(rows.size());
   for (std::size_t i = rows.begin; i < rows.end; ++i) {
     Known& known = known_[i - rows.begin];
+    if (shifts) {
+      Known const carried = shifts->carry(points_[i], known);
+      if (carried.high < carried.others) {
+        known = carried;
+        out[i - rows.begin] = known.nearest;
+        continue;
+      }
+    }
     if (moved) {
       moved->measure(points_[i]);
     }

@@ -13,8 +13,11 @@ namespace morva {
 /// Finds the nearest mean of each point again and again, while fewer and fewer of the means move.
 ///
 /// Of each point with sparse bounds it keeps bounds on the squares of its distances from its
-/// nearest mean and from all others together. As long as these stay apart, also from those of the
-/// means that have moved since, the means that have not are not looked at.
+/// nearest mean and from all others together. A mean that moves comes nearer or goes farther by no
+/// more than its way: as long as the bounds stay apart by that, no mean is looked at; as long as
+/// they do with the means that have moved measured anew, those that have not are not looked at.
+///
+/// After Hamerly, "Making k-means even faster" (SDM 2010).
 class NearestMeans {
  public:
   /// Refers to the points.
@@ -25,6 +28,7 @@ class NearestMeans {
 
  private:
   class Candidates;
+  class Shifts;
   struct Known {
     std::size_t nearest = 0;
     double low = 0.0;

@@ -51,6 +51,22 @@ template <typename Term>
   std::memcpy(sums.data(), total.data(), sizeof total);
 }
 
+// The sums of some groups of lanes, the first at `j` of each row, stay in registers over all rows.
+template <std::size_t Groups>
+[[gnu::always_inline]] inline void sum_of_some(std::span<double const> factors,
+                                               std::span<double const* const> rows, std::size_t j,
+                                               double* out) {
+  std::array<Doubles, Groups> total{};
+  for (std::size_t i = 0; i < rows.size(); ++i) {
+    for (std::size_t g = 0; g < Groups; ++g) {
+      Doubles row;
+      std::memcpy(&row, rows[i] + j + g * lanes, sizeof row);
+      total[g] += factors[i] * row;
+    }
+  }
+  std::memcpy(out, total.data(), sizeof total);
+}
+
 constexpr auto add_square = [](Doubles& total, double a, Doubles const& column) {
   Doubles const difference = a - column;
   total += difference * difference;
@@ -193,6 +209,20 @@ void least_of_strands(std::span<float const> values, std::array<float, strands>&
   }
   for (std::size_t i = whole; i < values.size(); ++i) {
     out[i - whole] = values[i] < out[i - whole] ? values[i] : out[i - whole];
+  }
+}
+
+#if defined(__x86_64__) && !defined(MORVA_SANITIZED)
+[[gnu::target_clones("avx512f", "avx2", "default")]]
+#endif
+void sum_of_multiples(std::span<double const> factors, std::span<double const* const> rows,
+                      std::span<double> out) {
+  std::size_t j = 0;
+  for (; j + groups_together * lanes <= out.size(); j += groups_together * lanes) {
+    sum_of_some<groups_together>(factors, rows, j, out.data() + j);
+  }
+  for (; j < out.size(); j += lanes) {
+    sum_of_some<1>(factors, rows, j, out.data() + j);
   }
 }
 

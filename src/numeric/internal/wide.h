@@ -61,6 +61,10 @@ void compare(std::span<float const> low, std::span<float const> high, float belo
 inline constexpr std::size_t strands = 128;
 void least_of_strands(std::span<float const> values, std::array<float, strands>& out);
 
+/// `out[j]` becomes the sum of `factors[i] * rows[i][j]` in the order of the rows; a multiple of
+/// `lanes` of them.
+void sum_of_multiples(std::span<double const> factors, std::span<double const* const> rows,
+                      std::span<double> out);
 /// Adds a value to all.
 void add_to_all(double value, std::span<double> out);
 /// Each becomes its square root.
