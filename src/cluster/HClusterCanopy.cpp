@@ -4,14 +4,13 @@
 #include <cmath>
 #include <cstddef>
 #include <limits>
-#include <optional>
 #include <span>
 #include <utility>
 
 #include "cluster/internal/members.h"
+#include "numeric/internal/canopies.h"
 #include "numeric/internal/distance_table.h"
 #include "numeric/internal/divided_search.h"
-#include "numeric/internal/float_search.h"
 
 namespace {
 
@@ -19,40 +18,32 @@ constexpr double least_t2 = 1e-6;
 constexpr int most_steps = 2000;
 constexpr std::size_t no_limit = std::numeric_limits<std::size_t>::max();
 
-// One canopy after the other, as `HClusterCanopy::start`, but no more than `most` of them. A table
-// with a group is that of a run over all its points.
-std::vector<std::vector<int>> pass(morva::DistanceTable const& table, std::size_t count,
-                                   std::vector<int> const& indices, double t2, std::size_t most) {
-  if (table.group()) {
-    return morva::divided::canopies(table, t2, most);
+bool is_every_index(std::vector<int> const& indices, std::size_t count) {
+  for (std::size_t i = 0; i < indices.size(); ++i) {
+    if (indices[i] != static_cast<int>(i)) {
+      return false;
+    }
   }
+  return indices.size() == count;
+}
+
+// Canopies over any indices, repeated ones and such that are no points among them.
+std::vector<std::vector<int>> canopies_over(std::vector<int> const& indices,
+                                            morva::DistanceTable const& table, std::size_t count,
+                                            double t2, std::size_t most) {
   auto const is_point = [count](int index) {
     return index >= 0 && static_cast<std::size_t>(index) < count;
   };
   std::vector<std::vector<int>> canopies;
   std::vector<int> remaining = indices;
   std::vector<char> is_near(table.size());
-  morva::FloatLanes const* floats = t2 >= 0.0 ? table.floats() : nullptr;
-  std::optional<morva::FloatSearch> search;
-  if (floats != nullptr) {
-    search.emplace(table, *floats);
-  }
-  // Marks what is near among the points from `first` on.
-  auto const within = [&](std::size_t seed, std::size_t first) {
-    std::span<char> const marks = std::span(is_near).subspan(first);
-    if (search) {
-      search->within(seed, first, t2, morva::DistanceTable::Border::inside, marks);
-    } else {
-      table.within(table[seed], first, t2, morva::DistanceTable::Border::inside, marks);
-    }
-  };
   while (!remaining.empty() && canopies.size() < most) {
     int const seed = remaining.front();
     std::vector<int> canopy = {seed};
     bool const is_seed_point = is_point(seed);
     if (is_seed_point) {
-      int const least = *std::min_element(remaining.begin(), remaining.end());
-      within(static_cast<std::size_t>(seed), least < 0 ? 0 : static_cast<std::size_t>(least));
+      table.within(table[static_cast<std::size_t>(seed)], 0, t2,
+                   morva::DistanceTable::Border::inside, is_near);
     }
     std::vector<int> left;
     bool leaves_seed = true;
@@ -72,6 +63,15 @@ std::vector<std::vector<int>> pass(morva::DistanceTable const& table, std::size_
     remaining = std::move(left);
   }
   return canopies;
+}
+
+// One canopy after the other, as `HClusterCanopy::start`, but no more than `most` of them. The
+// processes of a group run over all points.
+std::vector<std::vector<int>> pass(morva::DistanceTable const& table, std::size_t count,
+                                   std::vector<int> const& indices, double t2, std::size_t most) {
+  bool const is_usual = count == table.size() && is_every_index(indices, count);
+  return is_usual ? morva::canopies(table, t2, most)
+                  : canopies_over(indices, table, count, t2, most);
 }
 
 }  // namespace

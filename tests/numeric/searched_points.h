@@ -39,7 +39,10 @@ class Searched {
   void neighbours(morva::Rows rows, double limit, morva::DistanceTable::Border border,
                   morva::VisitNeighbours const& visit) const {
     if (index_) {
-      morva::InvertedSearch(table_, *index_).neighbours(rows, limit, border, visit);
+      morva::InvertedSearch search(table_, *index_);
+      for (std::size_t i = rows.begin; i < rows.end; ++i) {
+        visit(i, search.neighbours(i, limit, border));
+      }
     } else {
       morva::for_each_neighbourhood(table_, limit, border, visit, rows);
     }

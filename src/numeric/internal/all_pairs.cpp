@@ -5,7 +5,7 @@
 #include "numeric/internal/distance_sum.h"
 #include "numeric/internal/float_search.h"
 #include "numeric/internal/inverted_search.h"
-#include "numeric/internal/list_states.h"
+#include "numeric/internal/neighbourhoods.h"
 #include "numeric/internal/no_distance.h"
 #include "numeric/internal/norm_search.h"
 
@@ -65,24 +65,10 @@ std::optional<FoundPair> closest_pair(DistanceTable const& table) {
 
 void for_each_neighbourhood(DistanceTable const& table, double limit, DistanceTable::Border border,
                             VisitNeighbours const& visit, Rows rows) {
+  Neighbourhoods neighbourhoods(table, limit, border);
   rows = rows.up_to(table.size());
-  FloatLanes const* floats = limit >= 0.0 ? table.floats() : nullptr;
-  if (floats != nullptr) {
-    FloatSearch(table, *floats).neighbours(rows, limit, border, visit);
-    return;
-  }
-  if (InvertedIndex const* index = table.index()) {
-    InvertedSearch(table, *index).neighbours(rows, limit, border, visit);
-    return;
-  }
-  std::vector<char> states(table.size());
-  std::vector<std::uint32_t> near;
   for (std::size_t i = rows.begin; i < rows.end; ++i) {
-    std::span<char> const from_i = std::span(states).subspan(i);
-    table.within(table[i], i, limit, border, from_i);
-    near.clear();
-    list_states<std::uint32_t>(from_i, 1, i, near);
-    visit(i, near);
+    visit(i, neighbourhoods.of(i));
   }
 }
 

@@ -16,7 +16,6 @@ namespace morva::divided {
 
 namespace {
 
-constexpr std::size_t none = std::numeric_limits<std::size_t>::max();
 // Neighbours are told in so many turns, so that few of them are held twice, or, of few points, in
 // turns of so many rows.
 constexpr std::size_t most_turns = 32;
@@ -195,97 +194,6 @@ std::vector<SparsePoint> make_points(DistanceTable const& table,
   Division::expect_same(
       std::all_of(rest.begin(), rest.end(), [](auto const& left) { return left.empty(); }));
   return points;
-}
-
-namespace {
-
-// The points of a process that are in no canopy yet.
-class PointsLeft {
- public:
-  PointsLeft(DistanceTable const& table, Division const& division)
-      : table_(table),
-        own_(table.own_points()),
-        division_(division),
-        places_(own_.size()),
-        is_near_(own_.size()) {
-    std::iota(places_.begin(), places_.end(), 0);
-  }
-
-  std::size_t first() const { return places_.empty() ? none : index_of(places_.front()); }
-
-  // Takes out the seed and what is near it; returns what is near, ascending.
-  std::vector<std::size_t> take_canopy(std::size_t seed, double radius) {
-    if (first() == seed) {
-      places_.erase(places_.begin());
-    }
-    std::vector<std::size_t> near;
-    if (places_.empty()) {
-      return near;
-    }
-    own_.within(table_[seed], places_.front(), radius, DistanceTable::Border::inside,
-                std::span(is_near_).subspan(places_.front()));
-    std::erase_if(places_, [&](std::size_t place) {
-      if (is_near_[place] != 0) {
-        near.push_back(index_of(place));
-      }
-      return is_near_[place] != 0;
-    });
-    return near;
-  }
-
- private:
-  std::size_t index_of(std::size_t place) const {
-    return place * division_.size() + division_.rank();
-  }
-
-  DistanceTable const& table_;
-  DistanceTable const& own_;
-  Division const& division_;
-  // Among the own points.
-  std::vector<std::size_t> places_;
-  std::vector<char> is_near_;
-};
-
-// Takes into the last canopy, which is its seed alone, what all processes tell: what joins it, and
-// in the end the first point that the process has left. Returns the first of these, or none.
-std::size_t hear_of_canopy(std::vector<std::vector<std::size_t>> const& all, std::size_t size,
-                           std::vector<int>& canopy) {
-  std::size_t const behind = canopy.empty() ? size : static_cast<std::size_t>(canopy.front()) + 1;
-  std::size_t next = none;
-  for (std::vector<std::size_t> const& told : all) {
-    Division::expect_same(!told.empty() &&
-                          std::all_of(told.begin(), told.end() - 1,
-                                      [&](std::size_t i) { return i >= behind && i < size; }));
-    canopy.insert(canopy.end(), told.begin(), told.end() - 1);
-    next = std::min(next, told.back());
-  }
-  std::sort(canopy.begin(), canopy.end());
-  return next;
-}
-
-}  // namespace
-
-std::vector<std::vector<int>> canopies(DistanceTable const& table, double radius,
-                                       std::size_t most) {
-  Division const division(table);
-  PointsLeft left(table, division);
-  std::vector<std::vector<int>> result;
-  std::vector<int> canopy;
-  std::vector<std::size_t> message;
-  for (std::size_t behind = 0;; ++behind) {
-    message.push_back(left.first());
-    std::size_t const seed = hear_of_canopy(division.gather(message), table.size(), canopy);
-    if (!canopy.empty()) {
-      result.push_back(std::move(canopy));
-    }
-    if (seed == none || result.size() == most) {
-      return result;
-    }
-    Division::expect_same(seed >= behind && seed < table.size());
-    behind = seed;
-    canopy = {static_cast<int>(seed)};
-    message = left.take_canopy(seed, radius);
-  }
 }
 
 DistanceSums::DistanceSums(DistanceTable const& table)

@@ -32,11 +32,6 @@ std::vector<SparsePoint> make_points(DistanceTable const& table,
                                      std::vector<std::vector<int> const*> const& clusters,
                                      MakePoint const& make);
 
-/// Canopies over all points in list order, one after the other, but no more than `most`: the first
-/// point that is left, and behind it, ascending, those that are left within `radius` of it, the
-/// border included. For tables with a group.
-std::vector<std::vector<int>> canopies(DistanceTable const& table, double radius, std::size_t most);
-
 /// The points of a table by the sums of their distances to seeds. For tables with a group.
 class DistanceSums {
  public:

@@ -48,7 +48,7 @@ void FloatSearch::for_each_row(Rows rows, Part part, Take const& take) {
   for_each_block(rows, [&](std::size_t block, Rows inside) {
     floats_.bound_squares(floats_, block, part == Part::all ? 0 : block, bounds_);
     for (std::size_t i = inside.begin; i < inside.end; ++i) {
-      std::size_t const first = part == Part::all ? 0 : i + (part == Part::behind ? 1 : 0);
+      std::size_t const first = part == Part::all ? 0 : i + 1;
       take(i, first, bounds_.lows(i - block, first, size), bounds_.highs(i - block, first, size));
     }
   });
@@ -163,42 +163,24 @@ std::optional<FoundPair> FloatSearch::closest_pair() {
   return result;
 }
 
-// Puts the open states of the points from `first` on right.
-void FloatSearch::decide(std::size_t i, std::size_t first, double limit,
-                         DistanceTable::Border border, std::span<char> states) {
-  list_open(states, first);
-  open_distances_.measure(table_[i], first, open_, [&](std::size_t j, double measured) {
-    states[j - first] = DistanceTable::is_in(measured, limit, border) ? inside : outside;
-  });
-}
-
-void FloatSearch::within(std::size_t i, std::size_t first, double limit,
-                         DistanceTable::Border border, std::span<char> out) {
+std::span<std::uint32_t const> FloatSearch::neighbours(std::size_t i, double limit,
+                                                       DistanceTable::Border border) {
   std::size_t const block = i / wide::rows_together * wide::rows_together;
-  if (block != block_ || first < block_first_) {
-    floats_.bound_squares(floats_, block, first, bounds_);
+  if (block != block_) {
+    floats_.bound_squares(floats_, block, block, bounds_);
     block_ = block;
-    block_first_ = first;
   }
   FloatLanes::Square const square = floats_.square_of(limit);
-  wide::compare(bounds_.lows(i - block, first, table_.size()),
-                bounds_.highs(i - block, first, table_.size()), square.low, square.high, out);
-  decide(i, first, limit, border, out);
-}
-
-void FloatSearch::neighbours(Rows rows, double limit, DistanceTable::Border border,
-                             VisitNeighbours const& visit) {
-  FloatLanes::Square const square = floats_.square_of(limit);
-  std::vector<std::uint32_t> near;
-  for_each_row(rows, Part::from_itself,
-               [&](std::size_t i, std::size_t first, auto lows, auto highs) {
-                 auto const states = std::span(states_).first(lows.size());
-                 wide::compare(lows, highs, square.low, square.high, states);
-                 decide(i, first, limit, border, states);
-                 near.clear();
-                 list_states(states, inside, first, near);
-                 visit(i, near);
-               });
+  auto const lows = bounds_.lows(i - block, i, table_.size());
+  auto const states = std::span(states_).first(lows.size());
+  wide::compare(lows, bounds_.highs(i - block, i, table_.size()), square.low, square.high, states);
+  list_open(states, i);
+  open_distances_.measure(table_[i], i, open_, [&](std::size_t j, double measured) {
+    states[j - i] = DistanceTable::is_in(measured, limit, border) ? inside : outside;
+  });
+  near_.clear();
+  list_states(states, inside, i, near_);
+  return near_;
 }
 
 std::vector<std::vector<double>> FloatSearch::smallest_distances(Rows rows, std::size_t count) {

@@ -24,12 +24,9 @@ class FloatSearch {
   /// places in the order of their distances from that point.
   std::optional<FoundPair> farthest_pair(Rows rows);
   std::optional<FoundPair> closest_pair();
-  /// As `DistanceTable::within` from point i. Rows that are near each other are best asked for one
-  /// after the other, and with a `first` that does not fall.
-  void within(std::size_t i, std::size_t first, double limit, DistanceTable::Border border,
-              std::span<char> out);
-  void neighbours(Rows rows, double limit, DistanceTable::Border border,
-                  VisitNeighbours const& visit);
+  /// As `InvertedSearch::neighbours`, with the same limits to what may be asked.
+  std::span<std::uint32_t const> neighbours(std::size_t i, double limit,
+                                            DistanceTable::Border border);
   std::vector<std::vector<double>> smallest_distances(Rows rows, std::size_t count);
   std::vector<double> greatest_within(Rows rows, double limit);
   /// `points`, of which the rows are, has the bounds `floats` in the scale of this table.
@@ -37,21 +34,19 @@ class FloatSearch {
                std::span<std::size_t> out);
 
  private:
-  enum class Part { all, from_itself, behind };
+  enum class Part { all, behind };
   template <typename Take>
   void for_each_row(Rows rows, Part part, Take const& take);
   static constexpr std::size_t none = static_cast<std::size_t>(-1);
 
-  void decide(std::size_t i, std::size_t first, double limit, DistanceTable::Border border,
-              std::span<char> states);
   void list_open(std::span<char const> states, std::size_t first);
 
   DistanceTable const& table_;
   FloatLanes const& floats_;
   FloatLanes::Bounds bounds_;
-  // The rows that `within` has bounds for, and from where on.
+  // The rows that `neighbours` has bounds for.
   std::size_t block_ = none;
-  std::size_t block_first_ = 0;
+  std::vector<std::uint32_t> near_;
   // What is left open of a row.
   std::vector<char> states_;
   std::vector<std::size_t> open_;

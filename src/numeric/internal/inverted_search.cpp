@@ -37,47 +37,42 @@ void InvertedSearch::mark_band(std::size_t band) {
   }
 }
 
-void InvertedSearch::neighbours(Rows rows, double limit, Border border,
-                                VisitNeighbours const& visit) {
-  Square const square = square_of(limit);
-  bands_.search_all();
-  for (std::size_t i = rows.begin; i < rows.end; ++i) {
-    if (!DistanceTable::is_in(0.0, limit, border)) {
-      visit(i, {});
-      continue;
-    }
-    open_.clear();
-    auto const judge = [&](std::span<Near const> found) {
-      for (Near const& near : found) {
-        std::uint32_t const j = index_.index_of(near.place);
-        if (near.high < square.low) {
-          marks_.insert(j);
-        } else {
-          open_.push_back(j);
-        }
-      }
-    };
-    bands_.search_behind(i);
-    bands_.begin(i);
-    marks_.insert(i);
-    for (std::size_t band = 0; band < index_.band_count(); ++band) {
-      if (bands_.greatest_square(band) < square.low) {
-        mark_band(band);
-      } else {
-        judge(bands_.search(band, square.high));
-      }
-    }
-    judge(bands_.search_rest());
-    open_distances_.measure(table_[i], i, open_, [&](std::uint32_t j, double measured) {
-      if (DistanceTable::is_in(measured, limit, border)) {
-        marks_.insert(j);
-      }
-    });
-    marked_.clear();
-    marks_.take_each(i,
-                     [this](std::size_t j) { marked_.push_back(static_cast<std::uint32_t>(j)); });
-    visit(i, marked_);
+std::span<std::uint32_t const> InvertedSearch::neighbours(std::size_t i, double limit,
+                                                          Border border) {
+  marked_.clear();
+  if (!DistanceTable::is_in(0.0, limit, border)) {
+    return marked_;
   }
+  Square const square = square_of(limit);
+  open_.clear();
+  auto const judge = [&](std::span<Near const> found) {
+    for (Near const& near : found) {
+      std::uint32_t const j = index_.index_of(near.place);
+      if (near.high < square.low) {
+        marks_.insert(j);
+      } else {
+        open_.push_back(j);
+      }
+    }
+  };
+  bands_.search_behind(i);
+  bands_.begin(i);
+  marks_.insert(i);
+  for (std::size_t band = 0; band < index_.band_count(); ++band) {
+    if (bands_.greatest_square(band) < square.low) {
+      mark_band(band);
+    } else {
+      judge(bands_.search(band, square.high));
+    }
+  }
+  judge(bands_.search_rest());
+  open_distances_.measure(table_[i], i, open_, [&](std::uint32_t j, double measured) {
+    if (DistanceTable::is_in(measured, limit, border)) {
+      marks_.insert(j);
+    }
+  });
+  marks_.take_each(i, [this](std::size_t j) { marked_.push_back(static_cast<std::uint32_t>(j)); });
+  return marked_;
 }
 
 // The square below which the shortest `count` points, and one more, are.

@@ -31,9 +31,10 @@ class InvertedSearch {
   /// The index is that of the points of the table, which has sparse bounds.
   InvertedSearch(DistanceTable const& table, InvertedIndex const& index);
 
-  /// Calls `visit(i, near)` for each row i in order, with the indices j >= i, ascending, of the
-  /// points within the limit; i itself is among them where 0.0 is.
-  void neighbours(Rows rows, double limit, Border border, VisitNeighbours const& visit);
+  /// The indices j >= i, ascending, of the points within the limit of point i; i itself is among
+  /// them where 0.0 is. For a search that is asked for nothing else, and for no i below that of the
+  /// call before; good until the next call.
+  std::span<std::uint32_t const> neighbours(std::size_t i, double limit, Border border);
   /// The `count` smallest distances of each row to the other points, ascending.
   std::vector<std::vector<double>> smallest_distances(Rows rows, std::size_t count);
   /// Of each row, the greatest distance to another point that is not above the limit; 0.0 where
