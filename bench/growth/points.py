@@ -50,8 +50,7 @@ def take(setting, record, candidate, size):
             setting.records.note(f"corpus/points/{size}", **record)
         return
     if "missing" in record:
-        # So that no larger size is begun.
-        setting.schedule.took(record["name"].rpartition("/")[0], size, 10.0 * setting.schedule.limit)
+        setting.schedule.fail(record["name"].rpartition("/")[0])
         setting.records.missing(record["name"], record["missing"])
         return
     setting.schedule.took(record["name"].rpartition("/")[0], size, min(record["cpu_seconds"]))

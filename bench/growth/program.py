@@ -77,6 +77,7 @@ class Run:
                 runs.append(self.run_once(command, makes, **more))
         except commands.Failed as failure:
             self.setting.records.missing(f"{name}/{self.size}", str(failure))
+            self.setting.schedule.fail(name)
             return False
         self.setting.schedule.took(name, self.size, statistics.median(run.cpu_seconds for run in runs))
         commands.add_runs(self.setting.records, f"{name}/{self.size}", runs, items=self.size)

@@ -28,9 +28,12 @@ class Schedule:
         self.limit, self.clock = limit, clock
         self.end = clock() + budget
         self.known = {}
+        self.failed = set()
 
     def refuses(self, step, size):
         """Why a step is not begun, empty where it may be."""
+        if step in self.failed:
+            return "left out: failed with fewer documents"
         seconds = expected(self.known.get(step, []), size)
         if seconds > self.limit:
             return f"left out: some {seconds:,.0f} s expected, above the limit of {self.limit:,.0f} s"
@@ -42,6 +45,10 @@ class Schedule:
     def longest(self):
         """Seconds after which what was begun is given up: no guess is better than by half."""
         return max(min(2.0 * self.limit, self.end - self.clock() + 60.0), 1.0)
+
+    def fail(self, step):
+        """What failed is not begun with more documents."""
+        self.failed.add(step)
 
     def took(self, step, size, seconds):
         self.known.setdefault(step, []).append((size, seconds))
