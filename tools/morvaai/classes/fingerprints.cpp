@@ -46,11 +46,6 @@ FileReport fingerprint(HString const& path) {
   return {utf8(dna), document.incompleteness()};
 }
 
-HString text_of(std::string const& utf8) {
-  std::wstring const wide = morvabs::from_utf8(utf8);
-  return {wide.data(), static_cast<int>(wide.size())};
-}
-
 // The text of a member of an object; nothing where there is none.
 std::optional<HString> member(json const& object, char const* name) {
   auto const found = object.find(name);

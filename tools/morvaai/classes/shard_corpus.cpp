@@ -10,11 +10,6 @@ namespace tool {
 
 namespace {
 
-HString text_of(std::string const& utf8) {
-  std::wstring const wide = morvabs::from_utf8(utf8);
-  return {wide.data(), static_cast<int>(wide.size())};
-}
-
 HFeatureNode node_of(ShardRecord const& record, HString const& path) {
   HFeatureNode node;
   node.str_file_name = path.get_short_name_no_suffix();

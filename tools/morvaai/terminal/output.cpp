@@ -41,6 +41,11 @@ std::string utf8(HString const& text) {
   return morvabs::to_utf8(text.get_ws());
 }
 
+HString text_of(std::string_view utf8) {
+  std::wstring const wide = morvabs::from_utf8(utf8);
+  return {wide.data(), static_cast<int>(wide.size())};
+}
+
 std::string printable(HString const& text) {
   return harmless(text.get_ws(), L"");
 }

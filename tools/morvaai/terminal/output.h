@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -25,6 +26,8 @@ std::string weighted_words(std::string line,
 
 /// UTF-8 of the text as it is; what is no Unicode text becomes U+FFFD.
 std::string utf8(HString const& text);
+/// The text of UTF-8, zeros in it too; what is none becomes U+FFFD.
+HString text_of(std::string_view utf8);
 
 /// Writes a line with the program's name to standard error; one that begins with "warning: " is of
 /// something that is no failure.
