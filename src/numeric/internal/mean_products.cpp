@@ -1,7 +1,7 @@
 #include "numeric/internal/mean_products.h"
 
 #include <algorithm>
-#include <utility>
+#include <limits>
 
 #include "numeric/internal/wide.h"
 
@@ -11,83 +11,96 @@ namespace {
 
 // By measurement: more rows are mostly zeros and save no time, fewer leave more to the lists.
 constexpr std::size_t one_of = 4;
-constexpr std::uint32_t no_row = static_cast<std::uint32_t>(-1);
+// In place of a count.
+constexpr std::uint32_t is_row = std::numeric_limits<std::uint32_t>::max();
+
+std::size_t column_count_of(std::span<SparsePoint const* const> points) {
+  std::size_t count = 0;
+  for (SparsePoint const* point : points) {
+    count = std::max(count, column_count({point, 1}));
+  }
+  return count;
+}
 
 }  // namespace
 
-struct MeanProducts::Parts {
-  std::size_t columns = 0;
-  std::size_t stride = 0;
-  std::vector<std::uint32_t> row_of;
-  std::vector<double> rows;
-  std::vector<SparsePoint> rest;
-};
-
 MeanProducts::MeanProducts(std::span<SparsePoint const* const> means)
-    : MeanProducts(split(means)) {}
+    : columns_(column_count_of(means)),
+      stride_((means.size() + wide::lanes - 1) / wide::lanes * wide::lanes),
+      sums_(stride_) {
+  lay_out(means);
+  fill(means);
+}
 
-MeanProducts::MeanProducts(Parts parts)
-    : columns_(parts.columns),
-      stride_(parts.stride),
-      row_of_(std::move(parts.row_of)),
-      rows_(std::move(parts.rows)),
-      lists_(parts.rest, columns_),
-      sums_(stride_) {}
-
-MeanProducts::Parts MeanProducts::split(std::span<SparsePoint const* const> means) {
-  Parts parts;
-  parts.stride = (means.size() + wide::lanes - 1) / wide::lanes * wide::lanes;
-  for (SparsePoint const* mean : means) {
-    parts.columns = std::max(parts.columns, column_count({mean, 1}));
-  }
-  std::vector<std::uint32_t> counts(parts.columns);
+void MeanProducts::lay_out(std::span<SparsePoint const* const> means) {
   for (SparsePoint const* mean : means) {
     for (std::uint32_t const column : mean->columns) {
-      ++counts[column];
+      ++columns_[column].count;
     }
   }
-  // The counts become the numbers of rows.
   std::uint32_t row_count = 0;
-  for (std::uint32_t& count : counts) {
-    count = count * one_of >= means.size() ? row_count++ : no_row;
+  std::uint32_t entry_count = 0;
+  for (Column& column : columns_) {
+    if (column.count * one_of >= means.size()) {
+      column = {row_count++, is_row};
+    } else {
+      column.begin = entry_count;
+      entry_count += column.count;
+    }
   }
-  parts.row_of = std::move(counts);
-  parts.rows.resize(row_count * parts.stride);
+  rows_.resize(row_count * stride_);
+  entries_.resize(entry_count);
+}
+
+void MeanProducts::fill(std::span<SparsePoint const* const> means) {
+  // Where the next entry of each list belongs.
+  std::vector<std::uint32_t> next(columns_.size());
+  std::transform(columns_.begin(), columns_.end(), next.begin(),
+                 [](Column const& column) { return column.begin; });
   for (std::size_t k = 0; k < means.size(); ++k) {
     SparsePoint const& mean = *means[k];
-    SparsePoint& rest = parts.rest.emplace_back();
     for (std::size_t i = 0; i < mean.columns.size(); ++i) {
-      std::uint32_t const row = parts.row_of[mean.columns[i]];
-      if (row == no_row) {
-        rest.columns.push_back(mean.columns[i]);
-        rest.values.push_back(mean.values[i]);
+      std::uint32_t const column = mean.columns[i];
+      if (columns_[column].count == is_row) {
+        rows_[columns_[column].begin * stride_ + k] = mean.values[i];
       } else {
-        parts.rows[row * parts.stride + k] = mean.values[i];
+        entries_[next[column]++] = {static_cast<std::uint32_t>(k), mean.values[i]};
       }
     }
   }
-  return parts;
+}
+
+// Asks memory for all that is looked up before the first of it is needed: words are spread wide.
+void MeanProducts::look_up(SparsePoint const& x) {
+  auto const end = std::lower_bound(x.columns.begin(), x.columns.end(), columns_.size());
+  auto const count = static_cast<std::size_t>(end - x.columns.begin());
+  for (std::size_t i = 0; i < count; ++i) {
+    __builtin_prefetch(&columns_[x.columns[i]]);
+  }
+  rows_at_hand_.clear();
+  factors_.clear();
+  lists_at_hand_.clear();
+  for (std::size_t i = 0; i < count; ++i) {
+    Column const column = columns_[x.columns[i]];
+    if (column.count == is_row) {
+      rows_at_hand_.push_back(rows_.data() + column.begin * stride_);
+      factors_.push_back(x.values[i]);
+    } else if (column.count != 0) {
+      lists_at_hand_.push_back(
+          {x.values[i], std::span(entries_).subspan(column.begin, column.count)});
+      __builtin_prefetch(&entries_[column.begin]);
+    }
+  }
 }
 
 void MeanProducts::multiply(SparsePoint const& x, std::span<double> out) {
-  std::fill(out.begin(), out.end(), 0.0);
-  added_.clear();
-  factors_.clear();
-  for (std::size_t i = 0; i < x.columns.size() && x.columns[i] < columns_; ++i) {
-    std::uint32_t const column = x.columns[i];
-    double const a = x.values[i];
-    if (row_of_[column] != no_row) {
-      added_.push_back(rows_.data() + row_of_[column] * stride_);
-      factors_.push_back(a);
-      continue;
+  look_up(x);
+  wide::sum_of_multiples(factors_, rows_at_hand_, sums_);
+  std::copy_n(sums_.begin(), out.size(), out.begin());
+  for (Multiple const& multiple : lists_at_hand_) {
+    for (Entry const& entry : multiple.list) {
+      out[entry.mean] += multiple.factor * entry.value;
     }
-    for (std::size_t p = lists_.start[column]; p < lists_.start[column + 1]; ++p) {
-      out[lists_.point[p]] += a * lists_.value[p];
-    }
-  }
-  wide::sum_of_multiples(factors_, added_, sums_);
-  for (std::size_t k = 0; k < out.size(); ++k) {
-    out[k] += sums_[k];
   }
 }
 

@@ -5,7 +5,6 @@
 #include <span>
 #include <vector>
 
-#include "numeric/internal/by_column.h"
 #include "numeric/internal/sparse_point.h"
 
 namespace morva {
@@ -23,21 +22,32 @@ class MeanProducts {
   void multiply(SparsePoint const& x, std::span<double> out);
 
  private:
-  /// The means with rows for some columns and the values of the others left.
-  struct Parts;
-  explicit MeanProducts(Parts parts);
+  /// A list of so many entries from `begin` on, or the row with that number.
+  struct Column {
+    std::uint32_t begin = 0;
+    std::uint32_t count = 0;
+  };
+  struct Entry {
+    std::uint32_t mean;
+    double value;
+  };
+  struct Multiple {
+    double factor;
+    std::span<Entry const> list;
+  };
 
-  static Parts split(std::span<SparsePoint const* const> means);
+  void lay_out(std::span<SparsePoint const* const> means);
+  void fill(std::span<SparsePoint const* const> means);
+  void look_up(SparsePoint const& x);
 
-  std::size_t columns_;
+  std::vector<Column> columns_;
   // Places of a row, a multiple of what is added together.
   std::size_t stride_;
-  // The number of each column's row.
-  std::vector<std::uint32_t> row_of_;
   std::vector<double> rows_;
-  ByColumn<std::uint32_t> lists_;
-  // The rows of a point's columns with its values there, and their sum.
-  std::vector<double const*> added_;
+  std::vector<Entry> entries_;
+  // The lists of a point, its rows with its values there, and the sum of these.
+  std::vector<Multiple> lists_at_hand_;
+  std::vector<double const*> rows_at_hand_;
   std::vector<double> factors_;
   std::vector<double> sums_;
 };
