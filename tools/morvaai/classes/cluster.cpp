@@ -108,7 +108,12 @@ int run_cluster(ClusterOptions const& options) {
     return some_failed;
   }
   Progress const progress("clustering");
-  Clustering run = cluster_corpus(options.how, corpus, options.dna);
+  Clustering run;
+  make_points(corpus, run);
+  if (options.dna) {
+    run.points = HSparsePoints(corpus.fingerprints);
+  }
+  cluster_points(options.how, run);
   if (!run.failure.empty()) {
     complain(run.failure);
     return some_failed;

@@ -70,9 +70,8 @@ Corpus read_corpus(LearnOptions const& options, Samples& samples) {
 }
 
 // The classes that the folders are.
-Clustering take_folders(MethodOptions const& how, Samples const& samples, Corpus const& corpus) {
-  Clustering run;
-  make_points(corpus, run);
+void take_folders(MethodOptions const& how, Samples const& samples, Corpus const& corpus,
+                  Clustering& run) {
   run.clusters = members_by_folder(samples, corpus);
   if (run.failure.empty() && is_by_members(how)) {
     run.failure = too_large_for_box(how, run);
@@ -81,7 +80,6 @@ Clustering take_folders(MethodOptions const& how, Samples const& samples, Corpus
     }
   }
   run.parameters.insert(run.parameters.begin(), {"classes", std::string("by folder")});
-  return run;
 }
 
 // A class without files has no center, and one such makes a box in which nothing is found.
@@ -194,9 +192,17 @@ std::string try_to_read_corpus(LearnOptions const& options, Samples& samples, Co
   return corpus.files.empty() ? "there is nothing to learn from" : std::string();
 }
 
-Clustering find_classes(LearnOptions const& options, Samples& samples, Corpus const& corpus) {
-  Clustering run = options.by_folder ? take_folders(options.how, samples, corpus)
-                                     : cluster_corpus(options.how, corpus, false);
+// Leaves the corpus without the words of its files.
+Clustering find_classes(LearnOptions const& options, Samples& samples, Corpus& corpus) {
+  Clustering run;
+  make_points(corpus, run);
+  // They take more memory than the points.
+  corpus.data = HSparseFileData();
+  if (options.by_folder) {
+    take_folders(options.how, samples, corpus, run);
+  } else {
+    cluster_points(options.how, run);
+  }
   if (!is_first(corpus.group)) {
     return run;
   }

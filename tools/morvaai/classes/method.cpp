@@ -83,14 +83,9 @@ void make_points(Corpus const& corpus, Clustering& run) {
   }
 }
 
-Clustering cluster_corpus(MethodOptions const& options, Corpus const& corpus, bool by_dna) {
-  Clustering run;
-  make_points(corpus, run);
+void cluster_points(MethodOptions const& options, Clustering& run) {
   if (!run.failure.empty()) {
-    return run;
-  }
-  if (by_dna) {
-    run.points = HSparsePoints(corpus.fingerprints);
+    return;
   }
   if (is_by_k(options)) {
     run_kmeans(options, run);
@@ -99,7 +94,6 @@ Clustering cluster_corpus(MethodOptions const& options, Corpus const& corpus, bo
   } else {
     run_dbscan(options, run);
   }
-  return run;
 }
 
 void choose_neighbourhood(MethodOptions const& options, Clustering& run) {

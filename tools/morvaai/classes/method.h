@@ -56,8 +56,8 @@ struct Clustering {
 /// on these from here on. Notes a failure where they hold other files.
 void make_points(Corpus const& corpus, Clustering& run);
 
-/// Clusters the files of the corpus by their words, or with `by_dna` by their fingerprints.
-Clustering cluster_corpus(MethodOptions const& options, Corpus const& corpus, bool by_dna);
+/// Clusters the points; leaves a run that has failed as it is.
+void cluster_points(MethodOptions const& options, Clustering& run);
 
 /// Sets the neighbourhood that the options name, with a radius estimated from the points where none
 /// is given, and notes it among the parameters; or tells why there is no radius.
