@@ -136,10 +136,15 @@ function(morva_command_of target variable)
     return()
   endif()
   set(script "${PROJECT_BINARY_DIR}/emulated/${target}")
-  list(JOIN CMAKE_CROSSCOMPILING_EMULATOR " " emulator)
-  file(GENERATE OUTPUT "${script}" CONTENT
-    "#!/bin/sh\nexec ${emulator} -0 \"$0\" '$<TARGET_FILE:${target}>' \"$@\"\n"
-    FILE_PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE)
+  # A file is generated once, whoever asks for it.
+  get_property(is_generated TARGET ${target} PROPERTY MORVA_HAS_SCRIPT)
+  if(NOT is_generated)
+    list(JOIN CMAKE_CROSSCOMPILING_EMULATOR " " emulator)
+    file(GENERATE OUTPUT "${script}" CONTENT
+      "#!/bin/sh\nexec ${emulator} -0 \"$0\" '$<TARGET_FILE:${target}>' \"$@\"\n"
+      FILE_PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE)
+    set_property(TARGET ${target} PROPERTY MORVA_HAS_SCRIPT ON)
+  endif()
   set(${variable} "${script}" PARENT_SCOPE)
 endfunction()
 
