@@ -1,7 +1,6 @@
 #include "numeric/internal/nearest_means.h"
 
 #include <cmath>
-#include <string>
 #include <utility>
 #include <vector>
 
@@ -67,24 +66,31 @@ void move(RandomMatrix& random, std::vector<SparsePoint>& means) {
   }
 }
 
+// Compares a search that goes on with one that begins anew, as `next` moves the means step by step.
+template <typename Move>
+void expect_same_steps(Rows rows, std::vector<SparsePoint> means, RandomMatrix& random,
+                       Move const& next) {
+  DistanceTable const points(documents(random, 120));
+  ASSERT_TRUE(points.has_sparse_bounds());
+  rows = rows.up_to(points.size());
+  NearestMeans search(points);
+  std::vector<std::size_t> found(rows.size());
+  std::vector<std::size_t> expected(rows.size());
+  for (int step = 0; step < 40; ++step) {
+    DistanceTable const table(means, points.form());
+    search.find(table, rows, found);
+    morva::find_nearest(table, points, rows, expected);
+    ASSERT_EQ(found, expected) << "step " << step;
+    next(random, means);
+  }
+}
+
 TEST(NearestMeans, are_those_of_every_mean_compared_anew_however_the_means_move) {
   for (int round = 0; round < 12; ++round) {
+    SCOPED_TRACE(round);
     RandomMatrix random(static_cast<std::uint64_t>(round));
-    DistanceTable const points(documents(random, 120));
-    ASSERT_TRUE(points.has_sparse_bounds());
-    Rows const rows{static_cast<std::size_t>(round), points.size()};
-    std::vector<SparsePoint> means = documents(random, random.integer(1, 20));
-    NearestMeans search(points);
-    std::vector<std::size_t> found(rows.size());
-    std::vector<std::size_t> expected(rows.size());
-    for (int step = 0; step < 20; ++step) {
-      SCOPED_TRACE("round " + std::to_string(round) + ", step " + std::to_string(step));
-      DistanceTable const table(means, points.form());
-      search.find(table, rows, found);
-      morva::find_nearest(table, points, rows, expected);
-      ASSERT_EQ(found, expected);
-      move(random, means);
-    }
+    std::vector<SparsePoint> const means = documents(random, random.integer(1, 20));
+    expect_same_steps({static_cast<std::size_t>(round), 120}, means, random, move);
   }
 }
 
@@ -101,22 +107,11 @@ void drift(RandomMatrix& random, std::vector<SparsePoint>& means) {
 
 TEST(NearestMeans, are_those_of_every_mean_compared_anew_while_all_means_drift) {
   for (int round = 0; round < 12; ++round) {
+    SCOPED_TRACE(round);
     RandomMatrix random(static_cast<std::uint64_t>(round));
-    DistanceTable const points(documents(random, 120));
-    Rows const rows{0, points.size()};
     std::vector<SparsePoint> means = documents(random, random.integer(2, 20));
     means.push_back(means.front());
-    NearestMeans search(points);
-    std::vector<std::size_t> found(rows.size());
-    std::vector<std::size_t> expected(rows.size());
-    for (int step = 0; step < 40; ++step) {
-      SCOPED_TRACE("round " + std::to_string(round) + ", step " + std::to_string(step));
-      DistanceTable const table(means, points.form());
-      search.find(table, rows, found);
-      morva::find_nearest(table, points, rows, expected);
-      ASSERT_EQ(found, expected);
-      drift(random, means);
-    }
+    expect_same_steps(morva::every_row, means, random, drift);
   }
 }
 

@@ -117,6 +117,17 @@ class NearestMeans::Shifts {
     }
   }
 
+  // The means that have moved at all.
+  std::vector<std::size_t> moved() const {
+    std::vector<std::size_t> result;
+    for (std::size_t mean = 0; mean < shifts_.size(); ++mean) {
+      if (shifts_[mean] != 0.0) {
+        result.push_back(mean);
+      }
+    }
+    return result;
+  }
+
   // What is known of a point, for where the means are now.
   Known carry(SparsePoint const& x, Known const& known) const {
     double const own = shifts_[known.nearest];
@@ -173,16 +184,6 @@ bool NearestMeans::can_bound(DistanceTable const& means) const {
                      [this](SparsePoint const& mean) { return mean.n == points_[0].n; });
 }
 
-std::vector<std::size_t> NearestMeans::moved_since(DistanceTable const& means) const {
-  std::vector<std::size_t> moved;
-  for (std::size_t mean = 0; mean < means.size(); ++mean) {
-    if (mean >= means_.size() || !is_same(means[mean], means_[mean])) {
-      moved.push_back(mean);
-    }
-  }
-  return moved;
-}
-
 // The last of the nearest of all.
 NearestMeans::Known NearestMeans::search(SparsePoint const& x, DistanceTable const& means,
                                          Candidates const& all) {
@@ -235,14 +236,14 @@ void NearestMeans::find(DistanceTable const& means, Rows rows, std::span<std::si
   bool const is_known = !known_.empty() && rows.begin == rows_.begin && rows.end == rows_.end &&
                         means.size() == means_.size();
   std::optional<Shifts> shifts;
+  std::optional<Candidates> moved;
   if (is_known) {
     shifts.emplace(means_, means);
-  }
-  std::vector<std::size_t> which = moved_since(means);
-  std::optional<Candidates> moved;
-  // Where most have moved, looking at them first is lost as a rule.
-  if (is_known && which.size() <= means.size() / 2) {
-    moved.emplace(means, std::move(which), points_[0].n);
+    std::vector<std::size_t> which = shifts->moved();
+    // Where most have moved, looking at them first is lost as a rule.
+    if (which.size() <= means.size() / 2) {
+      moved.emplace(means, std::move(which), points_[0].n);
+    }
   }
   // Made for the first point that needs it: copying all means costs more than few that moved.
   std::optional<Candidates> all;

@@ -38,7 +38,6 @@ class NearestMeans {
   };
 
   bool can_bound(DistanceTable const& means) const;
-  std::vector<std::size_t> moved_since(DistanceTable const& means) const;
   static Known search(SparsePoint const& x, DistanceTable const& means, Candidates const& all);
   static bool follow(Candidates const& moved, Known& known);
 

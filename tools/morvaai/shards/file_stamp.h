@@ -12,6 +12,7 @@ struct FileStamp {
   std::uint64_t content_changed = 0;
   std::uint64_t changed = 0;
 
+  /// That of the file behind a path in bytes, symbolic links followed.
   static FileStamp of(std::string const& path);
   friend bool operator==(FileStamp const&, FileStamp const&) = default;
 };
